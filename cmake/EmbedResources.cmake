@@ -1,0 +1,75 @@
+# Builds files into a library as static bytes. Included, it defines the function; run as a script (cmake -P) by the
+# build, it writes the bytes of -DINPUT=file as a C++ initialiser to -DOUTPUT=file.
+if(CMAKE_SCRIPT_MODE_FILE STREQUAL CMAKE_CURRENT_LIST_FILE)
+  file(READ "${INPUT}" bytes HEX)
+  if(bytes STREQUAL "")
+    message(FATAL_ERROR "${INPUT} is empty")
+  endif()
+  string(REGEX REPLACE "(..)" "0x\\1," bytes "${bytes}")
+  # Lines of 24 bytes: a single line of megabytes is slow to compile and to look at.
+  set(byte "0x..,")
+  string(REPEAT "${byte}" 24 line)
+  string(REGEX REPLACE "(${line})" "\\1\n" bytes "${bytes}")
+  file(WRITE "${OUTPUT}" "${bytes}\n")
+  return()
+endif()
+
+set(ZEPHMETADATA_EMBED_SCRIPT "${CMAKE_CURRENT_LIST_FILE}")
+
+# zephmetadata_embed_resources(<target> <type> <file>...): builds the files into the target. A resource's name is the
+# file's name without extension, its type the given one. Once for each target.
+function(zephmetadata_embed_resources target type)
+  set(folder "${CMAKE_CURRENT_BINARY_DIR}/resources")
+  set(names "")
+  foreach(file IN LISTS ARGN)
+    cmake_path(GET file STEM LAST_ONLY name)
+    if(name IN_LIST names)
+      message(FATAL_ERROR "Two resources are named ${name}")
+    endif()
+    if(NOT name MATCHES "^[-A-Za-z0-9_.]+$")
+      message(FATAL_ERROR "The resource name ${name} has characters beyond letters, digits and -_.")
+    endif()
+    list(APPEND names "${name}")
+    add_custom_command(OUTPUT "${folder}/${name}.inc"
+      COMMAND "${CMAKE_COMMAND}" "-DINPUT=${file}" "-DOUTPUT=${folder}/${name}.inc" -P "${ZEPHMETADATA_EMBED_SCRIPT}"
+      DEPENDS "${file}" "${ZEPHMETADATA_EMBED_SCRIPT}"
+      COMMENT "Embedding ${name}"
+      VERBATIM)
+  endforeach()
+  list(SORT names COMPARE STRING CASE SENSITIVE)
+
+  set(index 0)
+  set(arrays "")
+  set(rows "")
+  set(outputs "")
+  foreach(name IN LISTS names)
+    string(APPEND arrays "constexpr unsigned char kBytes${index}[] = {\n#include \"${name}.inc\"\n};\n")
+    string(APPEND rows "    {\"${name}\", \"${type}\", kBytes${index}},\n")
+    list(APPEND outputs "${folder}/${name}.inc")
+    math(EXPR index "${index} + 1")
+  endforeach()
+  set(table "${folder}/resource_table.cpp")
+  file(CONFIGURE OUTPUT "${table}" @ONLY CONTENT [[
+#include "frame/platform/resource_table.h"
+
+#include <array>
+
+namespace zephcore {
+
+namespace {
+
+@arrays@
+constexpr std::array<EmbeddedResource, @index@> kResources{{
+@rows@}};
+
+}  // namespace
+
+std::span<const EmbeddedResource> EmbeddedResources() { return kResources; }
+
+}  // namespace zephcore
+]])
+  target_sources(${target} PRIVATE "${table}")
+  # A target of its own, as custom commands do not reach a library of another folder.
+  add_custom_target(${target}_resources DEPENDS ${outputs})
+  add_dependencies(${target} ${target}_resources)
+endfunction()

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// The entry of every target, as libFuzzer and the replay program call it; 0.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+
+namespace fuzz {
+
+inline std::string_view Text(const std::uint8_t* data, std::size_t size) {
+    return {reinterpret_cast<const char*>(data), size};
+}
+
+/// @p data as UTF-16 in the machine's byte order, any code unit allowed; an odd last byte is dropped.
+std::u16string Text16(const std::uint8_t* data, std::size_t size);
+
+/// Ends the program, so that the input counts as a finding, when a promise of the library does not hold.
+void Require(bool holds, const char* promise);
+
+/// Has the library started over empty folders of the program's own, and started anew every few hundred inputs: error
+/// records and registered namespaces pile up while it runs.
+void StartLibrary();
+/// The temporary folder of the program; for targets that called StartLibrary.
+const std::string& Folder();
+
+}  // namespace fuzz

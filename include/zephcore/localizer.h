@@ -1,0 +1,42 @@
+#pragma once
+
+#include <initializer_list>
+#include <string_view>
+#include <unordered_map>
+
+#include "zephcore/base.h"
+
+namespace zephcore {
+
+/// The process-wide translations of localisation keys. A key is "$$$/group/name=Default text"; its part before the
+/// first "=" finds the translation. Not thread-safe: loaded and read by one thread at a time.
+class Localizer {
+public:
+    static Localizer& Get();
+
+    /// The translation of @p key, its default text when there is none, and a text that is no key unchanged.
+    UTF16String Translate(std::u16string_view key) const;
+
+    /// Loads a localisation file (docs/localisation.md describes its format). Entries replace earlier ones of the same
+    /// key; lines that are no entry are skipped. False when the file cannot be read.
+    bool LoadFile(const UTF16String& path);
+    /// The same for the bytes of such a file.
+    void LoadBuffer(std::string_view bytes);
+    void Clear();
+
+private:
+    std::unordered_map<UTF16String, UTF16String> mTranslations;
+};
+
+/// @p textTemplate with @0 to @9 replaced by @p arguments, in one pass: an argument's own "@1" is not replaced.
+/// Missing arguments are empty; "@" before anything else stays.
+UTF16String ReplaceInString(std::u16string_view textTemplate, std::initializer_list<UTF16String> arguments);
+
+/// The translation of @p key with its arguments put in.
+UTF16String ZString(std::u16string_view key, std::initializer_list<UTF16String> arguments = {});
+
+/// @p text as it is shown to people: the escapes #{quot}, #{amp}, #{lt}, #{gt}, #{apos} and #{U+XXXX} resolved (1 to 6
+/// hexadecimal digits naming a Unicode scalar value); anything else stays.
+ZEPHCORE_EXPORT UTF16String ResolveDisplayEscapes(std::u16string_view text);
+
+}  // namespace zephcore

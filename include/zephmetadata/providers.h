@@ -1,0 +1,193 @@
+#pragma once
+
+#include <list>
+#include <memory>
+#include <set>
+#include <vector>
+
+#include "zephcore/files.h"
+#include "zephmetadata/definitions.h"
+#include "zephmetadata/file_status.h"
+#include "zephmetadata/paths.h"
+
+/// Providers own an XMP tree, hand it out under scoped access and write changes back.
+///
+/// The usual edit: make a MetaDataUpdateAccess, change values on `*access`, AddChange each path that really changed, and
+/// let the access end, which writes back. Providers live in shared pointers. Threads: one at a time for each provider.
+namespace zephmetadata {
+
+enum PathStatus : std::int32_t { kPathReadable = 0, kPathWritable = 1 };
+
+using MetaDataCallback = sp<std::function<void(XMPMetaHandle)>>;
+
+class ZEPHMETADATA_EXPORT MetaDataProvider {
+public:
+    MetaDataProvider();
+    MetaDataProvider(const MetaDataProvider&) = delete;
+    MetaDataProvider& operator=(const MetaDataProvider&) = delete;
+    /// Empties every registered function object, so that no other holder calls it either.
+    virtual ~MetaDataProvider();
+
+    /// Whether the provider can supply (may write) the path.
+    virtual bool QueryPathStatus(const Path& path, PathStatus status) const;
+    /// Whether WriteChanges keeps its own record of changes; the tree's document history is then left alone.
+    virtual bool WritesOwnChangeList();
+    /// The properties found below a dynamic namespace; the base knows none.
+    virtual void GetAllPathsForDynamicSchema(const UTF8String& namespaceURI,
+                                             std::vector<sp<PropertyDefinition>>& properties);
+    virtual std::string DebugSerializedXMP() const;
+    virtual std::string DebugDescription(bool verbose, int indent) const;
+
+    /// Has @p callback called with the tree (or null) whenever the provider's tree is replaced. A function object
+    /// registered twice is called twice. To be called no more, remove it or empty it.
+    void NotifyWhenMetaDataChanged(const MetaDataCallback& callback);
+    /// Takes back the first registration of that very function object.
+    void RemoveMetaDataChangedNotification(const MetaDataCallback& callback);
+
+    /// Keeps a dynamic schema with this provider, the first of each namespace, and registers it when the registry has none.
+    void AddDynamicSchemaDefinition(sp<SchemaDefinition> schema);
+    bool DoesDynamicNamespaceExist(const UTF8String& namespaceURI);
+    PolyRange<sp<SchemaDefinition>> DynamicSchemaDefinitions();
+
+protected:
+    /// The current tree or null.
+    virtual XMPMetaHandle MetaDataAccess() const = 0;
+    /// Stores the tree wherever the provider keeps it.
+    virtual void WriteChanges(const std::vector<Path>& changes) = 0;
+    /// Records the changes in the tree's document history and calls WriteChanges.
+    virtual void DoWriteChanges(const std::vector<Path>& changes);
+
+    /// Runs the callbacks; exceptions they throw pass through. Nothing happens while WriteChanges runs.
+    void MetaDataChanged();
+    /// Runs WriteChanges with the in-write flag set; the flag is cleared however it ends.
+    void GuardedWriteChanges(const std::vector<Path>& changes);
+    bool IsInWrite() const;
+
+private:
+    friend class MetaDataReadAccess;
+    friend class MetaDataUpdateAccess;
+    struct State;
+    std::unique_ptr<State> mState;
+};
+
+/// Read access to a provider's tree, which stays valid for the life of the access even if the provider replaces it. It
+/// does not keep the provider alive.
+class ZEPHMETADATA_EXPORT MetaDataReadAccess {
+public:
+    explicit MetaDataReadAccess(const sp<MetaDataProvider>& provider);
+    MetaDataReadAccess(const MetaDataReadAccess&) = delete;
+    MetaDataReadAccess& operator=(const MetaDataReadAccess&) = delete;
+    ~MetaDataReadAccess();
+
+    /// The tree, or null.
+    XMPMetaHandle operator*() const { return mTree.get(); }
+
+private:
+    XMPMetaPtr mTree;
+};
+
+/// Access for an edit; writes the recorded changes back when it ends and throws nothing from there.
+class ZEPHMETADATA_EXPORT MetaDataUpdateAccess : public MetaDataReadAccess {
+public:
+    explicit MetaDataUpdateAccess(const sp<MetaDataProvider>& provider);
+    ~MetaDataUpdateAccess();
+
+    void AddChange(const Path& path);
+    bool HasChanges() const;
+
+private:
+    sp<MetaDataProvider> mProvider;
+    std::vector<Path> mChanges;
+};
+
+/// A provider with a tree of its own; base of the concrete ones here and in hosts.
+class ZEPHMETADATA_EXPORT TypicalProviderImpl : public MetaDataProvider {
+public:
+    ~TypicalProviderImpl() override;
+
+protected:
+    /// Shares @p tree, which may be null.
+    explicit TypicalProviderImpl(XMPMetaHandle tree);
+
+    XMPMetaHandle MetaDataAccess() const override;
+    void ResetMetaData(XMPMetaHandle tree, bool notify);
+    void ResetToEmptyMetaData(bool notify);
+
+private:
+    XMPMetaPtr mTree;
+};
+
+/// A provider over a serialised packet in memory. A host derives from it and stores what WriteBuffer hands over.
+class ZEPHMETADATA_EXPORT BufferProviderImpl : public TypicalProviderImpl {
+public:
+    /// Replaces the tree by what the packet holds (null when it is no XMP) and notifies. Packets of 4 GiB and more are
+    /// no XMP.
+    void ResetBuffer(const unsigned char* data, std::size_t size);
+
+protected:
+    BufferProviderImpl(const unsigned char* data, std::size_t size);
+
+    /// Stores the packet; its bytes are valid during the call only. Exceptions are discarded.
+    virtual void WriteBuffer(const std::vector<Path>& changes, const char* data, std::size_t size) = 0;
+
+private:
+    void WriteChanges(const std::vector<Path>& changes) override;
+};
+
+/// What a provider over a file can say of it.
+struct FileReport {
+    FileStatus mStatus = FileStatus::kFileStatus_NoFile;
+    UTF8String mDetail;  ///< in English, where more is known: the system's reason, the path that did not read back
+};
+
+/// A provider over the XMP embedded in a media file.
+///
+/// Writing never leaves a damaged file behind: the new content is made in a copy, read back, and only then takes the
+/// file's place, with owner, mode, extended attributes and links as they were. An XMP packet that could not be read is
+/// never written over.
+class ZEPHMETADATA_EXPORT FileProvider : public TypicalProviderImpl {
+public:
+    /// Reads the file; an empty path reads nothing. Without XMP, or when the file cannot be read, the tree is null.
+    explicit FileProvider(const UTF16String& path);
+    ~FileProvider() override;
+
+    const UTF16String& FilePath() const;
+    /// Reads another file; nothing happens when the path is the same.
+    void ResetFilePath(const UTF16String& path);
+    /// Reads the file again and notifies.
+    void ReloadFile();
+
+    /// Gives a file that has no XMP (kFileStatus_NoXMP) an empty tree, so that an update access can fill it. False, and
+    /// nothing happens, for any other file and where the format cannot carry XMP.
+    bool StartMetaData();
+
+    /// How the last reading went.
+    const FileReport& LastRead() const;
+    /// How the last write-back went; kFileStatus_Success before the first.
+    const FileReport& LastWrite() const;
+
+private:
+    void WriteChanges(const std::vector<Path>& changes) override;
+
+    struct FileState;
+    std::unique_ptr<FileState> mFile;
+};
+
+/// A provider over a `.xmp` sidecar: a file that is an XMP packet. Written as FileProvider writes, and stays a sidecar.
+class ZEPHMETADATA_EXPORT SidecarProvider : public BufferProviderImpl {
+public:
+    explicit SidecarProvider(const UTF16String& path);
+    ~SidecarProvider() override;
+
+    const UTF16String& FilePath() const;
+    const FileReport& LastRead() const;
+    const FileReport& LastWrite() const;
+
+private:
+    void WriteBuffer(const std::vector<Path>& changes, const char* data, std::size_t size) override;
+
+    struct FileState;
+    std::unique_ptr<FileState> mFile;
+};
+
+}  // namespace zephmetadata

@@ -1,0 +1,103 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <vector>
+
+#include "zephmetadata/paths.h"
+
+/// Typed reading and writing of the values at a path.
+///
+/// Nothing is thrown: failures of the toolkit become error records (ErrorReadingXMP, ErrorWritingXMP) and a false
+/// result. A null tree reads as having no value. Callers hold the tree through the access objects of providers.h and
+/// record there what they changed.
+namespace zephmetadata {
+
+class MetaDataProvider;
+
+enum GetValueResult : std::int32_t {
+    kGetValueResult_Success = 0,
+    kGetValueResult_Mixed = 1,         ///< the merged sources differ; no value was read
+    kGetValueResult_NoValue = 2,       ///< nothing there, or it could not be read
+    kGetValueResult_NoDefinition = 3,  ///< the path resolves to no definition
+};
+
+/// A date and time in UTC; a part that the stored date does not have is 0.
+struct ZEPHMETADATA_EXPORT Date {
+    std::int32_t year = 0;
+    std::int32_t month = 0;
+    std::int32_t day = 0;
+    std::int32_t hour = 0;
+    std::int32_t minute = 0;
+    std::int32_t second = 0;
+
+    friend auto operator<=>(const Date&, const Date&) = default;
+};
+
+struct Value {
+    Path path;
+    sp<MetaDataProvider> provider;
+};
+
+ZEPHMETADATA_EXPORT bool HasValue(XMPMetaHandle tree, const Path& path);
+
+// Reads. False leaves @p value as it was.
+
+ZEPHMETADATA_EXPORT bool GetValue(XMPMetaHandle tree, const Path& path, int& value, GetValueResult* result = nullptr);
+ZEPHMETADATA_EXPORT bool GetValue(XMPMetaHandle tree, const Path& path, long long& value,
+                                  GetValueResult* result = nullptr);
+ZEPHMETADATA_EXPORT bool GetValue(XMPMetaHandle tree, const Path& path, double& value,
+                                  GetValueResult* result = nullptr);
+ZEPHMETADATA_EXPORT bool GetValue(XMPMetaHandle tree, const Path& path, bool& value, GetValueResult* result = nullptr);
+/// For paths of type "date" only.
+ZEPHMETADATA_EXPORT bool GetValue(XMPMetaHandle tree, const Path& path, Date& value, GetValueResult* result = nullptr);
+/// The display text: arrays joined with "; ", the x-default item of a language alternative, internal values formatted.
+/// A value that its type does not allow is returned all the same, with an error record.
+ZEPHMETADATA_EXPORT bool GetValue(XMPMetaHandle tree, const Path& path, UTF8String& value,
+                                  GetValueResult* result = nullptr);
+/// The stored text as it is, up to its first NUL; needs no definition.
+ZEPHMETADATA_EXPORT bool GetRawStringValue(XMPMetaHandle tree, const Path& path, UTF8String& value,
+                                           GetValueResult* result = nullptr);
+/// The display text of an internal property that is absent, made from others.
+ZEPHMETADATA_EXPORT bool GetConstructedValue(XMPMetaHandle tree, const Path& path, UTF8String& value,
+                                             GetValueResult* result = nullptr);
+
+/// The texts of a language alternative by language, "x-default" among them; empty when there is none.
+ZEPHMETADATA_EXPORT std::map<UTF8String, UTF8String> GetLanguages(XMPMetaHandle tree, const Path& path);
+/// The stored texts of an array of simple values, in order.
+ZEPHMETADATA_EXPORT std::vector<UTF8String> GetItems(XMPMetaHandle tree, const Path& path);
+
+// Writes. True when a write took place: a value that is already there is not written again.
+
+// An item that is one past the end of its array is made, the array with it, and so are missing structures on the way.
+
+/// Text of an array is split into items at semicolons, items with a semicolon in quotes; of a language alternative it
+/// sets the x-default item alone; of a date it must be one (ISO 8601 as XMP has it).
+ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, const UTF8String& value);
+ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, const char* value);
+ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, int value);
+ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, long long value);
+ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, double value);
+ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, bool value);
+/// Sets the text of one language (an RFC 3066 tag, or "x-default") of an alternative; an empty text removes that language.
+/// No other language changes.
+ZEPHMETADATA_EXPORT bool SetLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& language,
+                                     const UTF8String& value);
+/// Why a text is no value of the type at @p path, localised: no integer, number, boolean or date where one is due, out of bounds,
+/// none of a closed choice, or a structure that has no text at all. Empty when it is one. SetValue itself does not ask.
+ZEPHMETADATA_EXPORT UTF16String WhyNotAllowed(const Path& path, const UTF8String& value);
+/// Writes a number with 17 significant digits, which read back as the same number, through the value's provider.
+ZEPHMETADATA_EXPORT void SetMinimalFloatValue(const Value& value, double number);
+
+/// Removes the value, and the structures that are left empty by it. An item of an external array is emptied, not removed.
+ZEPHMETADATA_EXPORT bool DeleteValue(XMPMetaHandle tree, const Path& path);
+
+// Arrays (bags and seqs); indexes count from 0.
+
+/// Inserts an empty item before @p index; -1 is the last item. In a missing array it becomes the only one.
+ZEPHMETADATA_EXPORT bool AddArrayItem(XMPMetaHandle tree, const Path& path, int index);
+/// False when there is no such item. The last item takes the array with it.
+ZEPHMETADATA_EXPORT bool DeleteArrayItem(XMPMetaHandle tree, const Path& path, int index);
+ZEPHMETADATA_EXPORT int CountArrayItems(XMPMetaHandle tree, const Path& path);
+
+}  // namespace zephmetadata

@@ -1,0 +1,8 @@
+#pragma once
+
+#include "zephmetadata/definitions.h"
+#include "zephmetadata/library.h"
+#include "zephmetadata/paths.h"
+#include "zephmetadata/providers.h"
+#include "zephmetadata/values.h"
+#include "zephmetadata/xmp_meta.h"

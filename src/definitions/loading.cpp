@@ -1,0 +1,154 @@
+#include "definitions/loading.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+#include "definitions/registry.h"
+#include "zephcore/environment.h"
+#include "zephcore/files.h"
+#include "zephcore/localizer.h"
+#include "zephcore/text.h"
+#include "zephmetadata/library.h"
+
+namespace zephmetadata {
+
+namespace {
+
+/// The documents that belong to no standard schema; later ones build on the types of earlier ones.
+constexpr auto kGeneralDocuments =
+    std::to_array<std::string_view>({"primitive_type", "constructed_type", "aux", "corvid"});
+
+/// The document of each standard schema, in the order of the enumeration.
+constexpr auto kStandardDocuments = std::to_array<std::string_view>({"dc",        "xmp",
+                                                                     "xmpRights", "xmpMM",
+                                                                     "xmpBJ",     "xmpTPg",
+                                                                     "xmpDM",     "xmpPMAssign",
+                                                                     "xmpPMMemo", "pdf",
+                                                                     "tessera",   "kvs",
+                                                                     "exif",      "exifEX",
+                                                                     "tiff",      "xmpCA",
+                                                                     "xmpScript", "bext",
+                                                                     "iptcCore",  "iptcExtension",
+                                                                     "dicom",     "plus",
+                                                                     "mobile",    "as11core",
+                                                                     "as11ukdpp", "as11structural",
+                                                                     "iXML"});
+static_assert(kStandardDocuments.size() == static_cast<std::size_t>(kStandardSchema_IXML) + 1);
+
+/// Documents of these names in a custom folder are left over from older versions, whose schemas are built in today.
+constexpr auto kSupersededFiles = std::to_array<std::u16string_view>({u"DICOM.xml", u"Mobile.xml"});
+
+Definitions LoadBuiltIn(std::string_view word) {
+    const UTF8String name = UTF8String(word) + "_definitions";
+    std::string_view document;
+    if (!zephcore::GetBinaryFromModule(zephcore::Module::kOwn, name, "xml", document) || document.empty()) {
+        return {};
+    }
+    return ParseBufferAndRegisterDefinitions(UTF8String(document), zephcore::UTF8to16(name), false);
+}
+
+void List(const sp<SchemaDefinition>& schema) {
+    (schema->mDynamic ? Registry().mDynamicSchemas : Registry().mCommonSchemas).push_back(schema);
+}
+
+void LoadStandardSchema(StandardSchema value) {
+    const Definitions loaded = LoadBuiltIn(kStandardDocuments[static_cast<std::size_t>(value)]);
+    if (loaded.first.size() != 1) {
+        return;
+    }
+    const sp<SchemaDefinition>& schema = loaded.first.front();
+    if (Registry().mStandardNamespaces.try_emplace(value, schema->mNamespace).second) {
+        schema->mCustom = false;
+        List(schema);
+    }
+}
+
+/// Loads the translations that stand beside a document: "loc/TITLE_LANGUAGE.dat".
+void LoadTranslations(const zephcore::Dir& folder, const zephcore::File& document) {
+    const UTF16String name = document.GetTitle() + u"_" + zephcore::Locale::ApplicationLangauge() + u".dat";
+    const zephcore::File translations(zephcore::Dir(folder, u"loc"), name);
+    if (translations.Exists()) {
+        zephcore::Localizer::Get().LoadFile(translations.FullPath());
+    }
+}
+
+void LoadCustomFolder(const UTF16String& path) {
+    const zephcore::Dir folder(path);
+    for (const zephcore::File& document : folder.Files()) {
+        const bool superseded =
+            std::find(kSupersededFiles.begin(), kSupersededFiles.end(), document.GetName()) != kSupersededFiles.end();
+        if (document.GetExtension(true) != u".xml" || superseded) {
+            continue;
+        }
+        LoadTranslations(folder, document);
+        LoadDefinitionsDocument(document.FullPath(), DocumentOrigin::kCustomFolder);
+    }
+}
+
+/// Registers all of @p definitions with @p registerOne, whatever becomes of the others; whether all were accepted.
+template <typename Definition, typename Register>
+bool RegisterAll(const std::vector<sp<Definition>>& definitions, const Register& registerOne) {
+    bool accepted = true;
+    for (const auto& definition : definitions) {
+        accepted = registerOne(definition) && accepted;
+    }
+    return accepted;
+}
+
+Definitions RegisterDefinitions(Definitions definitions, const UTF16String& file, bool merge) {
+    auto& [schemas, types] = definitions;
+    if (RegisterAll(types, [&](const auto& type) { return RegisterTypeDefinition(type, file); })) {
+        CheckFieldTypes(types, file);
+    } else {
+        types.clear();
+    }
+    if (merge) {
+        std::erase_if(schemas, [&](const auto& schema) { return !RegisterSchemaDefinition(schema, file, true); });
+    } else if (!RegisterAll(schemas,
+                            [&](const auto& schema) { return RegisterSchemaDefinition(schema, file, false); })) {
+        schemas.clear();
+    }
+    CheckPropertyTypes(schemas, file);
+    return definitions;
+}
+
+}  // namespace
+
+Definitions ParseBufferAndRegisterDefinitions(const UTF8String& buffer, const UTF16String& file, bool merge) {
+    return RegisterDefinitions(ParseBufferForDefinitions(buffer, file), file, merge);
+}
+
+Definitions ParseDocumentAndRegisterDefinitions(const UTF16String& path, bool merge) {
+    return RegisterDefinitions(ParseDocumentForDefinitions(path), path, merge);
+}
+
+Definitions LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin) {
+    const bool fromPackage = origin == DocumentOrigin::kExtensionPackage;
+    Definitions loaded = ParseDocumentAndRegisterDefinitions(path, fromPackage);
+    for (const auto& schema : loaded.first) {
+        List(schema);
+        if (schema->mDynamic || fromPackage || schema->mNamespace == DICOMNamespaceURI ||
+            schema->mNamespace == SWFNamespaceURI) {
+            schema->mCustom = false;
+        }
+    }
+    return loaded;
+}
+
+void LoadBuiltInAndCustomDefinitions() {
+    for (const std::string_view word : kGeneralDocuments) {
+        LoadBuiltIn(word);
+    }
+    for (std::size_t value = 0; value < kStandardDocuments.size(); ++value) {
+        LoadStandardSchema(static_cast<StandardSchema>(value));
+    }
+    LoadCustomFolder(CustomDefinitionsGlobalDirectory());
+    LoadCustomFolder(CustomDefinitionsUserDirectory());
+}
+
+void ClearDefinitions() {
+    Registry() = {};
+}
+
+}  // namespace zephmetadata

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "zephmetadata/definitions.h"
+
+namespace zephmetadata {
+
+/// Registers the built-in documents, then those of the custom definitions folders.
+void LoadBuiltInAndCustomDefinitions();
+
+enum class DocumentOrigin { kCustomFolder, kExtensionPackage };
+
+/// Registers what the document at @p path defines and enters its schemas into the lists of common and dynamic schemas.
+/// An extension package adds to schemas that exist, a custom folder does not. What was registered.
+Definitions LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin);
+
+/// Empties everything that definitions were registered in.
+void ClearDefinitions();
+
+}  // namespace zephmetadata

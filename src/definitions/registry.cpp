@@ -1,0 +1,241 @@
+#include "definitions/registry.h"
+
+#include <algorithm>
+#include <array>
+#include <unordered_set>
+
+#include "frame/errors.h"
+#include "frame/initialization.h"
+#include "frame/toolkit/toolkit.h"
+#include "frame/toolkit/xmp_paths.h"
+#include "zephcore/localizer.h"
+#include "zephcore/text.h"
+
+namespace zephmetadata {
+
+namespace {
+
+constexpr std::u16string_view kNamespaceRefused =
+    u"$$$/zephmetadata/ErrorInNamespaceRegistration=namespace #{quot}@0#{quot} couldn't be registered with prefix "
+    u"#{quot}@1#{quot}.";
+constexpr std::u16string_view kDuplicateSchema =
+    u"$$$/zephmetadata/ErrorInSchemaRegistration/duplicateSchemaDefinition=schema definition for #{quot}@0#{quot} "
+    u"already exists.";
+constexpr std::u16string_view kDuplicateProperty =
+    u"$$$/zephmetadata/ErrorInSchemaRegistration/duplicatePropertyDefinition=property definition for namespace "
+    u"#{quot}@0@1#{quot} already exists.";
+constexpr std::u16string_view kDuplicateType =
+    u"$$$/zephmetadata/ErrorInTypeRegistration/duplicateTypeDefinition=type definition for #{quot}@0#{quot} already "
+    u"exists.";
+constexpr std::u16string_view kInvalidType =
+    u"$$$/zephmetadata/ErrorInTypeRegistration/invalidType=invalid Type #{quot}@0#{quot}.";
+constexpr std::u16string_view kEntryTypeDefaulted =
+    u"$$$/zephmetadata/ErrorInProperty/InvalidTypeChangedToDefault=invalid type for XMP property #{quot}@0:@1#{quot} "
+    u"is changed to default type 'text'.";
+constexpr std::u16string_view kEntryElementTypeDefaulted =
+    u"$$$/zephmetadata/ErrorInArrayOrChoice/InvalidElementTypeChangedToDefault=invalid element type for XMP property "
+    u"#{quot}@0:@1#{quot} is changed to default type 'text'.";
+constexpr std::u16string_view kTypeElementTypeDefaulted =
+    u"$$$/zephmetadata/ErrorInArrayOrChoice/InvalidElementTypeInTypeChangedToDefault=invalid element type for type "
+    u"#{quot}@0#{quot} is changed to default type 'text'.";
+
+bool RegisterNamespace(const UTF8String& namespaceURI, const UTF8String& prefix, const UTF16String& file) {
+    if (toolkit::RegisterNamespace(namespaceURI, prefix)) {
+        return true;
+    }
+    ReportRegistration(kNamespaceRefused, {namespaceURI, prefix}, file);
+    return false;
+}
+
+template <typename Definition>
+sp<Definition> Find(const std::map<UTF8String, sp<Definition>>& map, const UTF8String& key) {
+    const auto found = map.find(key);
+    return found == map.end() ? nullptr : found->second;
+}
+
+template <typename Definition>
+bool Remove(std::map<UTF8String, sp<Definition>>& map, const UTF8String& key) {
+    return IsInitialized() && Find(map, key) && map.erase(key) > 0;
+}
+
+/// What is registered, in the order of the map.
+template <typename Definition>
+std::vector<sp<Definition>> Registered(const std::map<UTF8String, sp<Definition>>& map) {
+    std::vector<sp<Definition>> definitions;
+    for (const auto& [key, definition] : map) {
+        if (definition) {
+            definitions.push_back(definition);
+        }
+    }
+    return definitions;
+}
+
+/// Adds the properties that @p registered does not have yet.
+void MergeProperties(const SchemaDefinition& added, SchemaDefinition& registered, const UTF16String& file) {
+    std::unordered_set<UTF8String> names;
+    for (const auto& property : registered.mProperties) {
+        names.insert(property->mName);
+    }
+    for (const auto& property : added.mProperties) {
+        if (!names.insert(property->mName).second) {
+            ReportRegistration(kDuplicateProperty, {added.mNamespace, property->mName}, file);
+            continue;
+        }
+        registered.mProperties.push_back(property);
+        NormalizeEntryTypes(*property, registered.mPrefix, file);
+    }
+}
+
+void NormalizeType(TypeDefinition& type, const UTF16String& file) {
+    type.mType = type.mName;
+    const bool hasElements =
+        type.mExtends && (PrimitiveTypeIsChoice(*type.mExtends) || PrimitiveTypeIsArray(*type.mExtends));
+    if (type.mFields.empty() && hasElements && !type.mElementType) {
+        type.mElementType = kTypeText;
+        ReportRegistration(kTypeElementTypeDefaulted, {type.mName}, file);
+    }
+    for (const auto& field : type.mFields) {
+        NormalizeEntryTypes(*field, field->mPrefix, file);
+    }
+}
+
+}  // namespace
+
+DefinitionRegistry& Registry() {
+    static DefinitionRegistry registry;
+    return registry;
+}
+
+void ReportRegistration(std::u16string_view key, std::initializer_list<UTF8String> arguments, const UTF16String& file) {
+    std::array<UTF16String, 3> texts;
+    std::transform(arguments.begin(), arguments.end(), texts.begin(),
+                   [](const UTF8String& argument) { return zephcore::UTF8to16(argument); });
+    SendError(ErrorKind::DefinitionRegistrationError, zephcore::ZString(key, {texts[0], texts[1], texts[2]}), file);
+}
+
+void NormalizeEntryTypes(EntryDefinition& entry, const UTF8String& prefix, const UTF16String& file) {
+    if (!entry.mType) {
+        entry.mType = kTypeText;
+        ReportRegistration(kEntryTypeDefaulted, {prefix, entry.mName}, file);
+        return;
+    }
+    const auto primitive = PrimitiveTypeOf(entry);
+    const bool hasElements = primitive && (PrimitiveTypeIsChoice(*primitive) || PrimitiveTypeIsArray(*primitive));
+    if (!hasElements || entry.mElementType) {
+        return;
+    }
+    const sp<TypeDefinition> type = TypeIdDefinition(*entry.mType);
+    if (type && !type->mElementType) {
+        entry.mElementType = kTypeText;
+        ReportRegistration(kEntryElementTypeDefaulted, {prefix, entry.mName}, file);
+    }
+}
+
+bool RegisterSchemaDefinition(const sp<SchemaDefinition>& schema, const UTF16String& file, bool merge) {
+    if (!schema || !IsInitialized()) {
+        return false;
+    }
+    const sp<SchemaDefinition> registered = NamespaceDefinition(schema->mNamespace);
+    if (registered && merge) {
+        MergeProperties(*schema, *registered, file);
+        return false;
+    }
+    if (registered) {
+        ReportRegistration(kDuplicateSchema, {schema->mNamespace}, file);
+        return false;
+    }
+    Registry().mSchemas[schema->mNamespace] = schema;
+    RegisterNamespace(schema->mNamespace, schema->mPrefix, file);
+    for (const auto& property : schema->mProperties) {
+        NormalizeEntryTypes(*property, schema->mPrefix, file);
+    }
+    return true;
+}
+
+bool RegisterTypeDefinition(const sp<TypeDefinition>& type, const UTF16String& file) {
+    if (!type || !IsInitialized()) {
+        return false;
+    }
+    if (TypeIdDefinition(type->mName)) {
+        ReportRegistration(kDuplicateType, {type->mName}, file);
+        return false;
+    }
+    Registry().mTypes[type->mName] = type;
+    NormalizeType(*type, file);
+    bool accepted = true;
+    for (const auto& field : type->mFields) {
+        accepted = RegisterNamespace(field->mNamespace, field->mPrefix, file) && accepted;
+    }
+    if (!accepted) {
+        Registry().mTypes[type->mName] = nullptr;
+        ReportRegistration(kInvalidType, {type->mName}, file);
+    }
+    return accepted;
+}
+
+bool RemoveSchemaDefinition(const sp<SchemaDefinition>& schema) {
+    return schema && Remove(Registry().mSchemas, schema->mNamespace);
+}
+
+bool RemoveTypeDefinition(const sp<TypeDefinition>& type) {
+    return type && Remove(Registry().mTypes, type->mName);
+}
+
+bool IsSchemaDefinitionAlreadyRegistered(const sp<SchemaDefinition>& schema) {
+    return schema && Find(Registry().mSchemas, schema->mNamespace);
+}
+
+sp<SchemaDefinition> NamespaceDefinition(const UTF8String& namespaceURI) {
+    return IsInitialized() ? Find(Registry().mSchemas, namespaceURI) : nullptr;
+}
+
+sp<TypeDefinition> TypeIdDefinition(const UTF8String& typeId) {
+    return IsInitialized() ? Find(Registry().mTypes, typeId) : nullptr;
+}
+
+PolyRange<sp<SchemaDefinition>> CommonSchemaDefinitions() {
+    return Registry().mCommonSchemas;
+}
+
+PolyRange<sp<SchemaDefinition>> DynamicSchemaDefinitions() {
+    return Registry().mDynamicSchemas;
+}
+
+std::vector<sp<SchemaDefinition>> RegisteredSchemaDefinitions() {
+    auto schemas = Registered(Registry().mSchemas);
+    std::stable_sort(schemas.begin(), schemas.end(),
+                     [](const auto& left, const auto& right) { return left->mPrefix < right->mPrefix; });
+    return schemas;
+}
+
+std::vector<sp<TypeDefinition>> RegisteredTypeDefinitions() {
+    return Registered(Registry().mTypes);
+}
+
+UTF8String StandardSchemaNamespace(StandardSchema schema) {
+    if (!IsInitialized()) {
+        return {};
+    }
+    const auto found = Registry().mStandardNamespaces.find(schema);
+    return found == Registry().mStandardNamespaces.end() ? UTF8String() : found->second;
+}
+
+UTF8String NamespaceForPrefix(const UTF8String& prefix) {
+    return IsInitialized() && toolkit::IsNCName(prefix) ? toolkit::NamespaceOf(prefix).value_or(UTF8String())
+                                                        : UTF8String();
+}
+
+sp<PropertyDefinition> CreateNewProperty(PrimitiveType type, const UTF8String& name, const UTF16String& labelZString,
+                                         const UTF16String& label, const UTF16String& descriptionZString,
+                                         const UTF16String& description) {
+    auto property = std::make_shared<PropertyDefinition>();
+    property->mType = PrimitiveTypeAsPrimitiveTypeId(type);
+    property->mName = name;
+    property->mLabelZString = labelZString;
+    property->mLabel = label;
+    property->mDescriptionZString = descriptionZString;
+    property->mDescription = description;
+    return property;
+}
+
+}  // namespace zephmetadata

@@ -1,0 +1,96 @@
+#include "frame/toolkit/xmp_history.h"
+
+#include <algorithm>
+#include <array>
+#include <random>
+#include <string_view>
+
+#include "frame/toolkit/xmp_dates.h"
+#include "frame/toolkit/xmp_paths.h"
+#include "frame/toolkit/xmp_tree.h"
+#include "zephcore/environment.h"
+#include "zephcore/text.h"
+
+namespace zephmetadata::toolkit {
+namespace {
+
+const UTF8String kXMPNamespace = "http://ns.adobe.com/xap/1.0/";
+const UTF8String kXMPMMNamespace = "http://ns.adobe.com/xap/1.0/mm/";
+const UTF8String kEventNamespace = "http://ns.adobe.com/xap/1.0/sType/ResourceEvent#";
+
+// RFC 4122, version 4.
+UTF8String RandomUUID() {
+    std::random_device random;
+    std::array<unsigned char, 16> bytes{};
+    std::generate(bytes.begin(), bytes.end(), [&] { return static_cast<unsigned char>(random() & 0xFFU); });
+    bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0FU) | 0x40U);
+    bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3FU) | 0x80U);
+    constexpr std::string_view kDigits = "0123456789abcdef";
+    UTF8String text;
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        if (i == 4 || i == 6 || i == 8 || i == 10) {
+            text.push_back('-');
+        }
+        text.push_back(kDigits[bytes[i] >> 4U]);
+        text.push_back(kDigits[bytes[i] & 0x0FU]);
+    }
+    return text;
+}
+
+void SetWhenMissing(XMPMetaHandle tree, const UTF8String& name, const UTF8String& value) {
+    const std::optional<Property> present = GetProperty(tree, kXMPMMNamespace, name);
+    if (!present || present->mValue.empty()) {
+        SetProperty(tree, kXMPMMNamespace, name, value);
+    }
+}
+
+UTF8String Joined(const std::vector<UTF8String>& parts) {
+    UTF8String joined;
+    for (const UTF8String& part : parts) {
+        joined.append(joined.empty() ? "" : ";").append(part);
+    }
+    return joined;
+}
+
+}  // namespace
+
+void TXMPDocOps::OpenXMP(XMPMetaHandle tree) {
+    mTree = tree;
+    mParts.clear();
+}
+
+void TXMPDocOps::NoteChange(const UTF8String& part) {
+    if (std::find(mParts.begin(), mParts.end(), part) == mParts.end()) {
+        mParts.push_back(part);
+    }
+}
+
+void TXMPDocOps::PrepareForSave() {
+    if (!mTree || mParts.empty()) {
+        return;
+    }
+    XMPMetaHandle tree = mTree.get();
+    const UTF8String instance = "xmp.iid:" + RandomUUID();
+    const UTF8String document = "xmp.did:" + RandomUUID();
+    const UTF8String now = ConvertFromDate(CurrentDateTime());
+    RegisterNamespace(kEventNamespace, "stEvt");
+    SetProperty(tree, kXMPMMNamespace, "InstanceID", instance);
+    SetWhenMissing(tree, "DocumentID", document);
+    SetWhenMissing(tree, "OriginalDocumentID", GetProperty(tree, kXMPMMNamespace, "DocumentID")->mValue);
+    SetProperty(tree, kXMPNamespace, "MetadataDate", now);
+
+    AppendArrayItem(tree, kXMPMMNamespace, "History", kPropValueIsArray | kPropArrayIsOrdered, {}, kPropValueIsStruct);
+    const UTF8String event = ComposeArrayItemPath(kXMPMMNamespace, "History", kLastItem);
+    const auto setField = [&](const UTF8String& name, const UTF8String& value) {
+        SetProperty(tree, kXMPMMNamespace, ComposeStructFieldPath(kXMPMMNamespace, event, kEventNamespace, name),
+                    value);
+    };
+    setField("action", "saved");
+    setField("instanceID", instance);
+    setField("when", now);
+    setField("softwareAgent", zephcore::UTF16to8(zephcore::GetSuiteClientName()));
+    setField("changed", Joined(mParts));
+    mParts.clear();
+}
+
+}  // namespace zephmetadata::toolkit

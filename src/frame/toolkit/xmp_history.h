@@ -1,0 +1,26 @@
+#pragma once
+
+#include <vector>
+
+#include "frame/toolkit/toolkit.h"
+
+namespace zephmetadata::toolkit {
+
+/// Document history of one tree: open it, note what changed, prepare it for saving. All bookkeeping lands in that tree.
+///
+/// PrepareForSave gives it a new xmpMM:InstanceID ("xmp.iid:" and a random UUID), xmpMM:DocumentID ("xmp.did:") and xmpMM:OriginalDocumentID
+/// where they are missing, sets xmp:MetadataDate to now, and appends one item to xmpMM:History: stEvt:action "saved",
+/// stEvt:instanceID, stEvt:when, stEvt:softwareAgent (the host's client name) and stEvt:changed (the noted parts, each once,
+/// in order, joined with ";"). Without noted parts it does nothing.
+class TXMPDocOps {
+public:
+    void OpenXMP(XMPMetaHandle tree);
+    void NoteChange(const UTF8String& part);
+    void PrepareForSave();
+
+private:
+    XMPMetaPtr mTree;
+    std::vector<UTF8String> mParts;
+};
+
+}  // namespace zephmetadata::toolkit

@@ -1,0 +1,90 @@
+#include <algorithm>
+
+#include "frame/toolkit/exempi_handles.h"
+#include "frame/toolkit/xmp_alternatives.h"
+#include "frame/toolkit/xmp_paths.h"
+#include "frame/toolkit/xmp_tree.h"
+
+namespace zephmetadata::toolkit {
+namespace {
+
+constexpr std::uint32_t kLanguageAlternative =
+    kPropValueIsArray | kPropArrayIsOrdered | kPropArrayIsAlternate | kPropArrayIsAltText;
+
+// The items of the alternative; empty optional when there is no such property.
+std::optional<std::vector<AlternativeItem>> Items(XMPMetaHandle tree, const UTF8String& schema,
+                                                  const UTF8String& path) {
+    const std::optional<Property> property = GetProperty(tree, schema, path);
+    if (!property) {
+        return std::nullopt;
+    }
+    if ((property->mOptions & kPropArrayIsAlternate) == 0) {
+        ThrowError(XMPErr_BadXPath, "\"" + path + "\" is no language alternative");
+    }
+    std::vector<Node> nodes = Nodes(tree, schema, path, Walk::kSubtree);
+    nodes.insert(nodes.begin(), {schema, NormalPath(tree, schema, path), {}, property->mOptions});
+    return std::move(Alternatives(nodes).front().mItems);
+}
+
+bool IsVariantOf(std::string_view language, std::string_view generic) {
+    return !generic.empty() && language.size() >= generic.size() &&
+           SameLanguage(language.substr(0, generic.size()), generic) &&
+           (language.size() == generic.size() || language[generic.size()] == '-');
+}
+
+void AddItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path, std::size_t position,
+             const UTF8String& language, std::string_view value) {
+    SetArrayItem(tree, schema, path, static_cast<int>(position), value, kInsertBeforeItem);
+    SetProperty(tree, schema, LanguagePath(ItemPath(path, position)), language);
+}
+
+}  // namespace
+
+std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
+                                           const UTF8String& genericLanguage, const UTF8String& specificLanguage) {
+    const std::optional<std::vector<AlternativeItem>> items = Items(tree, schema, path);
+    if (!items || items->empty()) {
+        return std::nullopt;
+    }
+    const auto find = [&](auto matches) {
+        const auto found = std::find_if(items->begin(), items->end(),
+                                        [&](const AlternativeItem& item) { return matches(item.mLanguage); });
+        return found == items->end() ? nullptr : &*found;
+    };
+    const AlternativeItem* item = find([&](const UTF8String& own) { return SameLanguage(own, specificLanguage); });
+    if (item == nullptr) {
+        item = find([&](const UTF8String& own) { return IsVariantOf(own, genericLanguage); });
+    }
+    if (item == nullptr) {
+        item = find([](const UTF8String& own) { return SameLanguage(own, kDefaultLanguage); });
+    }
+    return item != nullptr ? item->mValue : items->front().mValue;
+}
+
+void SetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
+                      const UTF8String& /*genericLanguage*/, const UTF8String& specificLanguage,
+                      std::string_view value) {
+    const UTF8String text = CheckedValue(value);
+    CheckWritable(schema, path);
+    CheckLanguage(specificLanguage);
+    std::optional<std::vector<AlternativeItem>> items = Items(tree, schema, path);
+    if (!items) {
+        SetProperty(tree, schema, path, {}, kLanguageAlternative);
+        items.emplace();
+    }
+    const auto found = std::find_if(items->begin(), items->end(), [&](const AlternativeItem& item) {
+        return SameLanguage(item.mLanguage, specificLanguage);
+    });
+    if (found != items->end()) {
+        SetArrayItem(tree, schema, path, static_cast<int>(found - items->begin()) + 1, text);
+        return;
+    }
+    const bool isDefault = SameLanguage(specificLanguage, kDefaultLanguage);
+    std::size_t count = items->size();
+    if (count == 0 && !isDefault) {
+        AddItem(tree, schema, path, ++count, UTF8String(kDefaultLanguage), text);
+    }
+    AddItem(tree, schema, path, isDefault ? 1 : count + 1, specificLanguage, text);
+}
+
+}  // namespace zephmetadata::toolkit

@@ -1,0 +1,147 @@
+#include "frame/toolkit/xmp_tree.h"
+
+#include <algorithm>
+#include <memory>
+#include <tuple>
+
+#include "frame/toolkit/node_copy.h"
+#include "frame/toolkit/packet_text.h"
+#include "frame/toolkit/xmp_alternatives.h"
+#include "frame/toolkit/xmp_meta_handle.h"
+#include "frame/toolkit/xmp_paths.h"
+
+namespace zephmetadata::toolkit {
+namespace {
+
+TreeHandle NewNative() {
+    if (!IsRunning()) {
+        ThrowError(XMPErr_BadObject, "new tree");
+    }
+    TreeHandle tree(xmp_new_empty());
+    if (!tree) {
+        ThrowToolkitError("new tree");
+    }
+    return tree;
+}
+
+// Takes out the items that WidenPacket put in.
+void DropTwins(XMPMetaHandle tree) {
+    for (const Alternative& alternative : Alternatives(tree)) {
+        for (std::size_t i = alternative.mItems.size(); i > 0; --i) {
+            if (SameLanguage(alternative.mItems[i - 1].mLanguage, kTwinLanguage)) {
+                const QuietToolkit quiet;
+                xmp_delete_property(Native(tree), alternative.mSchema.c_str(), ItemPath(alternative.mPath, i).c_str());
+            }
+        }
+    }
+}
+
+// The item that an item becomes when x-default moves to the front.
+std::size_t MovedItem(std::size_t item, std::size_t defaultItem) {
+    if (item > defaultItem) {
+        return item;
+    }
+    return item == defaultItem ? 1 : item + 1;
+}
+
+// The toolkit moves x-default to the front of an alternative when it writes: so does the comparison.
+void MoveDefaultsFirst(std::vector<Node>& nodes) {
+    auto node = nodes.begin();
+    for (const Alternative& alternative : Alternatives(nodes)) {
+        const auto isDefault = [](const auto& item) { return SameLanguage(item.mLanguage, kDefaultLanguage); };
+        const auto found = std::find_if(alternative.mItems.begin(), alternative.mItems.end(), isDefault);
+        if (found == alternative.mItems.begin() || found == alternative.mItems.end()) {
+            continue;
+        }
+        const auto defaultItem = static_cast<std::size_t>(found - alternative.mItems.begin()) + 1;
+        node = std::find_if(node, nodes.end(), [&](const Node& candidate) {
+            return candidate.mPath == alternative.mPath && candidate.mSchema == alternative.mSchema;
+        });
+        const std::size_t number = alternative.mPath.size() + 1;
+        auto below = node;
+        for (++below; below != nodes.end() && IsAtOrBelow(below->mPath, alternative.mPath); ++below) {
+            if (below->mPath[number - 1] == '[') {
+                const std::size_t end = below->mPath.find(']', number);
+                const std::size_t item = std::stoul(below->mPath.substr(number, end - number));
+                below->mPath.replace(number, end - number, std::to_string(MovedItem(item, defaultItem)));
+            }
+        }
+        node = below;
+    }
+}
+
+// What counts in a comparison. Whether an alternative is one of languages follows from its items.
+std::uint32_t Kind(const Node& node) {
+    return node.mOptions & ((kPropCompositeMask & ~kPropArrayIsAltText) | XMP_PROP_VALUE_IS_URI);
+}
+
+std::vector<Node> ComparableNodes(XMPMetaHandle tree) {
+    std::vector<Node> nodes = Nodes(tree, {}, {}, Walk::kSubtree);
+    MoveDefaultsFirst(nodes);
+    std::erase_if(nodes, [](const Node& node) { return (node.mOptions & kSchemaNode) != 0; });
+    std::sort(nodes.begin(), nodes.end(), [](const Node& left, const Node& right) {
+        return std::tie(left.mSchema, left.mPath) < std::tie(right.mSchema, right.mPath);
+    });
+    return nodes;
+}
+
+}  // namespace
+
+XMPMetaPtr NewTree() {
+    return {std::make_unique<XMPMeta>(NewNative()).release()};
+}
+
+bool ParsePacket(XMPMetaHandle tree, std::string_view packet) {
+    Native(tree);
+    TreeHandle parsed = NewNative();
+    tree->mMixed.clear();
+    tree->mTree = NewNative();
+    try {
+        const UTF8String widened = WidenPacket(packet);
+        const QuietToolkit quiet;
+        if (!xmp_parse(parsed.get(), widened.data(), widened.size())) {
+            return false;
+        }
+    } catch (const XMPError&) {
+        return false;
+    }
+    tree->mTree = std::move(parsed);
+    DropTwins(tree);
+    NarrowTree(tree);
+    return true;
+}
+
+UTF8String SerializePacket(XMPMetaHandle tree, PacketForm form) {
+    const XMPMetaPtr wide = CloneTree(tree);
+    WidenTree(wide.get());
+    const QuietToolkit quiet;
+    const ToolkitString packet;
+    const std::uint32_t options{form == PacketForm::kBareRDF ? std::uint32_t{XMP_SERIAL_OMITPACKETWRAPPER} : 0U};
+    if (!xmp_serialize(Native(wide.get()), packet.Get(), options, 0)) {
+        ThrowToolkitError("packet");
+    }
+    CheckPacket(packet.View());
+    return packet.Text();
+}
+
+XMPMetaPtr CloneTree(XMPMetaHandle tree) {
+    XMPMetaPtr clone = NewTree();
+    for (const Node& node : Nodes(tree, {}, {}, Walk::kSubtree)) {
+        if ((node.mOptions & kSchemaNode) == 0) {
+            CopyNode(clone.get(), node, node.mPath);
+        }
+    }
+    clone->mMixed = tree->mMixed;
+    return clone;
+}
+
+bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right) {
+    const std::vector<Node> leftNodes = ComparableNodes(left);
+    const std::vector<Node> rightNodes = ComparableNodes(right);
+    return std::equal(
+        leftNodes.begin(), leftNodes.end(), rightNodes.begin(), rightNodes.end(), [](const Node& l, const Node& r) {
+            return l.mSchema == r.mSchema && l.mPath == r.mPath && l.mValue == r.mValue && Kind(l) == Kind(r);
+        });
+}
+
+}  // namespace zephmetadata::toolkit

@@ -1,0 +1,43 @@
+#include <limits>
+
+#include "frame/toolkit/xmp_tree.h"
+#include "zephmetadata/providers.h"
+
+namespace zephmetadata {
+
+namespace {
+
+XMPMetaPtr TreeOf(const unsigned char* data, std::size_t size) {
+    // The toolkit counts packets in 32 bits.
+    if (data == nullptr || size == 0 || size > std::numeric_limits<std::uint32_t>::max()) {
+        return nullptr;
+    }
+    XMPMetaPtr tree = toolkit::NewTree();
+    const std::string_view packet(reinterpret_cast<const char*>(data), size);
+    return toolkit::ParsePacket(tree.get(), packet) ? tree : nullptr;
+}
+
+}  // namespace
+
+BufferProviderImpl::BufferProviderImpl(const unsigned char* data, std::size_t size) : TypicalProviderImpl(nullptr) {
+    ResetBuffer(data, size);
+}
+
+void BufferProviderImpl::ResetBuffer(const unsigned char* data, std::size_t size) {
+    ResetMetaData(TreeOf(data, size).get(), true);
+}
+
+void BufferProviderImpl::WriteChanges(const std::vector<Path>& changes) {
+    const XMPMetaPtr tree = MetaDataAccess();
+    if (!tree) {
+        return;
+    }
+    try {
+        const UTF8String packet = toolkit::SerializePacket(tree.get());
+        WriteBuffer(changes, packet.data(), packet.size());
+    } catch (...) {
+        // Whether storing the packet worked is the subclass's to keep.
+    }
+}
+
+}  // namespace zephmetadata

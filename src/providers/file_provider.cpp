@@ -1,0 +1,79 @@
+#include "frame/toolkit/media/xmp_files.h"
+#include "frame/toolkit/xmp_tree.h"
+#include "zephmetadata/library.h"
+#include "zephmetadata/providers.h"
+
+namespace zephmetadata {
+
+struct FileProvider::FileState {
+    UTF16String mPath;
+    bool mCanWrite = false;
+    toolkit::FileStamp mStamp;  // of the file as it was read or written last
+    FileReport mLastRead;
+    FileReport mLastWrite{FileStatus::kFileStatus_Success, {}};
+};
+
+FileProvider::FileProvider(const UTF16String& path)
+    : TypicalProviderImpl(nullptr), mFile(std::make_unique<FileState>()) {
+    ResetFilePath(path);
+}
+
+FileProvider::~FileProvider() = default;
+
+const UTF16String& FileProvider::FilePath() const {
+    return mFile->mPath;
+}
+
+void FileProvider::ResetFilePath(const UTF16String& path) {
+    if (path != mFile->mPath) {
+        mFile->mPath = path;
+        ReloadFile();
+    }
+}
+
+void FileProvider::ReloadFile() {
+    toolkit::FileXMP file;
+    if (mFile->mPath.empty()) {
+        file.mStatus = FileStatus::kFileStatus_NoFile;
+    } else {
+        file = toolkit::ReadFileXMP(mFile->mPath);
+    }
+    mFile->mLastRead = {file.mStatus, file.mDetail};
+    mFile->mCanWrite = file.mCanWrite;
+    mFile->mStamp = file.mStamp;
+    ResetMetaData(file.mTree.get(), true);
+}
+
+bool FileProvider::StartMetaData() {
+    if (mFile->mLastRead.mStatus != FileStatus::kFileStatus_NoXMP || !mFile->mCanWrite || MetaDataAccess() != nullptr) {
+        return false;
+    }
+    ResetToEmptyMetaData(true);
+    return true;
+}
+
+const FileReport& FileProvider::LastRead() const {
+    return mFile->mLastRead;
+}
+
+const FileReport& FileProvider::LastWrite() const {
+    return mFile->mLastWrite;
+}
+
+void FileProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
+    const XMPMetaPtr tree = MetaDataAccess();
+    if (!tree) {
+        return;
+    }
+    if (IsXMPWritingDisabled()) {
+        mFile->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
+        return;
+    }
+    const toolkit::WriteOutcome outcome = toolkit::WriteFileXMP(mFile->mPath, tree.get(), mFile->mStamp);
+    mFile->mLastWrite = {outcome.mStatus, outcome.mDetail};
+    if (outcome.mStatus == FileStatus::kFileStatus_Success) {
+        mFile->mStamp = outcome.mStamp;
+    }
+}
+
+}  // namespace zephmetadata

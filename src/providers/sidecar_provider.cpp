@@ -1,0 +1,46 @@
+#include "frame/toolkit/media/packet_file.h"
+#include "zephmetadata/library.h"
+#include "zephmetadata/providers.h"
+
+namespace zephmetadata {
+
+struct SidecarProvider::FileState {
+    explicit FileState(const UTF16String& path)
+        : mPath(path), mPacket(path), mLastRead{mPacket.Status(), mPacket.Detail()} {}
+
+    UTF16String mPath;
+    toolkit::PacketFile mPacket;
+    FileReport mLastRead;
+    FileReport mLastWrite{FileStatus::kFileStatus_Success, {}};
+};
+
+SidecarProvider::SidecarProvider(const UTF16String& path)
+    : BufferProviderImpl(nullptr, 0), mFile(std::make_unique<FileState>(path)) {
+    const std::string_view packet = mFile->mPacket.Packet();
+    ResetBuffer(reinterpret_cast<const unsigned char*>(packet.data()), packet.size());
+}
+
+SidecarProvider::~SidecarProvider() = default;
+
+const UTF16String& SidecarProvider::FilePath() const {
+    return mFile->mPath;
+}
+
+const FileReport& SidecarProvider::LastRead() const {
+    return mFile->mLastRead;
+}
+
+const FileReport& SidecarProvider::LastWrite() const {
+    return mFile->mLastWrite;
+}
+
+void SidecarProvider::WriteBuffer(const std::vector<Path>& /*changes*/, const char* data, std::size_t size) {
+    if (IsXMPWritingDisabled()) {
+        mFile->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
+        return;
+    }
+    const toolkit::WriteOutcome outcome = mFile->mPacket.Write({data, size});
+    mFile->mLastWrite = {outcome.mStatus, outcome.mDetail};
+}
+
+}  // namespace zephmetadata

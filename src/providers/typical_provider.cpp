@@ -1,0 +1,27 @@
+#include "frame/toolkit/xmp_tree.h"
+#include "zephmetadata/providers.h"
+
+namespace zephmetadata {
+
+TypicalProviderImpl::TypicalProviderImpl(XMPMetaHandle tree) : mTree(tree) {
+    MetaDataChanged();
+}
+
+TypicalProviderImpl::~TypicalProviderImpl() = default;
+
+XMPMetaHandle TypicalProviderImpl::MetaDataAccess() const {
+    return mTree.get();
+}
+
+void TypicalProviderImpl::ResetMetaData(XMPMetaHandle tree, bool notify) {
+    mTree = tree;
+    if (notify) {
+        MetaDataChanged();
+    }
+}
+
+void TypicalProviderImpl::ResetToEmptyMetaData(bool notify) {
+    ResetMetaData(toolkit::NewTree().get(), notify);
+}
+
+}  // namespace zephmetadata

@@ -1,0 +1,194 @@
+#include <algorithm>
+
+#include "frame/toolkit/xmp_dates.h"
+#include "values/constructed_values.h"
+#include "values/text_access.h"
+#include "values/value_procedures.h"
+
+namespace zephmetadata {
+
+namespace {
+
+/// Moves what was read into the caller's variable; whether there was anything.
+template <typename Read, typename Value>
+bool Deliver(Read&& read, Value& value) {
+    if (!read) {
+        return false;
+    }
+    value = static_cast<Value>(*std::forward<Read>(read));
+    return true;
+}
+
+UTF8String Lowered(UTF8String text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 'a' - 'A') : c; });
+    return text;
+}
+
+/// Whether @p text is a form of its kind that every reader understands; throws XMPError where it is none at all.
+bool IsCanonical(XMPMetaHandle tree, const Path& path, const EntryDefinition& entry, PrimitiveType kind,
+                 const UTF8String& text) {
+    if (kind == kPrimitiveType_Integer) {
+        const auto number = toolkit::GetPropertyInt64(tree, path.mNamespace, path.mPathDescription);
+        return number && toolkit::ConvertFromInt64(*number) == text;
+    }
+    if (kind == kPrimitiveType_Boolean) {
+        const auto flag = toolkit::GetPropertyBool(tree, path.mNamespace, path.mPathDescription);
+        const UTF8String lowered = Lowered(text);
+        return flag && (*flag ? lowered == "1" || lowered == "true" : lowered == "0" || lowered == "false");
+    }
+    if (kind == kPrimitiveType_ClosedChoice) {
+        return std::any_of(entry.mChoices.begin(), entry.mChoices.end(),
+                           [&](const auto& choice) { return choice->mRawValue == text; });
+    }
+    return true;
+}
+
+void CheckText(XMPMetaHandle tree, const Path& path, const EntryDefinition& entry, PrimitiveType kind,
+               const UTF8String& text) {
+    bool canonical = false;
+    try {
+        canonical = IsCanonical(tree, path, entry, kind, text);
+    } catch (const XMPError&) {
+        // reported below, as what it is: data that is not of its kind
+    }
+    if (!canonical) {
+        ReportInvalidData(ErrorKind::ErrorReadingXMP, path);
+    }
+}
+
+std::optional<UTF8String> ReadText(XMPMetaHandle tree, const Path& path, GetValueResult* result,
+                                   const TextAccess& access) {
+    return ReadValue(tree, path, result, [&] { return access.mGet(tree, path); });
+}
+
+Date ToDate(const UTF8String& text) {
+    const toolkit::DateTime utc = toolkit::ConvertToUTCTime(toolkit::ConvertToDate(text));
+    Date date;
+    if (utc.mHasDate) {
+        date.year = utc.mYear;
+        date.month = utc.mMonth;
+        date.day = utc.mDay;
+    }
+    if (utc.mHasTime) {
+        date.hour = utc.mHour;
+        date.minute = utc.mMinute;
+        date.second = utc.mSecond;
+    }
+    return date;
+}
+
+}  // namespace
+
+bool HasValue(XMPMetaHandle tree, const Path& path) {
+    if (tree == nullptr) {
+        return false;
+    }
+    try {
+        return toolkit::PropertyExists(tree, path.mNamespace, path.mPathDescription);
+    } catch (const XMPError&) {
+        ReportInvalidData(ErrorKind::ErrorReadingXMP, path);
+        return false;
+    }
+}
+
+bool GetValue(XMPMetaHandle tree, const Path& path, int& value, GetValueResult* result) {
+    const auto get = [&] { return toolkit::GetPropertyInt(tree, path.mNamespace, path.mPathDescription); };
+    return Deliver(ReadValue(tree, path, result, get), value);
+}
+
+bool GetValue(XMPMetaHandle tree, const Path& path, long long& value, GetValueResult* result) {
+    const auto get = [&] { return toolkit::GetPropertyInt64(tree, path.mNamespace, path.mPathDescription); };
+    return Deliver(ReadValue(tree, path, result, get), value);
+}
+
+bool GetValue(XMPMetaHandle tree, const Path& path, double& value, GetValueResult* result) {
+    const auto get = [&] { return toolkit::GetPropertyFloat(tree, path.mNamespace, path.mPathDescription); };
+    return Deliver(ReadValue(tree, path, result, get), value);
+}
+
+bool GetValue(XMPMetaHandle tree, const Path& path, bool& value, GetValueResult* result) {
+    const auto get = [&] { return toolkit::GetPropertyBool(tree, path.mNamespace, path.mPathDescription); };
+    return Deliver(ReadValue(tree, path, result, get), value);
+}
+
+bool GetValue(XMPMetaHandle tree, const Path& path, Date& value, GetValueResult* result) {
+    const sp<EntryDefinition> entry = PathEntryDefinition(path);
+    if (!entry) {
+        SetResult(result, kGetValueResult_NoDefinition);
+        return false;
+    }
+    if (!IsDate(*entry)) {
+        return false;
+    }
+    return Deliver(ReadValue(tree, path, result,
+                             [&]() -> std::optional<Date> {
+                                 const auto text = SimpleTextAccess().mGet(tree, path);
+                                 if (!text) {
+                                     return std::nullopt;
+                                 }
+                                 return text->empty() ? value : ToDate(*text);
+                             }),
+                   value);
+}
+
+bool GetValue(XMPMetaHandle tree, const Path& path, UTF8String& value, GetValueResult* result) {
+    const sp<EntryDefinition> entry = PathEntryDefinition(path);
+    if (!entry) {
+        SetResult(result, kGetValueResult_NoDefinition);
+        return false;
+    }
+    const auto kind = PrimitiveTypeOfPath(path);
+    std::optional<UTF8String> text;
+    if (IsDate(*entry)) {
+        text = ReadText(tree, path, result, DateTextAccess());
+    }
+    if (!text && kind) {  // also for a malformed date, which then reads as stored
+        text = ReadText(tree, path, result, TextAccessFor(*kind));
+    }
+    if (!text) {
+        return path.mInternal && GetConstructedValue(tree, path, value, result);
+    }
+    value = std::move(*text);
+    if (!value.empty() && kind) {
+        CheckText(tree, path, *entry, *kind, value);
+    }
+    return true;
+}
+
+bool GetRawStringValue(XMPMetaHandle tree, const Path& path, UTF8String& value, GetValueResult* result) {
+    return Deliver(ReadText(tree, path, result, SimpleTextAccess()), value);
+}
+
+std::map<UTF8String, UTF8String> GetLanguages(XMPMetaHandle tree, const Path& path) {
+    const auto read = [&]() -> std::optional<std::map<UTF8String, UTF8String>> {
+        std::map<UTF8String, UTF8String> languages;
+        UTF8String text;
+        for (toolkit::Node& node :
+             toolkit::Nodes(tree, path.mNamespace, path.mPathDescription, toolkit::Walk::kSubtree)) {
+            if ((node.mOptions & toolkit::kPropIsQualifier) == 0) {
+                text = std::move(node.mValue);
+            } else if (node.mPath.ends_with("/?xml:lang")) {
+                languages.emplace(std::move(node.mValue), text);
+            }
+        }
+        return languages;
+    };
+    return ReadValue(tree, path, nullptr, read).value_or(std::map<UTF8String, UTF8String>());
+}
+
+std::vector<UTF8String> GetItems(XMPMetaHandle tree, const Path& path) {
+    const auto read = [&]() -> std::optional<std::vector<UTF8String>> {
+        std::vector<UTF8String> items;
+        for (toolkit::Node& node :
+             toolkit::Nodes(tree, path.mNamespace, path.mPathDescription, toolkit::Walk::kJustChildren)) {
+            if ((node.mOptions & (toolkit::kPropIsQualifier | toolkit::kPropCompositeMask)) == 0) {
+                items.push_back(std::move(node.mValue));
+            }
+        }
+        return items;
+    };
+    return ReadValue(tree, path, nullptr, read).value_or(std::vector<UTF8String>());
+}
+
+}  // namespace zephmetadata

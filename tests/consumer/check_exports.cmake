@@ -1,0 +1,63 @@
+# Every exported function has a host: fails for a symbol of the library that none of the programs imports, as an
+# export that nobody uses is an interface that nobody tried.
+#
+# Left out are weak symbols (type information, tables of virtual functions, inline functions), destructors, which every
+# use of a class brings with it, and what a host cannot name: overrides that are private and reached through the table
+# of virtual functions alone.
+cmake_minimum_required(VERSION 3.25)
+
+set(unnameable
+  "zephmetadata::FileProvider::WriteChanges("
+  "zephmetadata::SidecarProvider::WriteBuffer(")
+
+# symbols_of(<result> <file> <types>): names of the dynamic symbols whose type letter is among the given.
+function(symbols_of result file types)
+  execute_process(COMMAND ${NM} -DC --format=posix "${file}" OUTPUT_VARIABLE table COMMAND_ERROR_IS_FATAL ANY)
+  # Semicolons and brackets would make and break list items.
+  string(REPLACE ";" "," table "${table}")
+  string(REPLACE "[" "{" table "${table}")
+  string(REPLACE "]" "}" table "${table}")
+  string(REPLACE "\n" ";" lines "${table}")
+  set(names "")
+  foreach(line IN LISTS lines)
+    if(line MATCHES "^(zephmetadata::.*|zephcore::.*) [${types}]( |$)")
+      list(APPEND names "${CMAKE_MATCH_1}")
+    endif()
+  endforeach()
+  list(REMOVE_DUPLICATES names)
+  set(${result} "${names}" PARENT_SCOPE)
+endfunction()
+
+symbols_of(exported "${LIBRARY}" "TDBR")
+list(LENGTH exported count)
+if(count LESS 100)
+  message(FATAL_ERROR "Only ${count} symbols were found in ${LIBRARY}")
+endif()
+
+set(imported "")
+foreach(host IN LISTS HOSTS)
+  # Variables of the library that a program uses are copied into it and stand there as its own.
+  symbols_of(names "${host}" "UBDRVW")
+  list(APPEND imported ${names})
+endforeach()
+
+set(unused "")
+foreach(name IN LISTS exported)
+  if(name IN_LIST imported OR name MATCHES "::~")
+    continue()
+  endif()
+  set(named TRUE)
+  foreach(prefix IN LISTS unnameable)
+    string(FIND "${name}" "${prefix}" position)
+    if(position EQUAL 0)
+      set(named FALSE)
+    endif()
+  endforeach()
+  if(named)
+    string(APPEND unused "\n  ${name}")
+  endif()
+endforeach()
+if(unused)
+  message(FATAL_ERROR "Exported, and used by none of ${HOSTS}:${unused}")
+endif()
+message(STATUS "${count} exported symbols have a host")

@@ -1,0 +1,59 @@
+# Installs the build tree into a folder of its own and uses what is there: each header alone, pkg-config, and a project
+# that is configured, built and run.
+cmake_minimum_required(VERSION 3.25)
+
+file(REMOVE_RECURSE "${FOLDER}")
+set(prefix "${FOLDER}/prefix")
+
+# run(<what> <command>...): stops the test when the command fails; its output is left in `output`.
+function(run what)
+  execute_process(COMMAND ${ARGN} OUTPUT_VARIABLE output ERROR_VARIABLE output RESULT_VARIABLE result)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${what} failed (${result}):\n${output}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+unset(ENV{DESTDIR})
+run("Installing" ${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+# Moved, as packages are: nothing in it may point to where it was.
+file(RENAME "${prefix}" "${FOLDER}/moved")
+set(prefix "${FOLDER}/moved")
+
+find_program(PKG_CONFIG pkg-config REQUIRED)
+set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
+run("pkg-config" ${PKG_CONFIG} --cflags zephmetadata)
+separate_arguments(includes UNIX_COMMAND "${output}")
+run("pkg-config" ${PKG_CONFIG} --libs zephmetadata)
+separate_arguments(libraries UNIX_COMMAND "${output}")
+run("pkg-config" ${PKG_CONFIG} --modversion zephmetadata)
+string(STRIP "${output}" output)
+if(NOT output STREQUAL VERSION)
+  message(FATAL_ERROR "pkg-config tells version ${output}, not ${VERSION}")
+endif()
+separate_arguments(flags UNIX_COMMAND "${FLAGS}")
+
+file(GLOB_RECURSE headers RELATIVE "${prefix}/include" "${prefix}/include/*.h")
+list(LENGTH headers count)
+if(count LESS 10)
+  message(FATAL_ERROR "Only ${count} headers are installed: ${headers}")
+endif()
+foreach(header IN LISTS headers)
+  # Twice: a header without an include guard fails.
+  file(WRITE "${FOLDER}/alone.cpp" "#include <${header}>\n#include <${header}>\n")
+  run("${header} alone" ${CXX} -std=c++20 -Wall -Wextra -Wpedantic -Werror -fsyntax-only ${includes}
+    "${FOLDER}/alone.cpp")
+endforeach()
+
+file(WRITE "${FOLDER}/linked.cpp"
+  "#include <zephmetadata/library.h>\n"
+  "int main() { return zephmetadata::GetLibraryVersion() == \"${VERSION}\" ? 0 : 1; }\n")
+run("Linking with pkg-config" ${CXX} -std=c++20 ${flags} ${includes} "${FOLDER}/linked.cpp"
+  -o "${FOLDER}/linked" ${libraries} "-Wl,-rpath,${prefix}/${LIBDIR}")
+run("The program linked with pkg-config" "${FOLDER}/linked")
+
+run("Configuring the consumer" ${CMAKE_COMMAND} -S ${PROJECT} -B "${FOLDER}/build" -G ${GENERATOR}
+  -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=${FLAGS}" -DCMAKE_PREFIX_PATH=${prefix} -DWANTED_VERSION=${VERSION})
+run("Building the consumer" ${CMAKE_COMMAND} --build "${FOLDER}/build" --parallel 1)
+run("The consumer" "${FOLDER}/build/consumer" ${PHOTO} ${VERSION})
+message(STATUS "${output}")

@@ -1,0 +1,186 @@
+#include <fstream>
+
+#include "host.h"
+
+using namespace zephmetadata;
+
+namespace host {
+
+namespace {
+
+/// A host's provider over a packet that it keeps in memory.
+class MemoryProvider : public BufferProviderImpl {
+public:
+    explicit MemoryProvider(const std::string& packet) : BufferProviderImpl(Bytes(packet), packet.size()) {}
+
+    void Load(const std::string& packet) { ResetBuffer(Bytes(packet), packet.size()); }
+    const std::string& Stored() const { return mStored; }
+    int Changes() const { return mChanges; }
+
+private:
+    static const unsigned char* Bytes(const std::string& text) {
+        return reinterpret_cast<const unsigned char*>(text.data());
+    }
+    void WriteBuffer(const std::vector<Path>& changes, const char* data, std::size_t size) override {
+        mChanges += static_cast<int>(changes.size());
+        mStored.assign(data, size);
+    }
+
+    std::string mStored;
+    int mChanges = 0;
+};
+
+/// A host's provider that counts what it is asked to write.
+class CountingProvider : public TypicalProviderImpl {
+public:
+    explicit CountingProvider(XMPMetaHandle tree) : TypicalProviderImpl(tree) {}
+
+    using TypicalProviderImpl::MetaDataChanged;
+    using TypicalProviderImpl::ResetMetaData;
+    using TypicalProviderImpl::ResetToEmptyMetaData;
+
+    void WriteNow(const Path& path) { GuardedWriteChanges({path}); }
+    int mWrites = 0;
+    bool mSawFlag = false;
+
+private:
+    void WriteChanges(const std::vector<Path>& /*changes*/) override {
+        ++mWrites;
+        mSawFlag = IsInWrite();
+    }
+};
+
+/// A host's provider from the ground up.
+class BareProvider : public MetaDataProvider {
+public:
+    std::vector<std::vector<Path>> mWritten;
+
+private:
+    XMPMetaHandle MetaDataAccess() const override { return mTree.get(); }
+    void WriteChanges(const std::vector<Path>& changes) override { mWritten.push_back(changes); }
+    void DoWriteChanges(const std::vector<Path>& changes) override { MetaDataProvider::DoWriteChanges(changes); }
+
+    XMPMetaPtr mTree = CreateXMPMeta();
+};
+
+Path At(const char* expression) {
+    return PathForExpression(expression);
+}
+
+template <typename Provider>
+void Edit(const sp<Provider>& provider, const char* expression, const char* value) {
+    MetaDataUpdateAccess access(provider);
+    if (SetValue(*access, At(expression), value)) {
+        access.AddChange(At(expression));
+    }
+}
+
+std::string Read(const sp<MetaDataProvider>& provider, const char* expression) {
+    std::string text;
+    return GetValue(*MetaDataReadAccess(provider), At(expression), text) ? text : "<none>";
+}
+
+int CheckMemoryProvider() {
+    const XMPMetaPtr tree = CreateXMPMeta();
+    SetValue(tree.get(), At("xmp:Label"), "Red");
+    const auto provider = std::make_shared<MemoryProvider>(SerializeXMPMeta(tree.get()));
+    Edit(provider, "xmp:Label", "Red");
+    CHECK(provider->Changes() == 0);
+    Edit(provider, "xmp:Label", "Blue");
+    CHECK(provider->Changes() == 1);
+    CHECK(Read(std::make_shared<MemoryProvider>(provider->Stored()), "xmp:Label") == "Blue");
+
+    const std::string before = provider->Stored();
+    SetMinimalFloatValue({At("xmp:Rating"), provider}, 0.1);
+    CHECK(provider->Stored() != before);
+    double rating = 0;
+    CHECK(GetValue(*MetaDataReadAccess(provider), At("xmp:Rating"), rating) && rating == 0.1);
+    provider->Load("no packet");
+    CHECK(*MetaDataReadAccess(provider) == nullptr);
+    return 0;
+}
+
+int CheckNotification() {
+    const auto provider = std::make_shared<CountingProvider>(nullptr);
+    std::vector<XMPMetaHandle> told;
+    const auto listener =
+        std::make_shared<std::function<void(XMPMetaHandle)>>([&](XMPMetaHandle t) { told.push_back(t); });
+    provider->NotifyWhenMetaDataChanged(listener);
+    const XMPMetaPtr tree = CreateXMPMeta();
+    provider->ResetMetaData(tree.get(), true);
+    provider->ResetToEmptyMetaData(false);
+    CHECK(told == std::vector<XMPMetaHandle>{tree.get()});
+    CHECK(*MetaDataReadAccess(provider) != nullptr && *MetaDataReadAccess(provider) != tree.get());
+    provider->MetaDataChanged();
+    CHECK(told.size() == 2);
+    provider->RemoveMetaDataChangedNotification(listener);
+    provider->MetaDataChanged();
+    CHECK(told.size() == 2);
+
+    provider->WriteNow(At("xmp:Label"));
+    CHECK(provider->mWrites == 1 && provider->mSawFlag);
+    return 0;
+}
+
+int CheckBareProvider() {
+    const auto provider = std::make_shared<BareProvider>();
+    {
+        MetaDataUpdateAccess access(provider);
+        CHECK(!access.HasChanges());
+        access.AddChange(At("xmp:Label"));
+        CHECK(access.HasChanges());
+    }
+    CHECK(provider->mWritten == std::vector<std::vector<Path>>{{At("xmp:Label")}});
+    CHECK(!provider->WritesOwnChangeList() && Read(provider, "xmpMM:History[1]/stEvt:action") == "saved");
+    CHECK(Read(provider, "xmpMM:History[1]/stEvt:softwareAgent") == "Consumer 1.0");
+    CHECK(provider->DebugSerializedXMP().empty() && provider->DebugDescription(true, 0).empty());
+    CHECK(provider->QueryPathStatus(At("xmp:Label"), PathStatus::kPathReadable));
+
+    std::vector<sp<PropertyDefinition>> properties;
+    provider->GetAllPathsForDynamicSchema("urn:host:dynamic:", properties);
+    CHECK(properties.empty());
+    const auto schema = std::make_shared<SchemaDefinition>();
+    schema->mNamespace = "urn:host:dynamic:";
+    schema->mPrefix = "hostdyn";
+    schema->mDynamic = true;
+    CHECK(!provider->DoesDynamicNamespaceExist(schema->mNamespace));
+    provider->AddDynamicSchemaDefinition(schema);
+    CHECK(provider->DoesDynamicNamespaceExist(schema->mNamespace));
+    CHECK(provider->DynamicSchemaDefinitions().front() == schema && NamespaceDefinition(schema->mNamespace) == schema);
+    return 0;
+}
+
+int CheckPhoto(const std::string& photo) {
+    const UTF16String path = zephcore::PathFromNative(photo);
+    const auto provider = std::make_shared<FileProvider>(path);
+    CHECK(provider->LastRead().mStatus == FileStatus::kFileStatus_Success && provider->FilePath() == path);
+    CHECK(!provider->StartMetaData());
+    Edit(provider, "xmp:Label", "Blue");
+    CHECK(provider->LastWrite().mStatus == FileStatus::kFileStatus_Success);
+    provider->ReloadFile();
+    CHECK(Read(provider, "xmp:Label") == "Blue");
+    provider->ResetFilePath(path + u".none");
+    CHECK(provider->LastRead().mStatus == FileStatus::kFileStatus_NoFile && *MetaDataReadAccess(provider) == nullptr);
+    return 0;
+}
+
+int CheckSidecar(const std::string& folder) {
+    const std::string name = folder + "/photo.xmp";
+    std::ofstream(name) << SerializeXMPMeta(CreateXMPMeta().get());
+    const auto provider = std::make_shared<SidecarProvider>(zephcore::PathFromNative(name));
+    CHECK(provider->LastRead().mStatus == FileStatus::kFileStatus_Success);
+    Edit(provider, "xmp:Label", "Blue");
+    CHECK(provider->LastWrite().mStatus == FileStatus::kFileStatus_Success);
+    CHECK(Read(std::make_shared<SidecarProvider>(provider->FilePath()), "xmp:Label") == "Blue");
+    return 0;
+}
+
+}  // namespace
+
+int CheckProviders(const Arguments& arguments) {
+    const Session session;
+    return CheckMemoryProvider() | CheckNotification() | CheckBareProvider() | CheckPhoto(arguments.mPhoto) |
+           CheckSidecar(arguments.mFolder);
+}
+
+}  // namespace host

@@ -1,0 +1,201 @@
+#include <vector>
+
+#include "frame/toolkit/toolkit_fixture.h"
+
+namespace zephmetadata::toolkit {
+namespace {
+
+constexpr std::uint32_t kBag = kPropValueIsArray;
+constexpr std::uint32_t kSeq = kPropValueIsArray | kPropArrayIsOrdered;
+
+struct JoinRow {
+    const char* mLabel;
+    std::vector<UTF8String> mItems;
+    UTF8String mJoined;
+};
+
+class JoinTest : public RunningToolkit<::testing::TestWithParam<JoinRow>> {};
+
+TEST_P(JoinTest, SplitsIntoTheSameItems) {
+    const XMPMetaPtr tree = NewTree();
+    for (const UTF8String& item : GetParam().mItems) {
+        AppendArrayItem(tree.get(), kOwn, "b", kBag, item);
+    }
+    const std::optional<UTF8String> joined = CatenateArrayItems(tree.get(), kOwn, "b");
+    EXPECT_EQ(joined, GetParam().mJoined);
+    EXPECT_EQ(SplitItems(*joined), GetParam().mItems);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, JoinTest,
+                         ::testing::Values(JoinRow{"Plain", {"a", "b c"}, "a; b c"},
+                                           JoinRow{"Semicolon", {"a;b", ";"}, R"("a;b"; ";")"},
+                                           JoinRow{"QuoteWithin", {R"(5" pipe)", R"(6")"}, R"(5" pipe; 6")"},
+                                           JoinRow{"QuoteInFront", {R"("a" b)", R"(")"}, R"("""a"" b"; """")"},
+                                           JoinRow{"QuoteAndSemicolon", {R"(a";"b)"}, R"("a"";""b")"},
+                                           JoinRow{"SpacesAround", {" a", "b ", " "}, R"(" a"; "b "; " ")"},
+                                           JoinRow{"Empty", {"", "a", ""}, R"(""; a; "")"},
+                                           JoinRow{"CommaAndLines", {"a, b", "c\nd"}, "a, b; c\nd"}),
+                         LabelOf());
+
+TEST(SplitItems, TakesOtherTextAsPeopleWriteIt) {
+    using Items = std::vector<UTF8String>;
+    EXPECT_EQ(SplitItems("a;b ;; c;"), (Items{"a", "b", "c"}));
+    EXPECT_EQ(SplitItems(R"("open; b)"), (Items{R"("open)", "b"}));
+    EXPECT_EQ(SplitItems(R"("a" b; c)"), (Items{R"("a" b)", "c"}));
+    EXPECT_EQ(SplitItems(R"( "a;b" ;c)"), (Items{"a;b", "c"}));
+    EXPECT_EQ(SplitItems("  ; "), Items{});
+}
+
+class ArraysTest : public RunningToolkit<> {
+protected:
+    ArraysTest()
+        : mTree(Parsed(Packet(
+              "<own:b><rdf:Bag><rdf:li xml:lang='de'>1</rdf:li><rdf:li xml:lang='fr'>2</rdf:li>"
+              "<rdf:li xml:lang='it'>3</rdf:li></rdf:Bag></own:b><own:simple>v</own:simple>"
+              "<own:c><rdf:Bag><rdf:li rdf:parseType='Resource'><own:f>1</own:f></rdf:li></rdf:Bag></own:c>"))) {}
+
+    std::string Joined() { return CatenateArrayItems(mTree.get(), kOwn, "b").value_or("none"); }
+    std::string Language(int item) {
+        const std::string path = "b[" + std::to_string(item) + "]/?xml:lang";
+        return GetProperty(mTree.get(), kOwn, path).value_or(Property{"none", 0}).mValue;
+    }
+
+    XMPMetaPtr mTree;
+};
+
+TEST_F(ArraysTest, ItemsAreSetInsertedAppendedAndDeletedByNumber) {
+    XMPMetaHandle tree = mTree.get();
+    SetArrayItem(tree, kOwn, "b", 2, "two");
+    EXPECT_EQ(Joined() + Language(2), "1; two; 3fr");
+    SetArrayItem(tree, kOwn, "b", 4, "end", kInsertBeforeItem);
+    SetArrayItem(tree, kOwn, "b", kLastItem, "before", kInsertBeforeItem);
+    SetArrayItem(tree, kOwn, "b", kLastItem, "END");
+    EXPECT_EQ(Joined(), "1; two; 3; before; END");
+    EXPECT_FALSE(DeleteArrayItem(tree, kOwn, "b", 6));
+    EXPECT_FALSE(DeleteArrayItem(tree, kOwn, "b", 0));
+    EXPECT_FALSE(DeleteArrayItem(tree, kOwn, "none", 1));
+    EXPECT_TRUE(DeleteArrayItem(tree, kOwn, "b", 1));
+    EXPECT_TRUE(DeleteArrayItem(tree, kOwn, "b", kLastItem));
+    EXPECT_EQ(Joined(), "two; 3; before");
+    AppendArrayItem(tree, kOwn, "b", kSeq, {}, kPropValueIsStruct);
+    EXPECT_EQ(CountArrayItems(tree, kOwn, "b"), 4U);
+    AppendArrayItem(tree, kOwn, "new", kPropArrayIsOrdered, "x");
+    EXPECT_EQ(GetProperty(tree, kOwn, "new")->mOptions & kPropCompositeMask, kSeq);
+}
+
+TEST_F(ArraysTest, WhatDoesNotFitIsRefusedAndChangesNothing) {
+    XMPMetaHandle tree = mTree.get();
+    const std::string before = Listing(tree);
+    EXPECT_EQ(ErrorOf([&] { SetArrayItem(tree, kOwn, "none", 1, "v", kInsertBeforeItem); }), -104);
+    EXPECT_EQ(ErrorOf([&] { SetArrayItem(tree, kOwn, "b", 5, "v", kInsertBeforeItem); }), -104);
+    EXPECT_EQ(ErrorOf([&] { SetArrayItem(tree, kOwn, "b", 4, "v"); }), -104);
+    EXPECT_EQ(ErrorOf([&] { SetArrayItem(tree, kOwn, "b", 0, "v"); }), -104);
+    EXPECT_EQ(ErrorOf([&] { SetArrayItem(tree, kOwn, "c", 1, "v"); }), -102);
+    EXPECT_EQ(ErrorOf([&] { SetArrayItem(tree, kOwn, "b", 1, "\x01"); }), -205);
+    EXPECT_EQ(ErrorOf([&] { AppendArrayItem(tree, kOwn, "none", 0, "v"); }), -103);
+    EXPECT_EQ(ErrorOf([&] { AppendArrayItem(tree, kOwn, "simple", kBag, "v"); }), -102);
+    EXPECT_EQ(ErrorOf([&] { CountArrayItems(tree, kOwn, "simple"); }), -102);
+    EXPECT_EQ(ErrorOf([&] { CatenateArrayItems(tree, kOwn, "simple"); }), -102);
+    EXPECT_EQ(ErrorOf([&] { CatenateArrayItems(tree, kOwn, "c"); }), -4);
+    EXPECT_EQ(ErrorOf([&] { SeparateArrayItems(tree, kOwn, "c", kBag, "a"); }), -4);
+    EXPECT_EQ(ErrorOf([&] { SeparateArrayItems(tree, kOwn, "simple", kBag, "a"); }), -102);
+    EXPECT_EQ(CatenateArrayItems(tree, kOwn, "none"), std::nullopt);
+    EXPECT_EQ(CountArrayItems(tree, kOwn, "none"), 0U);
+    EXPECT_EQ(Listing(tree), before);
+}
+
+TEST_F(ArraysTest, SeparatingKeepsTheItemsAroundTheChange) {
+    XMPMetaHandle tree = mTree.get();
+    SeparateArrayItems(tree, kOwn, "b", kBag, "1; new; 3");
+    EXPECT_EQ(Joined() + Language(1) + Language(2) + Language(3), "1; new; 3denoneit");
+    SeparateArrayItems(tree, kOwn, "b", kBag, "3");
+    EXPECT_EQ(Joined() + Language(1), "3it");
+    SeparateArrayItems(tree, kOwn, "b", kSeq, "0; 3; 3");
+    EXPECT_EQ(Joined(), "0; 3; 3");
+    EXPECT_EQ(GetProperty(tree, kOwn, "b")->mOptions & kPropCompositeMask, kBag)
+        << "an array that is there keeps its form";
+    SeparateArrayItems(tree, kOwn, "b", kBag, " ; ");
+    EXPECT_FALSE(PropertyExists(tree, kOwn, "b"));
+    SeparateArrayItems(tree, kOwn, "b", kPropArrayIsOrdered, "x");
+    EXPECT_EQ(GetProperty(tree, kOwn, "b")->mOptions & kPropCompositeMask, kSeq);
+}
+
+TEST_F(ArraysTest, AChangeOfAnItemClearsTheMarkOfTheArray) {
+    const std::vector<void (*)(XMPMetaHandle)> changes = {
+        [](XMPMetaHandle t) { SetArrayItem(t, kOwn, "b", 1, "v"); },
+        [](XMPMetaHandle t) { AppendArrayItem(t, kOwn, "b", kBag, "v"); },
+        [](XMPMetaHandle t) { DeleteArrayItem(t, kOwn, "b", 1); },
+        [](XMPMetaHandle t) { SeparateArrayItems(t, kOwn, "b", kBag, "x"); },
+        [](XMPMetaHandle t) { SeparateArrayItems(t, kOwn, "b", kBag, *CatenateArrayItems(t, kOwn, "b")); },
+    };
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        MarkMixed(mTree.get(), kOwn, "b");
+        changes[i](mTree.get());
+        EXPECT_FALSE(IsMixed(mTree.get(), kOwn, "b")) << "change " << i;
+    }
+}
+
+struct LanguageRow {
+    const char* mLabel;
+    const char *mGeneric, *mSpecific, *mText;
+};
+
+class LanguageTest : public RunningToolkit<::testing::TestWithParam<LanguageRow>> {};
+
+TEST_P(LanguageTest, FindsTheNearestText) {
+    const XMPMetaPtr tree =
+        Parsed(Packet("<dc:title><rdf:Alt><rdf:li xml:lang='x-default'>D</rdf:li><rdf:li xml:lang='den'>N</rdf:li>"
+                      "<rdf:li xml:lang='de-CH'>S</rdf:li><rdf:li xml:lang='de-AT'>A</rdf:li></rdf:Alt></dc:title>"));
+    EXPECT_EQ(GetLocalizedText(tree.get(), kDC, "title", GetParam().mGeneric, GetParam().mSpecific), GetParam().mText);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, LanguageTest,
+    ::testing::Values(LanguageRow{"Exact", "", "de-AT", "A"}, LanguageRow{"LetterCase", "", "DE-at", "A"},
+                      LanguageRow{"Generic", "de", "de-DE", "S"}, LanguageRow{"NoGeneric", "", "de-DE", "D"},
+                      LanguageRow{"Default", "fr", "fr-FR", "D"}, LanguageRow{"AskedDefault", "", "x-default", "D"}),
+    LabelOf());
+
+class LanguagesTest : public RunningToolkit<> {
+protected:
+    void Set(const char* language, const char* text) {
+        SetLocalizedText(mTree.get(), kDC, "title", {}, language, text);
+    }
+    std::string Texts() {
+        std::string texts;
+        for (const Node& node : Nodes(mTree.get(), kDC, "title", Walk::kSubtree)) {
+            texts += node.mValue + ((node.mOptions & kPropIsQualifier) != 0 ? " " : ":");
+        }
+        return texts;
+    }
+    XMPMetaPtr mTree = NewTree();
+};
+
+TEST_F(LanguagesTest, SettingATextChangesNoOther) {
+    EXPECT_EQ(GetLocalizedText(mTree.get(), kDC, "title", {}, "x-default"), std::nullopt);
+    Set("x-default", "A");
+    EXPECT_EQ(Texts(), "A:x-default ");
+    Set("de-ch", "A");
+    Set("x-default", "B");
+    EXPECT_EQ(Texts(), "B:x-default A:de-CH ");
+    Set("DE-ch", "C");
+    Set("fr", "F");
+    EXPECT_EQ(Texts(), "B:x-default C:de-CH F:fr ");
+    DeleteArrayItem(mTree.get(), kDC, "title", 1);
+    EXPECT_EQ(GetLocalizedText(mTree.get(), kDC, "title", {}, "x-default"), "C");
+    Set("x-default", "D");
+    EXPECT_EQ(Texts(), "D:x-default C:de-CH F:fr ");
+}
+
+TEST_F(LanguagesTest, TheFirstTextIsTheDefaultToo) {
+    Set("de", "A");
+    EXPECT_EQ(Texts(), "A:x-default A:de ");
+    EXPECT_EQ(ErrorOf([&] { Set("not a tag", "x"); }), -5);
+    EXPECT_EQ(ErrorOf([&] { Set("de", "\x02"); }), -205);
+    EXPECT_EQ(Texts(), "A:x-default A:de ");
+    SetProperty(mTree.get(), kDC, "format", "v");
+    EXPECT_EQ(ErrorOf([&] { GetLocalizedText(mTree.get(), kDC, "format", {}, "de"); }), -102);
+}
+
+}  // namespace
+}  // namespace zephmetadata::toolkit

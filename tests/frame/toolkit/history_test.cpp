@@ -1,0 +1,67 @@
+#include "frame/toolkit/xmp_history.h"
+
+#include <gmock/gmock.h>
+
+#include "frame/toolkit/toolkit_fixture.h"
+#include "frame/toolkit/xmp_dates.h"
+#include "zephcore/environment.h"
+#include "zephcore/text.h"
+
+namespace zephmetadata::toolkit {
+namespace {
+
+const std::string kMM = "http://ns.adobe.com/xap/1.0/mm/";
+constexpr const char* kUUID = "[0-9a-f]{8}-[0-9a-f]{4}-4[0-9a-f]{3}-[89ab][0-9a-f]{3}-[0-9a-f]{12}";
+
+class HistoryTest : public RunningToolkit<> {
+protected:
+    std::string Value(const std::string& path) {
+        return GetProperty(mTree.get(), kMM, path).value_or(Property{"none", 0}).mValue;
+    }
+    void Save(std::initializer_list<const char*> parts) {
+        TXMPDocOps history;
+        history.OpenXMP(mTree.get());
+        for (const char* const part : parts) {
+            history.NoteChange(part);
+        }
+        history.PrepareForSave();
+    }
+    XMPMetaPtr mTree = NewTree();
+};
+
+TEST_F(HistoryTest, EachSaveIsOneEvent) {
+    Save({"/metadata/dc/title", "/metadata", "/metadata/dc/title"});
+    const std::string document = Value("DocumentID");
+    const std::string first = Value("InstanceID");
+    EXPECT_THAT(document, ::testing::MatchesRegex(std::string("xmp\\.did:") + kUUID));
+    EXPECT_THAT(first, ::testing::MatchesRegex(std::string("xmp\\.iid:") + kUUID));
+    EXPECT_EQ(Value("OriginalDocumentID"), document);
+    EXPECT_EQ(Value("History[1]/stEvt:action"), "saved");
+    EXPECT_EQ(Value("History[1]/stEvt:instanceID"), first);
+    EXPECT_EQ(Value("History[1]/stEvt:changed"), "/metadata/dc/title;/metadata");
+    EXPECT_EQ(Value("History[1]/stEvt:softwareAgent"), zephcore::UTF16to8(zephcore::GetSuiteClientName()));
+    const std::string when = Value("History[1]/stEvt:when");
+    EXPECT_EQ(GetProperty(mTree.get(), "http://ns.adobe.com/xap/1.0/", "MetadataDate")->mValue, when);
+    EXPECT_TRUE(ConvertToDate(when).mHasTimeZone);
+
+    Save({"/metadata/own/a"});
+    EXPECT_EQ(CountArrayItems(mTree.get(), kMM, "History"), 2U);
+    EXPECT_EQ(Value("DocumentID"), document);
+    EXPECT_NE(Value("InstanceID"), first);
+    EXPECT_EQ(Value("History[2]/stEvt:instanceID"), Value("InstanceID"));
+    EXPECT_EQ(Value("History[1]/stEvt:instanceID"), first);
+}
+
+TEST_F(HistoryTest, KnownIdentifiersStay) {
+    SetProperty(mTree.get(), kMM, "DocumentID", "uuid:mine");
+    Save({"/metadata"});
+    EXPECT_EQ(Value("DocumentID") + Value("OriginalDocumentID"), "uuid:mineuuid:mine");
+}
+
+TEST_F(HistoryTest, WithoutChangesNothingIsWritten) {
+    Save({});
+    EXPECT_EQ(Listing(mTree.get()), "");
+}
+
+}  // namespace
+}  // namespace zephmetadata::toolkit

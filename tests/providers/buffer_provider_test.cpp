@@ -1,0 +1,66 @@
+#include "support/values_test.h"
+#include "zephmetadata/providers.h"
+
+namespace zephmetadata {
+namespace {
+
+class TestBuffer : public BufferProviderImpl {
+public:
+    explicit TestBuffer(const std::string& packet) : BufferProviderImpl(Bytes(packet), packet.size()) {}
+    static const unsigned char* Bytes(const std::string& text) {
+        return reinterpret_cast<const unsigned char*>(text.data());
+    }
+
+    std::string mStored;
+    bool mThrows = false;
+
+private:
+    void WriteBuffer(const std::vector<Path>&, const char* data, std::size_t size) override {
+        if (mThrows) {
+            throw 1;
+        }
+        mStored.assign(data, size);
+    }
+};
+
+class BufferProvider : public support::TreeTest {};
+
+TEST_F(BufferProvider, HoldsWhatThePacketHolds) {
+    SetValue(Tree(), At("dc:source"), "s");
+    const std::string packet = SerializeXMPMeta(Tree());
+    const auto provider = std::make_shared<TestBuffer>(packet);
+    int calls = 0;
+    provider->NotifyWhenMetaDataChanged(
+        std::make_shared<std::function<void(XMPMetaHandle)>>([&](XMPMetaHandle) { ++calls; }));
+    {
+        MetaDataUpdateAccess access(provider);
+        ASSERT_NE(*access, nullptr);
+        SetValue(*access, At("dc:source"), "changed");
+        access.AddChange(At("dc:source"));
+    }
+    EXPECT_EQ(calls, 0);
+    const auto reread = std::make_shared<TestBuffer>(provider->mStored);
+    std::string text;
+    EXPECT_TRUE(GetValue(*MetaDataReadAccess(reread), At("dc:source"), text));
+    EXPECT_EQ(text, "changed");
+
+    for (const std::string& none : {std::string(), std::string("no xmp"), std::string("<html/>")}) {
+        provider->ResetBuffer(TestBuffer::Bytes(none), none.size());
+        EXPECT_EQ(*MetaDataReadAccess(provider), nullptr) << none;
+    }
+    provider->ResetBuffer(nullptr, 10);
+    EXPECT_EQ(calls, 4);
+}
+
+TEST_F(BufferProvider, KeepsAnExceptionOfItsSubclassIn) {
+    const auto provider = std::make_shared<TestBuffer>(SerializeXMPMeta(Tree()));
+    provider->mThrows = true;
+    EXPECT_NO_THROW({
+        MetaDataUpdateAccess access(provider);
+        access.AddChange(At("dc:source"));
+    });
+    EXPECT_EQ(provider->mStored, "");
+}
+
+}  // namespace
+}  // namespace zephmetadata

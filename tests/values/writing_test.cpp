@@ -1,0 +1,165 @@
+#include "support/values_test.h"
+#include "zephmetadata/providers.h"
+
+namespace zephmetadata {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class Writing : public support::TreeTest {};
+
+TEST_F(Writing, SetsTextByKindAndOnlyOnce) {
+    struct Row {
+        const char* mExpression;
+        const char* mValue;
+        const char* mReads;
+    };
+    const Row rows[] = {
+        {"dc:source", "plain", "plain"},
+        {"dc:title", "Harbour", "Harbour"},
+        {"dc:creator", "a; b; c", "a; b; c"},
+        {"dc:subject", "x;y;  \"z; w\"", "x; y; \"z; w\""},
+        {"xmp:CreateDate", "2024-05-17T09:30:00.50+02:00", "2024-05-17T09:30:00.5+02:00"},
+        {"xmp:MetadataDate", "2024-05", "2024-05"},
+        {"Iptc4xmpCore:CreatorContactInfo/Iptc4xmpCore:CiAdrCity", "Kiel", "Kiel"},
+        {"Iptc4xmpExt:LocationShown[1]/Iptc4xmpExt:City", "Kiel", "Kiel"},
+        {"Iptc4xmpExt:LocationShown[2]/Iptc4xmpExt:City", "Hamburg", "Hamburg"},
+        {"Iptc4xmpExt:ArtworkOrObject[1]/Iptc4xmpExt:AOTitle", "Mona", "Mona"},
+        {"dc:language[1]", "de", "de"},
+        {"xmpPMMemo:whatever", "memo", "memo"},
+    };
+    for (const Row& row : rows) {
+        EXPECT_TRUE(SetValue(Tree(), At(row.mExpression), row.mValue)) << row.mExpression;
+        EXPECT_EQ(Text(row.mExpression), row.mReads) << row.mExpression;
+        EXPECT_FALSE(SetValue(Tree(), At(row.mExpression), row.mValue)) << "again: " << row.mExpression;
+    }
+    EXPECT_FALSE(HasErrors()) << Records().front();
+    EXPECT_EQ(CountArrayItems(Tree(), At("Iptc4xmpExt:LocationShown")), 2);
+}
+
+TEST_F(Writing, KeepsEveryOtherLanguageAndItem) {
+    Load(
+        "<dc:title><rdf:Alt><rdf:li xml:lang='x-default'>Harbour</rdf:li><rdf:li "
+        "xml:lang='de'>Hafen</rdf:li></rdf:Alt></dc:title>"
+        "<dc:subject><rdf:Bag><rdf:li>dawn; early</rdf:li><rdf:li>\"quoted\"</rdf:li><rdf:li> space "
+        "</rdf:li></rdf:Bag></dc:subject>");
+    EXPECT_TRUE(SetValue(Tree(), At("dc:title"), "Port"));
+    EXPECT_THAT(GetLanguages(Tree(), At("dc:title")),
+                ElementsAre(std::pair("de", "Hafen"), std::pair("x-default", "Port")));
+    EXPECT_TRUE(SetLanguage(Tree(), At("dc:title"), "fr", "Port (fr)"));
+    EXPECT_TRUE(SetLanguage(Tree(), At("dc:title"), "de", ""));
+    EXPECT_FALSE(SetLanguage(Tree(), At("dc:title"), "de", ""));
+    EXPECT_FALSE(SetLanguage(Tree(), At("dc:title"), "x\"]", "injected"));
+    EXPECT_THAT(GetLanguages(Tree(), At("dc:title")),
+                ElementsAre(std::pair("fr", "Port (fr)"), std::pair("x-default", "Port")));
+    EXPECT_TRUE(SetValue(Tree(), At("dc:subject"), Text("dc:subject") + "; more"));
+    EXPECT_THAT(GetItems(Tree(), At("dc:subject")), ElementsAre("dawn; early", "\"quoted\"", " space ", "more"));
+}
+
+TEST_F(Writing, RefusesAndReportsWhatCannotBe) {
+    struct Row {
+        const char* mExpression;
+        const char* mValue;
+        bool mReported;
+    };
+    const Row rows[] = {
+        {"dc:nothing", "x", false},
+        {"dc:source", "", false},
+        {"xmpMM:DerivedFrom", "x", false},
+        {"xmp:CreateDate", "tomorrow", true},
+        {"dc:creator[3]", "x", true},
+        {"dc:source", "bad \x01 control", true},
+        {"dc:source", "bad \xC3 utf-8", true},
+    };
+    std::vector<Record> expected;
+    for (const Row& row : rows) {
+        EXPECT_FALSE(SetValue(Tree(), At(row.mExpression), row.mValue)) << row.mExpression;
+        if (row.mReported) {
+            expected.push_back(Invalid(ErrorKind::ErrorWritingXMP, row.mExpression));
+        }
+    }
+    EXPECT_EQ(Records(), expected);
+    EXPECT_THAT(XMPNodes(Tree()), IsEmpty());
+    EXPECT_FALSE(SetValue(nullptr, At("dc:source"), "x"));
+    EXPECT_FALSE(SetValue(Tree(), At("dc:source"), static_cast<const char*>(nullptr)));
+}
+
+TEST_F(Writing, RefusesAnEmptyTextForADateThatIsThere) {
+    EXPECT_TRUE(SetValue(Tree(), At("xmp:CreateDate"), "2024"));
+    EXPECT_FALSE(SetValue(Tree(), At("xmp:CreateDate"), ""));
+    EXPECT_EQ(Text("xmp:CreateDate"), "2024");
+    EXPECT_THAT(Records(), ElementsAre(Invalid(ErrorKind::ErrorWritingXMP, "xmp:CreateDate")));
+}
+
+TEST_F(Writing, WritesNumbersInTheirCanonicalForm) {
+    const Path path = At("dc:source");
+    EXPECT_TRUE(SetValue(Tree(), path, 0));
+    EXPECT_EQ(Raw("dc:source"), "0");
+    EXPECT_FALSE(SetValue(Tree(), path, 0));
+    EXPECT_TRUE(SetValue(Tree(), path, 1LL << 40));
+    EXPECT_EQ(Raw("dc:source"), "1099511627776");
+    EXPECT_TRUE(SetValue(Tree(), path, 0.1));
+    EXPECT_EQ(Raw("dc:source"), "0.1");
+    EXPECT_TRUE(SetValue(Tree(), path, true));
+    EXPECT_EQ(Raw("dc:source"), "True");
+    EXPECT_FALSE(HasErrors());
+}
+
+class KeepingProvider : public TypicalProviderImpl {
+public:
+    explicit KeepingProvider(XMPMetaHandle tree) : TypicalProviderImpl(tree) {}
+    std::vector<Path> mWritten;
+
+private:
+    void WriteChanges(const std::vector<Path>& changes) override { mWritten = changes; }
+};
+
+TEST_F(Writing, MinimalFloatGoesThroughTheProvider) {
+    const auto provider = std::make_shared<KeepingProvider>(Tree());
+    SetMinimalFloatValue({At("xmp:Rating"), provider}, 0.1);
+    EXPECT_EQ(Raw("xmp:Rating"), "0.10000000000000001");
+    EXPECT_THAT(provider->mWritten, ElementsAre(At("xmp:Rating")));
+    provider->mWritten.clear();
+    SetMinimalFloatValue({At("xmp:Rating"), provider}, 0.1);
+    EXPECT_THAT(provider->mWritten, IsEmpty());
+    SetMinimalFloatValue({At("xmp:Rating"), nullptr}, 0.1);
+}
+
+TEST_F(Writing, DeletesWithEmptiedStructuresButNeverItems) {
+    SetValue(Tree(), At("Iptc4xmpCore:CreatorContactInfo/Iptc4xmpCore:CiAdrCity"), "Kiel");
+    SetValue(Tree(), At("Iptc4xmpCore:CreatorContactInfo/Iptc4xmpCore:CiUrlWork"), "u");
+    SetValue(Tree(), At("Iptc4xmpExt:LocationShown[1]/Iptc4xmpExt:City"), "Kiel");
+    SetValue(Tree(), At("dc:subject"), "a; b");
+    SetValue(Tree(), At("dc:relation"), "r; s");
+    EXPECT_TRUE(DeleteValue(Tree(), At("Iptc4xmpCore:CreatorContactInfo/Iptc4xmpCore:CiAdrCity")));
+    EXPECT_TRUE(HasValue(Tree(), At("Iptc4xmpCore:CreatorContactInfo")));
+    EXPECT_TRUE(DeleteValue(Tree(), At("Iptc4xmpCore:CreatorContactInfo/Iptc4xmpCore:CiUrlWork")));
+    EXPECT_FALSE(HasValue(Tree(), At("Iptc4xmpCore:CreatorContactInfo")));
+    EXPECT_TRUE(DeleteValue(Tree(), At("Iptc4xmpExt:LocationShown[1]/Iptc4xmpExt:City")));
+    EXPECT_EQ(CountArrayItems(Tree(), At("Iptc4xmpExt:LocationShown")), 1);
+    EXPECT_TRUE(DeleteValue(Tree(), At("dc:subject[1]")));
+    EXPECT_THAT(GetItems(Tree(), At("dc:subject")), ElementsAre("", "b"));
+    EXPECT_TRUE(DeleteValue(Tree(), At("dc:relation[1]")));
+    EXPECT_THAT(GetItems(Tree(), At("dc:relation")), ElementsAre("s"));
+    EXPECT_FALSE(DeleteValue(Tree(), At("dc:source")));
+    EXPECT_FALSE(DeleteValue(nullptr, At("dc:subject")));
+    EXPECT_FALSE(HasErrors()) << Records().front();
+}
+
+TEST_F(Writing, MatchesEmptiedParentsByWholeSteps) {
+    ParseBufferAndRegisterDefinitions(
+        "<xmp_definitions><xmp_type name='box'><xmp_field namespace='n:b' prefix='b' name='f' type='text'/></xmp_type>"
+        "<xmp_schema namespace='n:b' prefix='b'><xmp_property name='Box' type='box'/><xmp_property name='Boxes' "
+        "type='box'/>"
+        "</xmp_schema></xmp_definitions>",
+        u"", false);
+    SetValue(Tree(), At("b:Box/b:f"), "1");
+    SetValue(Tree(), At("b:Boxes/b:f"), "2");
+    EXPECT_TRUE(DeleteValue(Tree(), At("b:Boxes/b:f")));
+    EXPECT_FALSE(HasValue(Tree(), At("b:Boxes")));
+    EXPECT_EQ(Text("b:Box/b:f"), "1");
+}
+
+}  // namespace
+}  // namespace zephmetadata

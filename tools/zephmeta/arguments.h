@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "zephmetadata/paths.h"
+
+namespace zephmeta {
+
+/// One PATH=VALUE of the command line.
+struct Assignment {
+    std::string mExpression;
+    std::string mValue;
+};
+
+/// @p argument as an assignment, when it reads like one: "prefix:name...=value".
+std::optional<Assignment> ParseAssignment(const std::string& argument);
+
+/// Where an expression of the command line leads: to a node, or to one language of an alternative.
+struct Target {
+    zephmetadata::Path mPath;
+    std::string mLanguage;  ///< of "dc:title[?xml:lang="de"]"; empty for any other path
+    std::string mProblem;   ///< why there is no such path; empty when there is
+};
+
+Target ResolveTarget(const std::string& expression);
+
+/// The array and the number of an item path such as "dc:subject[2]".
+struct ItemTarget {
+    zephmetadata::Path mArray;
+    int mNumber = 0;
+};
+std::optional<ItemTarget> SplitItem(const std::string& expression);
+
+}  // namespace zephmeta

@@ -1,0 +1,112 @@
+#include <algorithm>
+#include <iostream>
+
+#include "commands.h"
+#include "console.h"
+#include "json.h"
+#include "listing.h"
+#include "media_file.h"
+
+namespace zephmeta {
+
+namespace {
+
+Json ToJson(const ListedValue& value) {
+    Json json = {{"path", value.mExpression}, {"namespace", value.mNamespace}, {"label", value.mLabel},
+                 {"type", value.mType},       {"internal", value.mInternal},   {"defined", value.mDefined},
+                 {"raw", value.mRaw},         {"display", value.mDisplay}};
+    if (value.mShape == ListedValue::Shape::kItems) {
+        json["items"] = value.mItems;
+    } else if (value.mShape == ListedValue::Shape::kLanguages) {
+        json["languages"] = Json::object();
+        for (const auto& [language, text] : value.mLanguages) {
+            json["languages"][language] = text;
+        }
+    }
+    return json;
+}
+
+void PrintJson(const MediaFile& file, const std::vector<ListedValue>& values) {
+    Json properties = Json::array();
+    for (const ListedValue& value : values) {
+        properties.push_back(ToJson(value));
+    }
+    const Json json = {{"file", file.Name()}, {"hasXMP", file.HasXMP()}, {"properties", properties}};
+    std::cout << JsonLine(json) << '\n';
+}
+
+struct ColumnWidths {
+    std::size_t mPath = 0;
+    std::size_t mLabel = 0;
+    std::size_t mType = 0;
+};
+
+ColumnWidths Measure(const std::vector<ListedValue>& values) {
+    constexpr std::size_t kWidest = 44;  // a longer path pushes only its own line to the right
+    ColumnWidths widths;
+    for (const ListedValue& value : values) {
+        widths.mPath = std::max(widths.mPath, std::min(Columns(value.mExpression), kWidest));
+        widths.mLabel = std::max(widths.mLabel, std::min(Columns(value.mLabel), kWidest));
+        widths.mType = std::max(widths.mType, std::min(Columns(value.mType), kWidest));
+    }
+    return widths;
+}
+
+/// The stored text, and the display text behind it where that says something else.
+std::string ValueText(const ListedValue& value) {
+    std::string text = OneLine(value.mShape == ListedValue::Shape::kItems ? value.mDisplay : value.mRaw);
+    if (value.mShape == ListedValue::Shape::kSimple && value.mDisplay != value.mRaw) {
+        text += "  (" + OneLine(value.mDisplay) + ")";
+    }
+    return text;
+}
+
+void PrintText(const MediaFile& file, const std::vector<ListedValue>& values) {
+    std::cout << OneLine(file.Name()) << '\n';
+    if (!file.HasXMP()) {
+        std::cout << "  no XMP\n";
+    }
+    const ColumnWidths widths = Measure(values);
+    for (const ListedValue& value : values) {
+        const std::string indent = "  " + Padded(OneLine(value.mExpression), widths.mPath) + "  " +
+                                   Padded(OneLine(value.mLabel), widths.mLabel) + "  " +
+                                   Padded(OneLine(value.mType), widths.mType) + "  ";
+        std::cout << indent << ValueText(value) << '\n';
+        for (const auto& [language, text] : value.mLanguages) {
+            if (language != "x-default") {
+                std::cout << std::string(Columns(indent), ' ') << '[' << OneLine(language) << "] " << OneLine(text)
+                          << '\n';
+            }
+        }
+    }
+}
+
+}  // namespace
+
+int Dump(const std::vector<std::string>& files, bool json) {
+    Problems problems;
+    problems.ReportCollected({});
+    Progress progress(files.size(), true);
+    bool first = true;
+    for (const std::string& name : files) {
+        progress.Next(name);
+        const MediaFile file(name);
+        if (const std::string problem = file.ReadProblem(); !problem.empty()) {
+            problems.Report(name, problem);
+            continue;
+        }
+        const zephmetadata::MetaDataReadAccess access(file.Provider());
+        const std::vector<ListedValue> values = ListValues(*access);
+        if (json) {
+            PrintJson(file, values);
+        } else {
+            std::cout << (first ? "" : "\n");
+            PrintText(file, values);
+        }
+        first = false;
+        problems.ReportCollected(name);
+    }
+    return problems.ExitStatus();
+}
+
+}  // namespace zephmeta

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "zephmetadata/paths.h"
+
+namespace zephmeta {
+
+/// One value of a file as the commands show it: a simple value, an array of simple values, or a language alternative.
+/// Structures and arrays of structures appear through what they hold.
+struct ListedValue {
+    enum class Shape { kSimple, kItems, kLanguages };
+
+    std::string mExpression;  ///< "dc:title", "xmpMM:History[1]/stEvt:action"
+    std::string mNamespace;
+    std::string mLabel;
+    std::string mType;  ///< the type id of its definition, else what the tree holds
+    bool mInternal = false;
+    bool mDefined = false;
+    std::string mRaw;
+    std::string mDisplay;
+    Shape mShape = Shape::kSimple;
+    std::vector<std::string> mItems;
+    std::vector<std::pair<std::string, std::string>> mLanguages;  ///< language and text, in the order of the file
+};
+
+/// All values of a tree in the order of the file. Cost: linear in the tree.
+std::vector<ListedValue> ListValues(zephmetadata::XMPMetaHandle tree);
+
+/// What the commands show for one path: the display text where a definition describes it, else the stored text. False
+/// when there is no value.
+bool DisplayText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text);
+
+/// The stored text at a path: the items of an array joined with "; ", the x-default text of a language alternative.
+/// False when there is none, as for a structure.
+bool RawText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text);
+
+}  // namespace zephmeta

@@ -1,0 +1,88 @@
+#include "media_file.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace zephmeta {
+
+namespace {
+
+using zephmetadata::FileReport;
+using zephmetadata::FileStatus;
+
+struct ReasonRow {
+    FileStatus mStatus;
+    std::string_view mReason;
+};
+
+constexpr auto kReasons = std::to_array<ReasonRow>({
+    {FileStatus::kFileStatus_NoFile, "no such file"},
+    {FileStatus::kFileStatus_NotAFile, "not a file"},
+    {FileStatus::kFileStatus_Unreadable, "cannot be read"},
+    {FileStatus::kFileStatus_UnknownFormat, "not a media file of a known format"},
+    {FileStatus::kFileStatus_DamagedFile, "the file is damaged"},
+    {FileStatus::kFileStatus_DamagedXMP, "its XMP is damaged and left as it is"},
+    {FileStatus::kFileStatus_NoXMP, "the file has no XMP"},
+    {FileStatus::kFileStatus_ReadOnly, "the file is read-only"},
+    {FileStatus::kFileStatus_CannotCarryXMP, "XMP of this format can be read but not written"},
+    {FileStatus::kFileStatus_WritingDisabled, "writing is switched off"},
+    {FileStatus::kFileStatus_NotWritten, "could not be written"},
+    {FileStatus::kFileStatus_Changed, "the file was changed by another program meanwhile"},
+});
+
+std::string Reason(const FileReport& report) {
+    const auto* row = std::find_if(kReasons.begin(), kReasons.end(),
+                                   [&](const ReasonRow& candidate) { return candidate.mStatus == report.mStatus; });
+    std::string reason = row == kReasons.end() ? std::string() : std::string(row->mReason);
+    if (!reason.empty() && !report.mDetail.empty()) {
+        reason += " (" + report.mDetail + ")";
+    }
+    return reason;
+}
+
+bool IsSidecarName(const std::string& name) {
+    constexpr std::string_view kExtension = ".xmp";
+    if (name.size() <= kExtension.size()) {
+        return false;
+    }
+    return std::equal(kExtension.begin(), kExtension.end(), name.end() - static_cast<std::ptrdiff_t>(kExtension.size()),
+                      [](char wanted, char c) { return wanted == (c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c); });
+}
+
+}  // namespace
+
+MediaFile::MediaFile(const std::string& name) : mName(name) {
+    const zephmetadata::UTF16String path = zephcore::PathFromNative(name);
+    if (IsSidecarName(name)) {
+        const auto sidecar = std::make_shared<zephmetadata::SidecarProvider>(path);
+        mSidecar = sidecar.get();
+        mProvider = sidecar;
+    } else {
+        const auto media = std::make_shared<zephmetadata::FileProvider>(path);
+        mMedia = media.get();
+        mProvider = media;
+    }
+}
+
+const FileReport& MediaFile::LastRead() const {
+    return mSidecar != nullptr ? mSidecar->LastRead() : mMedia->LastRead();
+}
+
+bool MediaFile::HasXMP() const {
+    return LastRead().mStatus == FileStatus::kFileStatus_Success;
+}
+
+std::string MediaFile::ReadProblem() const {
+    return HasXMP() || LastRead().mStatus == FileStatus::kFileStatus_NoXMP ? std::string() : Reason(LastRead());
+}
+
+std::string MediaFile::WriteProblem() const {
+    return Reason(mSidecar != nullptr ? mSidecar->LastWrite() : mMedia->LastWrite());
+}
+
+bool MediaFile::Start() {
+    return mMedia != nullptr && mMedia->StartMetaData();
+}
+
+}  // namespace zephmeta

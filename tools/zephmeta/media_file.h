@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+
+#include "zephmetadata/providers.h"
+
+namespace zephmeta {
+
+/// A file of the command line with the provider that fits it: a sidecar by its name, else a media file.
+class MediaFile {
+public:
+    explicit MediaFile(const std::string& name);
+
+    const std::string& Name() const { return mName; }
+    const zephmetadata::sp<zephmetadata::MetaDataProvider>& Provider() const { return mProvider; }
+    bool HasXMP() const;
+    /// Why nothing can be read, for people; empty when the file was read, with or without XMP.
+    std::string ReadProblem() const;
+    /// Why the last write-back failed; empty when it did not.
+    std::string WriteProblem() const;
+    /// Gives a file without XMP its first; false when its format cannot carry any.
+    bool Start();
+
+private:
+    const zephmetadata::FileReport& LastRead() const;
+
+    std::string mName;
+    zephmetadata::sp<zephmetadata::MetaDataProvider> mProvider;
+    zephmetadata::FileProvider* mMedia = nullptr;       // either of these two is
+    zephmetadata::SidecarProvider* mSidecar = nullptr;  // what mProvider holds
+};
+
+}  // namespace zephmeta
