@@ -83,7 +83,7 @@ ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, bool val
 /// No other language changes.
 ZEPHMETADATA_EXPORT bool SetLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& language,
                                      const UTF8String& value);
-/// Why a text is no value of the type at @p path, localised: no integer, number, boolean or date where one is due, out of bounds,
+/// Why a text is no value of the type at @p path, localised: no integer, number, boolean or date where one is due, out of bounds, not of the form of its pattern,
 /// none of a closed choice, or a structure that has no text at all. Empty when it is one. SetValue itself does not ask.
 ZEPHMETADATA_EXPORT UTF16String WhyNotAllowed(const Path& path, const UTF8String& value);
 /// Writes a number with 17 significant digits, which read back as the same number, through the value's provider.

@@ -1,4 +1,5 @@
 #include "frame/toolkit/media/packet_file.h"
+#include "frame/toolkit/xmp_tree.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
 
@@ -37,6 +38,11 @@ const FileReport& SidecarProvider::LastWrite() const {
 void SidecarProvider::WriteBuffer(const std::vector<Path>& /*changes*/, const char* data, std::size_t size) {
     if (IsXMPWritingDisabled()) {
         mFile->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
+        return;
+    }
+    const XMPMetaPtr readBack = toolkit::NewTree();
+    if (!toolkit::ParsePacket(readBack.get(), {data, size}) || !toolkit::TreesEqual(readBack.get(), MetaDataAccess())) {
+        mFile->mLastWrite = {FileStatus::kFileStatus_NotWritten, "the written metadata does not read back"};
         return;
     }
     const toolkit::WriteOutcome outcome = mFile->mPacket.Write({data, size});

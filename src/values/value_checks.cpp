@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <regex>
 #include <string_view>
 
+#include "frame/toolkit/utf8.h"
 #include "frame/toolkit/xmp_dates.h"
 #include "frame/toolkit/xmp_tree.h"
 #include "values/text_access.h"
@@ -22,6 +24,9 @@ constexpr std::u16string_view kNoBoolean =
 constexpr std::u16string_view kNoDate =
     u"$$$/zephmetadata/value/NoDate=#{quot}@0#{quot} is not a date such as 2024-05-17 or 2024-05-17T09:30:00+02:00";
 constexpr std::u16string_view kNoChoice = u"$$$/zephmetadata/value/NoChoice=#{quot}@0#{quot} is none of: @1";
+constexpr std::u16string_view kNoText =
+    u"$$$/zephmetadata/value/NoText=it holds control characters or bytes that are no UTF-8";
+constexpr std::u16string_view kNoMatch = u"$$$/zephmetadata/value/NoMatch=#{quot}@0#{quot} has not the form @1";
 constexpr std::u16string_view kTooSmall = u"$$$/zephmetadata/value/TooSmall=#{quot}@0#{quot} is less than @1";
 constexpr std::u16string_view kTooLarge = u"$$$/zephmetadata/value/TooLarge=#{quot}@0#{quot} is more than @1";
 
@@ -81,12 +86,37 @@ UTF16String CheckKind(const EntryDefinition& entry, PrimitiveType kind, const UT
     }
 }
 
+/// Whether a value has the form that its type's pattern describes. A longer text than any such form is not matched: the
+/// matcher is recursive. A pattern that is none holds nothing up.
+bool HasForm(const UTF8String& pattern, const UTF8String& value) {
+    constexpr std::size_t kLongest = 256;
+    try {
+        return value.size() <= kLongest && std::regex_match(value, std::regex(pattern));
+    } catch (const std::regex_error&) {
+        return true;
+    }
+}
+
+UTF16String CheckForm(const EntryDefinition& entry, const UTF8String& typeId, const UTF8String& value) {
+    const sp<TypeDefinition> type = TypeIdDefinition(typeId);
+    for (const auto& pattern : {entry.mPattern, type ? type->mPattern : std::nullopt}) {
+        if (pattern && !HasForm(*pattern, value)) {
+            return Reason(kNoMatch, value, zephcore::UTF8to16(*pattern));
+        }
+    }
+    return {};
+}
+
 UTF16String CheckType(const UTF8String& typeId, const EntryDefinition& entry, const UTF8String& value) {
     if (typeId == "date") {
         return Converts(value, toolkit::ConvertToDate) ? UTF16String() : Reason(kNoDate, value);
     }
     const auto kind = PrimitiveTypeOf(typeId);
-    return kind ? CheckKind(entry, *kind, value) : Reason(kStructure, value);
+    if (!kind) {
+        return Reason(kStructure, value);
+    }
+    UTF16String reason = CheckKind(entry, *kind, value);
+    return reason.empty() ? CheckForm(entry, typeId, value) : reason;
 }
 
 /// Each item of a joined text against the type of the items.
@@ -111,6 +141,9 @@ UTF16String WhyNotAllowed(const Path& path, const UTF8String& value) {
     const sp<EntryDefinition> entry = PathEntryDefinition(path);
     if (!entry) {
         return Reason(kNoDefinition, value);
+    }
+    if (!toolkit::IsXMLText(value)) {
+        return Reason(kNoText, value);
     }
     const auto kind = PrimitiveTypeOfPath(path);
     if (kind == kPrimitiveType_Bag || kind == kPrimitiveType_Seq) {

@@ -49,6 +49,9 @@ private:
     support::TempFolder mFolder;
 };
 
+/// The problem with broken-packet.jpg.
+inline const std::string kBrokenPacket = "broken-packet.jpg: its XMP is damaged and left as it is\n";
+
 /// The bytes of a sample file as the project has it.
 std::string Sample(const std::string& name);
 

@@ -65,8 +65,8 @@ const ReadingRow kReadingRows[] = {
       "nowhere.jpg: no such file\n"
       "folder: not a file (a folder)\n"
       "notes.txt: not a media file of a known format\n"
-      "truncated.jpg: the file is damaged\n"
-      "broken-packet.jpg: its XMP is damaged and left as it is\n"}},
+      "truncated.jpg: the file is damaged\n" +
+          kBrokenPacket}},
     {"DumpOfControlCharacters", {"dump", "hostile.xmp"}, {0, std::string("hostile.xmp\n") + kHostileText, ""}},
     {"DumpOfAControlCharacterInAName",
      {"dump", "na\x1bme.xmp"},

@@ -57,6 +57,17 @@ TEST_F(Writing, KeepsEveryOtherLanguageAndItem) {
     EXPECT_THAT(GetItems(Tree(), At("dc:subject")), ElementsAre("dawn; early", "\"quoted\"", " space ", "more"));
 }
 
+TEST_F(Writing, SetsTheAlternativeThatAnAliasStandsFor) {
+    for (const char* expression : {"tiff:ImageDescription", "tiff:Copyright"}) {
+        EXPECT_TRUE(SetValue(Tree(), At(expression), "text")) << expression;
+        EXPECT_EQ(Text(expression), "text") << expression;
+        EXPECT_FALSE(SetValue(Tree(), At(expression), "text")) << expression;
+    }
+    EXPECT_EQ(Text("dc:description"), "text");
+    EXPECT_EQ(Text("dc:rights"), "text");
+    EXPECT_TRUE(ParseXMPMeta(SerializeXMPMeta(Tree())));
+}
+
 TEST_F(Writing, RefusesAndReportsWhatCannotBe) {
     struct Row {
         const char* mExpression;

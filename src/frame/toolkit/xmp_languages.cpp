@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 
 #include "frame/toolkit/exempi_handles.h"
 #include "frame/toolkit/xmp_alternatives.h"
@@ -26,6 +27,36 @@ std::optional<std::vector<AlternativeItem>> Items(XMPMetaHandle tree, const UTF8
     return std::move(Alternatives(nodes).front().mItems);
 }
 
+/// Names that the toolkit takes for the x-default item of another alternative. Here they stand for the whole of it:
+/// an alternative made at such a name would lie inside that item.
+struct AlternativeAlias {
+    std::string_view mSchema;
+    std::string_view mProperty;
+    std::string_view mBaseSchema;
+    std::string_view mBaseProperty;
+};
+
+constexpr std::string_view kTiff = "http://ns.adobe.com/tiff/1.0/";
+constexpr std::string_view kDublinCore = "http://purl.org/dc/elements/1.1/";
+constexpr auto kAliases = std::to_array<AlternativeAlias>({
+    {kTiff, "ImageDescription", kDublinCore, "description"},
+    {kTiff, "Copyright", kDublinCore, "rights"},
+});
+
+struct Place {
+    UTF8String mSchema;
+    UTF8String mPath;
+};
+
+Place BasePlace(const UTF8String& schema, const UTF8String& path) {
+    const std::string_view name = std::string_view(path).substr(path.find(':') + 1);  // all of it without a prefix
+    const auto* const alias = std::find_if(kAliases.begin(), kAliases.end(), [&](const AlternativeAlias& candidate) {
+        return candidate.mSchema == schema && candidate.mProperty == name;
+    });
+    return alias == kAliases.end() ? Place{schema, path}
+                                   : Place{UTF8String(alias->mBaseSchema), UTF8String(alias->mBaseProperty)};
+}
+
 bool IsVariantOf(std::string_view language, std::string_view generic) {
     return !generic.empty() && language.size() >= generic.size() &&
            SameLanguage(language.substr(0, generic.size()), generic) &&
@@ -42,7 +73,8 @@ void AddItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& pat
 
 std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
                                            const UTF8String& genericLanguage, const UTF8String& specificLanguage) {
-    const std::optional<std::vector<AlternativeItem>> items = Items(tree, schema, path);
+    const Place place = BasePlace(schema, path);
+    const std::optional<std::vector<AlternativeItem>> items = Items(tree, place.mSchema, place.mPath);
     if (!items || items->empty()) {
         return std::nullopt;
     }
@@ -61,9 +93,12 @@ std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String&
     return item != nullptr ? item->mValue : items->front().mValue;
 }
 
-void SetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
+void SetLocalizedText(XMPMetaHandle tree, const UTF8String& givenSchema, const UTF8String& givenPath,
                       const UTF8String& /*genericLanguage*/, const UTF8String& specificLanguage,
                       std::string_view value) {
+    const Place place = BasePlace(givenSchema, givenPath);
+    const UTF8String& schema = place.mSchema;
+    const UTF8String& path = place.mPath;
     const UTF8String text = CheckedValue(value);
     CheckWritable(schema, path);
     CheckLanguage(specificLanguage);

@@ -128,7 +128,7 @@ std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String&
                                            const UTF8String& genericLanguage, const UTF8String& specificLanguage);
 /// Sets the item of @p specificLanguage alone, making array and item as needed; x-default is always the first item. No other item changes.
 /// (A missing x-default is added with the same text when the alternative was empty.)
-void SetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
+void SetLocalizedText(XMPMetaHandle tree, const UTF8String& givenSchema, const UTF8String& givenPath,
                       const UTF8String& genericLanguage, const UTF8String& specificLanguage, std::string_view value);
 
 // Between trees.

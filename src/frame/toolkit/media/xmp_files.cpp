@@ -172,6 +172,14 @@ bool IsNativeNamespace(const UTF8String& schema) {
     return std::find(namespaces.begin(), namespaces.end(), schema) != namespaces.end();
 }
 
+/// Whether a value may come back in another form: rationals are reduced, coordinates are kept to a thousandth of a
+/// minute.
+bool IsNativeNumber(const Node& node) {
+    return IsNativeNamespace(node.mSchema) &&
+           node.mValue.find_first_not_of("0123456789+-./,NSEW") == UTF8String::npos &&
+           node.mValue.find('-', 1) == UTF8String::npos;  // a date is no number
+}
+
 /// The first node of @p wanted that @p found lacks or has another value for; empty when there is none.
 UTF8String FirstMissing(XMPMetaHandle wanted, XMPMetaHandle found) {
     std::map<UTF8String, UTF8String> values;  // expressions have their prefix, so they are unique in a tree
@@ -180,7 +188,7 @@ UTF8String FirstMissing(XMPMetaHandle wanted, XMPMetaHandle found) {
     }
     for (const Node& node : Nodes(wanted, {}, {}, Walk::kSubtree)) {
         const auto match = values.find(node.mPath);
-        if (match == values.end() || (match->second != node.mValue && !IsNativeNamespace(node.mSchema))) {
+        if (match == values.end() || (match->second != node.mValue && !IsNativeNumber(node))) {
             return node.mPath;
         }
     }
