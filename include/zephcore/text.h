@@ -34,4 +34,8 @@ UTF16String NumberToString(double value, int integerDigits, int fractionDigits, 
 /// exponent), 0 when there is none. Independent of the C locale.
 double StringToNumber(std::u16string_view text);
 
+/// Whether all of @p text, in UTF-8, has the form of a regular expression (ICU's syntax). A pattern that is none, and one
+/// that takes too long to match, fits every text: patterns come from documents of third parties.
+bool MatchesPattern(std::string_view pattern, std::string_view text);
+
 }  // namespace zephcore

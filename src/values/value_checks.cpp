@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <regex>
 #include <string_view>
 
 #include "frame/toolkit/utf8.h"
@@ -86,21 +85,10 @@ UTF16String CheckKind(const EntryDefinition& entry, PrimitiveType kind, const UT
     }
 }
 
-/// Whether a value has the form that its type's pattern describes. A longer text than any such form is not matched: the
-/// matcher is recursive. A pattern that is none holds nothing up.
-bool HasForm(const UTF8String& pattern, const UTF8String& value) {
-    constexpr std::size_t kLongest = 256;
-    try {
-        return value.size() <= kLongest && std::regex_match(value, std::regex(pattern));
-    } catch (const std::regex_error&) {
-        return true;
-    }
-}
-
 UTF16String CheckForm(const EntryDefinition& entry, const UTF8String& typeId, const UTF8String& value) {
     const sp<TypeDefinition> type = TypeIdDefinition(typeId);
     for (const auto& pattern : {entry.mPattern, type ? type->mPattern : std::nullopt}) {
-        if (pattern && !HasForm(*pattern, value)) {
+        if (pattern && !zephcore::MatchesPattern(*pattern, value)) {
             return Reason(kNoMatch, value, zephcore::UTF8to16(*pattern));
         }
     }

@@ -160,5 +160,26 @@ TEST(Text, EncodedAttributeValuesComeBackFromTheParser) {
     EXPECT_EQ(UTF16to8(value), text);
 }
 
+TEST(MatchesPattern, HoldsAllOfATextAgainstAPattern) {
+    struct Row {
+        const char* mPattern;
+        std::string mText;
+        bool mMatches;
+    };
+    const Row rows[] = {
+        {"[0-9]+/[0-9]+", "28/10", true},
+        {"[0-9]+/[0-9]+", "28/10 ", false},
+        {"[0-9]+", "", false},
+        {"\xC3\xA9+", "\xC3\xA9\xC3\xA9", true},
+        {"[0-9", "anything: the pattern is none", true},
+        {"(a+)+b", std::string(200, 'a') + "c: takes too long", true},
+        {"(a|b)*", std::string(100000, 'a'), true},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(MatchesPattern(row.mPattern, row.mText), row.mMatches)
+            << row.mPattern << " " << row.mText.substr(0, 40);
+    }
+}
+
 }  // namespace
 }  // namespace zephcore
