@@ -16,13 +16,13 @@ endif()
 
 set(ZEPHMETADATA_EMBED_SCRIPT "${CMAKE_CURRENT_LIST_FILE}")
 
-# zephmetadata_embed_resources(<target> <type> <file>...): builds the files into the target. A resource's name is the
-# file's name without extension, its type the given one. Once for each target.
-function(zephmetadata_embed_resources target type)
+# zephmetadata_embed_resources(<target> <file>...): builds the files into the target. A resource's name is the file's
+# name without extension, its type the extension. Once for each target.
+function(zephmetadata_embed_resources target)
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/resources")
   set(names "")
   foreach(file IN LISTS ARGN)
-    cmake_path(GET file STEM LAST_ONLY name)
+    cmake_path(GET file FILENAME name)
     if(name IN_LIST names)
       message(FATAL_ERROR "Two resources are named ${name}")
     endif()
@@ -44,7 +44,8 @@ function(zephmetadata_embed_resources target type)
   set(outputs "")
   foreach(name IN LISTS names)
     string(APPEND arrays "constexpr unsigned char kBytes${index}[] = {\n#include \"${name}.inc\"\n};\n")
-    string(APPEND rows "    {\"${name}\", \"${type}\", kBytes${index}},\n")
+    string(REGEX MATCH "^(.+)[.]([^.]+)$" match "${name}")
+    string(APPEND rows "    {\"${CMAKE_MATCH_1}\", \"${CMAKE_MATCH_2}\", kBytes${index}},\n")
     list(APPEND outputs "${folder}/${name}.inc")
     math(EXPR index "${index} + 1")
   endforeach()

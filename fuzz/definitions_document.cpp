@@ -1,4 +1,4 @@
-// Definitions documents, from parsing to the paths over what was registered.
+// Definitions documents, from parsing to the paths over what was registered, and written back.
 #include "support.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/paths.h"
@@ -42,12 +42,28 @@ void CheckRegistered(const Definitions& parsed, const Definitions& registered) {
     }
 }
 
+std::string Written(const Definitions& definitions) {
+    std::string document;
+    WriteDefinitionsToBuffer(definitions.first, definitions.second, document);
+    return document;
+}
+
+/// What the first writing leaves out or fills in is out or in for good.
+void CheckWriting(const Definitions& parsed) {
+    const Definitions read = ParseBufferForDefinitions(Written(parsed), u"written");
+    const std::string again = Written(read);
+    fuzz::Require(read.first.size() == parsed.first.size() && read.second.size() == parsed.second.size(),
+                  "what is written can be read");
+    fuzz::Require(Written(ParseBufferForDefinitions(again, u"again")) == again, "what was read is written as it was");
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::StartLibrary();
     const std::string document(fuzz::Text(data, size));
     const Definitions parsed = ParseBufferForDefinitions(document, u"fuzz");
+    CheckWriting(parsed);
     const Definitions unregistered = Unregistered(parsed);
     CheckRegistered(parsed, ParseBufferAndRegisterDefinitions(document, u"fuzz", false));
     // The next input meets the registry without the definitions of this one.

@@ -18,7 +18,7 @@ public:
     explicit BalanceChecker(Outcome& outcome) : mOutcome(outcome) {}
 
     void StartElement(const UTF16String& name, const zephcore::AttributeMap& /*attributes*/) override {
-        fuzz::Require(CurrentLine() > 0, "every event has a line");
+        fuzz::Require(zephcore::CurrentDocumentLine() > 0, "every event has a line");
         fuzz::Require(mOutcome.mOpen.size() < zephcore::kMaxElementDepth, "nesting is bounded");
         mOutcome.mOpen.push_back(name);
     }

@@ -34,7 +34,7 @@ ZEPHCORE_EXPORT UTF16String ApplicationLangauge();
 /// The module whose resources are read; the library has one.
 enum class Module { kOwn };
 
-/// The names of the documents of @p type ("xml") built into the module, in byte order.
+/// The names of the documents of @p type ("xml", "dat") built into the module, in byte order.
 std::vector<UTF8String> GetResourceNames(Module module, std::string_view type);
 /// Fills @p bytes with the named document; false when there is none. A view into static storage.
 bool GetBinaryFromModule(Module module, std::string_view name, std::string_view type, std::string_view& bytes);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <initializer_list>
+#include <span>
 #include <string_view>
 #include <unordered_map>
 
@@ -31,6 +32,7 @@ private:
 /// @p textTemplate with @0 to @9 replaced by @p arguments, in one pass: an argument's own "@1" is not replaced.
 /// Missing arguments are empty; "@" before anything else stays.
 UTF16String ReplaceInString(std::u16string_view textTemplate, std::initializer_list<UTF16String> arguments);
+UTF16String ReplaceInString(std::u16string_view textTemplate, std::span<const UTF16String> arguments);
 
 /// The translation of @p key with its arguments put in.
 UTF16String ZString(std::u16string_view key, std::initializer_list<UTF16String> arguments = {});

@@ -53,13 +53,6 @@ public:
     virtual void EndDocument() {}
     virtual void StartPrefixMapping(const UTF16String& prefix, const UTF16String& namespaceURI);
     virtual void EndPrefixMapping(const UTF16String& prefix);
-
-    /// The 1-based line of the event being delivered; 0 outside a parse.
-    std::size_t CurrentLine() const { return mLine; }
-
-private:
-    friend class ExpatEvents;
-    std::size_t mLine = 0;
 };
 
 /// Parses documents into the events of the handler it owns. Encodings: UTF-8, UTF-16, ISO-8859-1 and US-ASCII.
@@ -78,6 +71,21 @@ public:
     virtual int ParseBuffer(const UTF8String& buffer) = 0;
     /// The 1-based line at which the last parse failed; 0 when it did not, or when the file could not be opened.
     virtual std::size_t ErrorLine() const = 0;
+};
+
+/// The 1-based line that this thread is reading of a document, for messages about it; 0 where none is read.
+std::size_t CurrentDocumentLine();
+
+/// Makes @p line the current one for its life: for messages about a parse that is over.
+class DocumentLineScope {
+public:
+    explicit DocumentLineScope(std::size_t line);
+    ~DocumentLineScope();
+    DocumentLineScope(const DocumentLineScope&) = delete;
+    DocumentLineScope& operator=(const DocumentLineScope&) = delete;
+
+private:
+    std::size_t mBefore;
 };
 
 /// A parser that delivers its events to @p handler.

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "zephcore/files.h"
 #include "zephmetadata/types.h"
 
 /// Which properties exist, of which type: the definition model, documents that declare it, and the registry.
@@ -204,8 +205,6 @@ ZEPHMETADATA_EXPORT sp<SchemaDefinition> NamespaceDefinition(const UTF8String& n
 ZEPHMETADATA_EXPORT sp<TypeDefinition> TypeIdDefinition(const UTF8String& typeId);
 /// The schemas of built-in documents, custom folders and extension packages, dynamic ones excepted, in load order.
 ZEPHMETADATA_EXPORT PolyRange<sp<SchemaDefinition>> CommonSchemaDefinitions();
-/// The dynamic schemas of the same sources, in load order.
-ZEPHMETADATA_EXPORT PolyRange<sp<SchemaDefinition>> DynamicSchemaDefinitions();
 /// All registered schemas, ordered by prefix; those of the library's own that belong to no list above are among them.
 ZEPHMETADATA_EXPORT std::vector<sp<SchemaDefinition>> RegisteredSchemaDefinitions();
 /// All registered types, ordered by name.
@@ -226,10 +225,59 @@ ZEPHMETADATA_EXPORT Definitions ParseBufferAndRegisterDefinitions(const UTF8Stri
                                                                   bool merge);
 ZEPHMETADATA_EXPORT Definitions ParseDocumentAndRegisterDefinitions(const UTF16String& path, bool merge);
 
+// Dynamic schemas: their properties are not listed anywhere but found in the metadata. Documents declare some
+// (dynamic="true"); others are namespaces that a host makes from a name, which need no declaration.
+
+/// The dynamic schemas of built-in documents, custom folders and extension packages, in load order.
+ZEPHMETADATA_EXPORT PolyRange<sp<SchemaDefinition>> DynamicSchemaDefinitions();
+/// The namespace URI for @p name, which loses one slash at either end and is otherwise taken as it is.
+ZEPHMETADATA_EXPORT UTF8String MakeDynamicSchemaNamespace(const UTF8String& name);
+/// Whether a URI was made by MakeDynamicSchemaNamespace, or holds such a one.
+ZEPHMETADATA_EXPORT bool IsDynamicNamespace(const UTF8String& namespaceURI);
+
+// Making definitions, and writing them to the files they belong to.
+//
+// A host that edits custom schemas makes one with CreateNewSchema, appends properties to it, registers it, names its
+// file with SetFilePathForSchema and has it written by RewriteSchemaFile; later it changes the registered objects in
+// place and calls RewriteSchemaFile again. Schemas and types read from a custom definitions folder or an extension
+// package belong to the file they came from. What belongs to a file is kept alive until the last Terminate, registered
+// or not. Nothing here reports errors.
+
+/// A schema without properties, neither registered nor belonging to a file.
+ZEPHMETADATA_EXPORT sp<SchemaDefinition> CreateNewSchema(const UTF8String& namespaceURI, const UTF8String& prefix,
+                                                         const UTF16String& labelZString, const UTF16String& label,
+                                                         const UTF16String& descriptionZString,
+                                                         const UTF16String& description);
 /// A property as a host makes one; it belongs to no schema until the host appends it to one.
 ZEPHMETADATA_EXPORT sp<PropertyDefinition> CreateNewProperty(PrimitiveType type, const UTF8String& name,
                                                              const UTF16String& labelZString, const UTF16String& label,
                                                              const UTF16String& descriptionZString,
                                                              const UTF16String& description);
+
+/// Replaces @p output by the definitions document of @p schemas, then @p types, each in its order; null ones are left
+/// out. UTF-8, a tab for each level, attributes without a value left out. Of no definitions at all it is the XML
+/// declaration alone, which cannot be read back.
+///
+/// The document does not carry: mCustom, mDynamic and the user-interface hints; choices and qualifiers of a structure
+/// type; qualifiers of qualifiers as such (they read back as qualifiers of the entry); more than two digits of a bound's
+/// fraction; the difference between absent and empty (false for mDeprecated). Labels are written in their z-string form
+/// where there is one, so that translations stay.
+ZEPHMETADATA_EXPORT void WriteDefinitionsToBuffer(const PolyRange<sp<SchemaDefinition>>& schemas,
+                                                  const PolyRange<sp<TypeDefinition>>& types, UTF8String& output);
+/// Replaces the file by the document, whole or not at all; missing folders are made. False when its folder cannot be
+/// made; true says nothing about the file itself.
+ZEPHMETADATA_EXPORT bool WriteSchemaFile(const Definitions& definitions, const zephcore::File& file);
+/// Replaces the file of @p schema by a document of all schemas and types that belong to that file, in an order that may
+/// differ from run to run. What the file held beyond those is lost, for example what was refused when it was read.
+/// Nothing happens for a schema without a file.
+ZEPHMETADATA_EXPORT void RewriteSchemaFile(const sp<SchemaDefinition>& schema);
+/// Has @p schema belong to the file at @p path, and no longer to another. The file itself is not touched.
+ZEPHMETADATA_EXPORT void SetFilePathForSchema(const UTF16String& path, const sp<SchemaDefinition>& schema);
+/// The file to which this very object belongs; empty when it belongs to none.
+ZEPHMETADATA_EXPORT UTF16String filePathForSchema(const sp<SchemaDefinition>& schema);
+/// What belongs to the file at @p path, which is compared exactly, in the order that RewriteSchemaFile writes.
+/// Cost: linear in all that belong to any file.
+ZEPHMETADATA_EXPORT std::vector<sp<SchemaDefinition>> allSchemasFromSourceFile(const UTF16String& path);
+ZEPHMETADATA_EXPORT std::vector<sp<TypeDefinition>> allTypesFromSourceFile(const UTF16String& path);
 
 }  // namespace zephmetadata

@@ -53,6 +53,8 @@ struct ErrorInfo {
     UTF16String message;
     /// The full path of the document concerned, or its resource name; empty when there is none.
     UTF16String context;
+    /// The line of that document, counted from 1; 0 where it is not known.
+    std::size_t line = 0;
 };
 
 /// All errors since the last final Terminate, in the order of reporting. Any thread may call this.

@@ -77,4 +77,14 @@ ZEPHMETADATA_EXPORT PolyRange<Path> ChildPaths(const sp<SchemaDefinition>& schem
 ZEPHMETADATA_EXPORT PolyRange<Path> DescendantLeafPaths(const Path& path);
 ZEPHMETADATA_EXPORT PolyRange<Path> DescendantLeafPaths(const sp<SchemaDefinition>& schema);
 
+// Sets of leaf paths as a small XML document, for the preferences of hosts. Nothing is thrown or reported.
+
+/// Replaces @p document by that of @p paths: UTF-8, one element for each path, in the order of the set.
+ZEPHMETADATA_EXPORT void IncludedLeafPathsAsXMLString(const std::set<Path>& paths, UTF8String& document);
+/// Replaces @p paths by those of the document that have a definition today and are leaves; others are dropped, and of
+/// equal paths the first is kept. False, with @p paths as it was, when the document is not well-formed.
+ZEPHMETADATA_EXPORT bool ReadIncludedLeafPathsAsXMLString(std::set<Path>& paths, const UTF8String& document);
+/// The same for the document in a file; false also when the file cannot be read.
+ZEPHMETADATA_EXPORT bool ReadIncludedLeafPathsAsXMLFile(std::set<Path>& paths, const UTF16String& file);
+
 }  // namespace zephmetadata

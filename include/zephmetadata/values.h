@@ -89,6 +89,39 @@ ZEPHMETADATA_EXPORT UTF16String WhyNotAllowed(const Path& path, const UTF8String
 /// Writes a number with 17 significant digits, which read back as the same number, through the value's provider.
 ZEPHMETADATA_EXPORT void SetMinimalFloatValue(const Value& value, double number);
 
+// Validation: a whole tree against the registered definitions.
+
+enum ValidationSeverity : std::int32_t {
+    kValidationSeverity_Error = 0,    ///< readers that go by the definitions will misread it
+    kValidationSeverity_Warning = 1,  ///< legal, but probably not what was meant
+};
+
+enum ValidationRule : std::int32_t {
+    kValidationRule_UnknownNamespace = 0,  ///< warning, once a namespace: no schema is registered for it
+    kValidationRule_UnknownProperty = 1,   ///< warning: the schema has no such property, the structure no such field
+    kValidationRule_Shape = 2,             ///< error: a text where a bag is defined, a bag where a seq is, and so on
+    kValidationRule_Type = 3,              ///< error: no integer, number, boolean, date, rational, coordinate ...
+    kValidationRule_Choice = 4,            ///< error: none of a closed choice
+    kValidationRule_Bounds = 5,            ///< error
+    kValidationRule_Pattern = 6,           ///< error: not of the form that the property asks for
+    kValidationRule_DefaultLanguage = 7,   ///< warning: a language alternative without x-default
+    kValidationRule_Deprecated = 8,        ///< warning
+};
+
+struct ValidationFinding {
+    UTF8String path;  ///< as ExpressionForPath writes it
+    ValidationSeverity severity = kValidationSeverity_Error;
+    ValidationRule rule = kValidationRule_Shape;
+    UTF16String message;  ///< localised
+};
+
+/// What does not agree with the definitions, in the order of the tree. Nothing is reported or changed. A null tree has
+/// no findings. Empty values are passed over. Choices of whole arrays are not checked: files and definitions have no
+/// common form for them. Cost: linear in the tree.
+ZEPHMETADATA_EXPORT std::vector<ValidationFinding> ValidateXMP(XMPMetaHandle tree);
+/// The name of a rule for programs, for example "unknown-property".
+ZEPHMETADATA_EXPORT UTF8String ValidationRuleName(ValidationRule rule);
+
 /// Removes the value, and the structures that are left empty by it. An item of an external array is emptied, not removed.
 ZEPHMETADATA_EXPORT bool DeleteValue(XMPMetaHandle tree, const Path& path);
 
@@ -99,5 +132,24 @@ ZEPHMETADATA_EXPORT bool AddArrayItem(XMPMetaHandle tree, const Path& path, int 
 /// False when there is no such item. The last item takes the array with it.
 ZEPHMETADATA_EXPORT bool DeleteArrayItem(XMPMetaHandle tree, const Path& path, int index);
 ZEPHMETADATA_EXPORT int CountArrayItems(XMPMetaHandle tree, const Path& path);
+
+// Templates: a tree whose properties are merged into another one.
+
+enum TemplateImportOptions : std::int32_t {
+    kTemplateImport_ClearAndReplace = 0,  ///< as Replace, and properties that the template lacks are removed
+    kTemplateImport_Replace = 1,          ///< the template's properties replace those of the tree, or are added to it
+    kTemplateImport_Add = 2,              ///< only properties that the tree lacks are added
+};
+
+/// Merges @p templateTree, which is not changed, into @p destination. Top-level properties are taken, or left, as a
+/// whole: nothing is merged inside a structure, an array or a language alternative, and an empty value replaces one
+/// that is not. Internal properties of both trees are left alone; one that no definition describes is external. Mixed
+/// properties of the template are not applied, the destination keeps its own; those of the destination count as
+/// present, and are mixed no longer once replaced or removed.
+///
+/// True when it was applied. False for a null tree, without a record, and when the toolkit refuses, with one
+/// (ErrorWritingXMP); the destination may then be changed in part. Cost: linear in both trees.
+ZEPHMETADATA_EXPORT bool ApplyTemplate(XMPMetaHandle destination, XMPMetaHandle templateTree,
+                                       TemplateImportOptions mode);
 
 }  // namespace zephmetadata

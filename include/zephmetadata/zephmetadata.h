@@ -1,8 +1,10 @@
 #pragma once
 
 #include "zephmetadata/definitions.h"
+#include "zephmetadata/formatting.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/paths.h"
 #include "zephmetadata/providers.h"
 #include "zephmetadata/values.h"
+#include "zephmetadata/views.h"
 #include "zephmetadata/xmp_meta.h"

@@ -244,6 +244,7 @@ bool RunParser(Definitions& result, const UTF16String& sourceFile, const Parse& 
     if (parse(*parser) == 0) {
         return true;
     }
+    const zephcore::DocumentLineScope line(parser->ErrorLine());
     SendError(ErrorKind::DefinitionParsingError, zephcore::ZString(kInvalidXML), sourceFile);
     return false;
 }

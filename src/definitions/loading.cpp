@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "definitions/registry.h"
+#include "definitions/schema_files.h"
 #include "zephcore/environment.h"
 #include "zephcore/files.h"
 #include "zephcore/localizer.h"
@@ -128,10 +129,14 @@ Definitions LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin orig
     Definitions loaded = ParseDocumentAndRegisterDefinitions(path, fromPackage);
     for (const auto& schema : loaded.first) {
         List(schema);
+        SetFilePathForSchema(path, schema);
         if (schema->mDynamic || fromPackage || schema->mNamespace == DICOMNamespaceURI ||
             schema->mNamespace == SWFNamespaceURI) {
             schema->mCustom = false;
         }
+    }
+    for (const auto& type : loaded.second) {
+        SetFilePathForType(path, type);
     }
     return loaded;
 }
@@ -149,6 +154,7 @@ void LoadBuiltInAndCustomDefinitions() {
 
 void ClearDefinitions() {
     Registry() = {};
+    ClearFileAssociations();
 }
 
 }  // namespace zephmetadata

@@ -9,7 +9,8 @@ void LoadBuiltInAndCustomDefinitions();
 
 enum class DocumentOrigin { kCustomFolder, kExtensionPackage };
 
-/// Registers what the document at @p path defines and enters its schemas into the lists of common and dynamic schemas.
+/// Registers what the document at @p path defines, which then belongs to that file, and enters its schemas into the
+/// lists of common and dynamic schemas.
 /// An extension package adds to schemas that exist, a custom folder does not. What was registered.
 Definitions LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin);
 

@@ -197,10 +197,6 @@ PolyRange<sp<SchemaDefinition>> CommonSchemaDefinitions() {
     return Registry().mCommonSchemas;
 }
 
-PolyRange<sp<SchemaDefinition>> DynamicSchemaDefinitions() {
-    return Registry().mDynamicSchemas;
-}
-
 std::vector<sp<SchemaDefinition>> RegisteredSchemaDefinitions() {
     auto schemas = Registered(Registry().mSchemas);
     std::stable_sort(schemas.begin(), schemas.end(),
@@ -223,19 +219,6 @@ UTF8String StandardSchemaNamespace(StandardSchema schema) {
 UTF8String NamespaceForPrefix(const UTF8String& prefix) {
     return IsInitialized() && toolkit::IsNCName(prefix) ? toolkit::NamespaceOf(prefix).value_or(UTF8String())
                                                         : UTF8String();
-}
-
-sp<PropertyDefinition> CreateNewProperty(PrimitiveType type, const UTF8String& name, const UTF16String& labelZString,
-                                         const UTF16String& label, const UTF16String& descriptionZString,
-                                         const UTF16String& description) {
-    auto property = std::make_shared<PropertyDefinition>();
-    property->mType = PrimitiveTypeAsPrimitiveTypeId(type);
-    property->mName = name;
-    property->mLabelZString = labelZString;
-    property->mLabel = label;
-    property->mDescriptionZString = descriptionZString;
-    property->mDescription = description;
-    return property;
 }
 
 }  // namespace zephmetadata

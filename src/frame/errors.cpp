@@ -6,6 +6,7 @@
 
 #include "frame/callback_list.h"
 #include "zephcore/localizer.h"
+#include "zephcore/xml.h"
 
 namespace zephmetadata {
 
@@ -47,7 +48,7 @@ void SendError(ErrorKind kind, const UTF16String& detail, const UTF16String& con
     const UTF16String message = FullMessage(kind, detail);
     {
         const std::lock_guard lock(State().mMutex);
-        State().mInfos.push_back({kind, message, context});
+        State().mInfos.push_back({kind, message, context, zephcore::CurrentDocumentLine()});
     }
     if (!State().mCallbacks) {
         return;

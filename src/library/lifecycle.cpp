@@ -3,7 +3,10 @@
 #include "frame/initialization.h"
 #include "frame/switches.h"
 #include "frame/toolkit/toolkit.h"
+#include "frame/translations.h"
 #include "values/constructed_values.h"
+#include "values/formatting/formatting.h"
+#include "views/view_registry.h"
 #include "zephcore/localizer.h"
 #include "zephmetadata/library.h"
 
@@ -14,7 +17,9 @@ void Initialize() {
         return;
     }
     toolkit::Start();
+    LoadBuiltInTranslations();
     LoadBuiltInAndCustomDefinitions();
+    FillSpecialFormatters();
     FillConstructedValues();
     CreateXMPWritingCallbacks();
     CreateErrorCallbacks();
@@ -32,6 +37,8 @@ void Terminate() {
     DestroyXMPWritingCallbacks();
     DestroyErrorCallbacks();
     ClearErrors();
+    ClearSpecialFormatters();
+    ClearViewDefinitions();
     ClearConstructedValues();
     ClearDefinitions();
     zephcore::Localizer::Get().Clear();

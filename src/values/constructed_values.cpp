@@ -4,7 +4,7 @@
 #include <map>
 #include <string_view>
 
-#include "zephmetadata/values.h"
+#include "values/formatting/constructors.h"
 
 namespace zephmetadata {
 
@@ -34,9 +34,15 @@ std::map<Path, Path>& Aliases() {
     return aliases;
 }
 
+std::map<Path, Constructor>& Constructors() {
+    static std::map<Path, Constructor> constructors;
+    return constructors;
+}
+
 }  // namespace
 
 void FillConstructedValues() {
+    Constructors() = AggregateConstructors();
     for (const AliasRow& row : kAliases) {
         const UTF8String readNamespace = row.mReadSchema ? StandardSchemaNamespace(*row.mReadSchema) : kAuxNamespace;
         const Path key =
@@ -47,11 +53,16 @@ void FillConstructedValues() {
 
 void ClearConstructedValues() {
     Aliases().clear();
+    Constructors().clear();
 }
 
 bool GetConstructedValue(XMPMetaHandle tree, const Path& path, UTF8String& value, GetValueResult* result) {
     const auto alias = Aliases().find(path);
-    return alias != Aliases().end() && GetValue(tree, alias->second, value, result);
+    if (alias != Aliases().end() && GetValue(tree, alias->second, value, result)) {
+        return true;
+    }
+    const auto constructor = Constructors().find(path);
+    return constructor != Constructors().end() && constructor->second(tree, value, result);
 }
 
 }  // namespace zephmetadata

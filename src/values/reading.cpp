@@ -4,6 +4,7 @@
 #include "values/constructed_values.h"
 #include "values/text_access.h"
 #include "values/value_procedures.h"
+#include "zephmetadata/formatting.h"
 
 namespace zephmetadata {
 
@@ -25,17 +26,22 @@ UTF8String Lowered(UTF8String text) {
     return text;
 }
 
-/// Whether @p text is a form of its kind that every reader understands; throws XMPError where it is none at all.
-bool IsCanonical(XMPMetaHandle tree, const Path& path, const EntryDefinition& entry, PrimitiveType kind,
-                 const UTF8String& text) {
+/// What is shown of @p stored: internal values in a form for people, unless they are to be edited.
+UTF8String ShownText(XMPMetaHandle tree, const Path& path, const UTF8String& stored) {
+    UTF8String shown = path.mInternal ? FormatValue(tree, path, stored) : UTF8String();
+    return shown.empty() || IsAllMetadataForcedWritable() ? stored : shown;
+}
+
+/// Whether @p text, shown for @p stored, is a form of its kind that every reader understands; throws XMPError where the
+/// stored text is none at all.
+bool IsCanonical(const EntryDefinition& entry, PrimitiveType kind, const UTF8String& stored, const UTF8String& text) {
     if (kind == kPrimitiveType_Integer) {
-        const auto number = toolkit::GetPropertyInt64(tree, path.mNamespace, path.mPathDescription);
-        return number && toolkit::ConvertFromInt64(*number) == text;
+        return toolkit::ConvertFromInt64(toolkit::ConvertToInt64(stored)) == text;
     }
     if (kind == kPrimitiveType_Boolean) {
-        const auto flag = toolkit::GetPropertyBool(tree, path.mNamespace, path.mPathDescription);
         const UTF8String lowered = Lowered(text);
-        return flag && (*flag ? lowered == "1" || lowered == "true" : lowered == "0" || lowered == "false");
+        return toolkit::ConvertToBool(stored) ? lowered == "1" || lowered == "true"
+                                              : lowered == "0" || lowered == "false";
     }
     if (kind == kPrimitiveType_ClosedChoice) {
         return std::any_of(entry.mChoices.begin(), entry.mChoices.end(),
@@ -44,11 +50,11 @@ bool IsCanonical(XMPMetaHandle tree, const Path& path, const EntryDefinition& en
     return true;
 }
 
-void CheckText(XMPMetaHandle tree, const Path& path, const EntryDefinition& entry, PrimitiveType kind,
+void CheckText(const Path& path, const EntryDefinition& entry, PrimitiveType kind, const UTF8String& stored,
                const UTF8String& text) {
     bool canonical = false;
     try {
-        canonical = IsCanonical(tree, path, entry, kind, text);
+        canonical = IsCanonical(entry, kind, stored, text);
     } catch (const XMPError&) {
         // reported below, as what it is: data that is not of its kind
     }
@@ -138,7 +144,7 @@ bool GetValue(XMPMetaHandle tree, const Path& path, UTF8String& value, GetValueR
         SetResult(result, kGetValueResult_NoDefinition);
         return false;
     }
-    const auto kind = PrimitiveTypeOfPath(path);
+    const auto kind = entry->mType ? PrimitiveTypeOf(*entry->mType) : entry->mExtends;
     std::optional<UTF8String> text;
     if (IsDate(*entry)) {
         text = ReadText(tree, path, result, DateTextAccess());
@@ -149,9 +155,9 @@ bool GetValue(XMPMetaHandle tree, const Path& path, UTF8String& value, GetValueR
     if (!text) {
         return path.mInternal && GetConstructedValue(tree, path, value, result);
     }
-    value = std::move(*text);
+    value = ShownText(tree, path, *text);
     if (!value.empty() && kind) {
-        CheckText(tree, path, *entry, *kind, value);
+        CheckText(path, *entry, *kind, *text, value);
     }
     return true;
 }
@@ -163,14 +169,8 @@ bool GetRawStringValue(XMPMetaHandle tree, const Path& path, UTF8String& value, 
 std::map<UTF8String, UTF8String> GetLanguages(XMPMetaHandle tree, const Path& path) {
     const auto read = [&]() -> std::optional<std::map<UTF8String, UTF8String>> {
         std::map<UTF8String, UTF8String> languages;
-        UTF8String text;
-        for (toolkit::Node& node :
-             toolkit::Nodes(tree, path.mNamespace, path.mPathDescription, toolkit::Walk::kSubtree)) {
-            if ((node.mOptions & toolkit::kPropIsQualifier) == 0) {
-                text = std::move(node.mValue);
-            } else if (node.mPath.ends_with("/?xml:lang")) {
-                languages.emplace(std::move(node.mValue), text);
-            }
+        for (toolkit::LanguageText& text : toolkit::LanguageTexts(tree, path.mNamespace, path.mPathDescription)) {
+            languages.emplace(std::move(text.mLanguage), std::move(text.mText));
         }
         return languages;
     };

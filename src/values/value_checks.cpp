@@ -1,10 +1,13 @@
 #include <algorithm>
+#include <optional>
 #include <string_view>
 
 #include "frame/toolkit/utf8.h"
 #include "frame/toolkit/xmp_dates.h"
 #include "frame/toolkit/xmp_tree.h"
+#include "values/formatting/rationals.h"
 #include "values/text_access.h"
+#include "values/value_checks.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 
@@ -25,12 +28,15 @@ constexpr std::u16string_view kNoDate =
 constexpr std::u16string_view kNoChoice = u"$$$/zephmetadata/value/NoChoice=#{quot}@0#{quot} is none of: @1";
 constexpr std::u16string_view kNoText =
     u"$$$/zephmetadata/value/NoText=it holds control characters or bytes that are no UTF-8";
-constexpr std::u16string_view kNoMatch = u"$$$/zephmetadata/value/NoMatch=#{quot}@0#{quot} has not the form @1";
+constexpr std::u16string_view kNoMatch =
+    u"$$$/zephmetadata/value/NoMatch=#{quot}@0#{quot} does not have the form of @1";
 constexpr std::u16string_view kTooSmall = u"$$$/zephmetadata/value/TooSmall=#{quot}@0#{quot} is less than @1";
 constexpr std::u16string_view kTooLarge = u"$$$/zephmetadata/value/TooLarge=#{quot}@0#{quot} is more than @1";
 
-UTF16String Reason(std::u16string_view key, const UTF8String& value, const UTF16String& detail = {}) {
-    return zephcore::ZString(key, {zephcore::UTF8to16(value), detail});
+using Problem = std::optional<ValueProblem>;
+
+Problem Reason(ValidationRule rule, std::u16string_view key, const UTF8String& value, const UTF16String& detail = {}) {
+    return ValueProblem{rule, zephcore::ZString(key, {zephcore::UTF8to16(value), detail})};
 }
 
 /// Whether @p convert takes the text.
@@ -44,19 +50,20 @@ bool Converts(const UTF8String& value, const Convert& convert) {
     }
 }
 
-UTF16String CheckBounds(const EntryDefinition& entry, const UTF8String& value) {
+Problem CheckBounds(const EntryDefinition& entry, const UTF8String& value, double number) {
     constexpr int kDigits = 6;
-    const double number = toolkit::ConvertToFloat(value);
     if (entry.mMin && number < *entry.mMin) {
-        return Reason(kTooSmall, value, zephcore::NumberToString(*entry.mMin, 1, kDigits));
+        return Reason(ValidationRule::kValidationRule_Bounds, kTooSmall, value,
+                      zephcore::NumberToString(*entry.mMin, 1, kDigits));
     }
     if (entry.mMax && number > *entry.mMax) {
-        return Reason(kTooLarge, value, zephcore::NumberToString(*entry.mMax, 1, kDigits));
+        return Reason(ValidationRule::kValidationRule_Bounds, kTooLarge, value,
+                      zephcore::NumberToString(*entry.mMax, 1, kDigits));
     }
-    return {};
+    return std::nullopt;
 }
 
-UTF16String CheckChoice(const EntryDefinition& entry, const UTF8String& value) {
+Problem CheckChoice(const EntryDefinition& entry, const UTF8String& value) {
     const auto& choices = entry.mChoices;
     const bool isOne =
         std::any_of(choices.begin(), choices.end(), [&](const auto& choice) { return choice->mRawValue == value; });
@@ -67,17 +74,23 @@ UTF16String CheckChoice(const EntryDefinition& entry, const UTF8String& value) {
     for (const auto& choice : choices) {
         allowed += (allowed.empty() ? "" : ", ") + (choice->mRawValue.empty() ? "\"\"" : choice->mRawValue);
     }
-    return Reason(kNoChoice, value, zephcore::UTF8to16(allowed));
+    return Reason(ValidationRule::kValidationRule_Choice, kNoChoice, value, zephcore::UTF8to16(allowed));
 }
 
-UTF16String CheckKind(const EntryDefinition& entry, PrimitiveType kind, const UTF8String& value) {
+Problem CheckKind(const EntryDefinition& entry, PrimitiveType kind, const UTF8String& value) {
     switch (kind) {
         case kPrimitiveType_Integer:
-            return Converts(value, toolkit::ConvertToInt64) ? CheckBounds(entry, value) : Reason(kNoInteger, value);
+            return Converts(value, toolkit::ConvertToInt64)
+                       ? Problem()
+                       : Reason(ValidationRule::kValidationRule_Type, kNoInteger, value);
         case kPrimitiveType_Real:
-            return Converts(value, toolkit::ConvertToFloat) ? CheckBounds(entry, value) : Reason(kNoNumber, value);
+            return Converts(value, toolkit::ConvertToFloat)
+                       ? Problem()
+                       : Reason(ValidationRule::kValidationRule_Type, kNoNumber, value);
         case kPrimitiveType_Boolean:
-            return Converts(value, toolkit::ConvertToBool) ? UTF16String() : Reason(kNoBoolean, value);
+            return Converts(value, toolkit::ConvertToBool)
+                       ? Problem()
+                       : Reason(ValidationRule::kValidationRule_Type, kNoBoolean, value);
         case kPrimitiveType_ClosedChoice:
             return CheckChoice(entry, value);
         default:
@@ -85,59 +98,82 @@ UTF16String CheckKind(const EntryDefinition& entry, PrimitiveType kind, const UT
     }
 }
 
-UTF16String CheckForm(const EntryDefinition& entry, const UTF8String& typeId, const UTF8String& value) {
-    const sp<TypeDefinition> type = TypeIdDefinition(typeId);
-    for (const auto& pattern : {entry.mPattern, type ? type->mPattern : std::nullopt}) {
-        if (pattern && !zephcore::MatchesPattern(*pattern, value)) {
-            return Reason(kNoMatch, value, zephcore::UTF8to16(*pattern));
-        }
-    }
-    return {};
+/// What a value of @p entry looks like, in words.
+UTF16String FormOf(const EntryDefinition& entry) {
+    return entry.mDescription.empty() ? entry.mLabel : entry.mLabel + u": " + entry.mDescription;
 }
 
-UTF16String CheckType(const UTF8String& typeId, const EntryDefinition& entry, const UTF8String& value) {
-    if (typeId == "date") {
-        return Converts(value, toolkit::ConvertToDate) ? UTF16String() : Reason(kNoDate, value);
-    }
+/// The number that a value stands for where bounds apply to it: integers, reals and rationals.
+std::optional<double> NumberOf(const UTF8String& typeId, const UTF8String& value) {
     const auto kind = PrimitiveTypeOf(typeId);
-    if (!kind) {
-        return Reason(kStructure, value);
+    if (kind == kPrimitiveType_Integer || kind == kPrimitiveType_Real) {
+        return toolkit::ConvertToFloat(value);
     }
-    UTF16String reason = CheckKind(entry, *kind, value);
-    return reason.empty() ? CheckForm(entry, typeId, value) : reason;
+    const std::optional<Rational> rational = typeId == "rational" ? ParseRational(value) : std::nullopt;
+    return rational && rational->mDenominator != 0 ? std::optional(rational->Quotient()) : std::nullopt;
+}
+
+/// The form and the bounds that one definition asks for. The form that a type asks for is what the type is.
+Problem CheckLimits(const EntryDefinition& entry, ValidationRule ofPattern, const UTF8String& typeId,
+                    const UTF8String& value) {
+    if (entry.mPattern && !zephcore::MatchesPattern(*entry.mPattern, value)) {
+        return Reason(ofPattern, kNoMatch, value, FormOf(entry));
+    }
+    const std::optional<double> number = NumberOf(typeId, value);
+    return number ? CheckBounds(entry, value, *number) : Problem();
 }
 
 /// Each item of a joined text against the type of the items.
-UTF16String CheckItems(const EntryDefinition& entry, const UTF8String& value) {
+Problem CheckItems(const EntryDefinition& entry, const UTF8String& value) {
     const UTF8String elementType = ElementTypeIdOf(entry).value_or(kTypeText);
-    const sp<TypeDefinition> type = TypeIdDefinition(elementType);
     if (IsStructType(elementType)) {
-        return Reason(kStructures, value);
+        return Reason(ValidationRule::kValidationRule_Shape, kStructures, value);
     }
     for (const UTF8String& item : toolkit::SplitItems(value)) {
-        UTF16String reason = CheckType(elementType, type ? *type : entry, item);
-        if (!reason.empty()) {
-            return reason;
+        if (Problem problem = CheckValue(elementType, entry, item)) {
+            return problem;
         }
     }
-    return {};
+    return std::nullopt;
 }
 
 }  // namespace
 
+std::optional<ValueProblem> CheckValue(const UTF8String& typeId, const EntryDefinition& entry,
+                                       const UTF8String& value) {
+    if (!toolkit::IsXMLText(value)) {
+        return Reason(ValidationRule::kValidationRule_Type, kNoText, value);
+    }
+    const auto kind = PrimitiveTypeOf(typeId);
+    if (!kind) {
+        return Reason(ValidationRule::kValidationRule_Shape, kStructure, value);
+    }
+    const sp<TypeDefinition> type = TypeIdDefinition(typeId);
+    const bool isDate = typeId == "date";
+    if (isDate && !Converts(value, toolkit::ConvertToDate)) {
+        return Reason(ValidationRule::kValidationRule_Type, kNoDate, value);
+    }
+    Problem problem = CheckKind(entry.mChoices.empty() && type ? *type : entry, *kind, value);
+    if (!problem) {
+        problem = CheckLimits(entry, ValidationRule::kValidationRule_Pattern, typeId, value);
+    }
+    // The pattern of the date type says less than the conversion.
+    if (!problem && type && !isDate) {
+        problem = CheckLimits(*type, ValidationRule::kValidationRule_Type, typeId, value);
+    }
+    return problem;
+}
+
 UTF16String WhyNotAllowed(const Path& path, const UTF8String& value) {
     const sp<EntryDefinition> entry = PathEntryDefinition(path);
     if (!entry) {
-        return Reason(kNoDefinition, value);
-    }
-    if (!toolkit::IsXMLText(value)) {
-        return Reason(kNoText, value);
+        return zephcore::ZString(kNoDefinition);
     }
     const auto kind = PrimitiveTypeOfPath(path);
-    if (kind == kPrimitiveType_Bag || kind == kPrimitiveType_Seq) {
-        return CheckItems(*entry, value);
-    }
-    return CheckType(entry->mType.value_or(kTypeText), *entry, value);
+    const bool isList = kind == kPrimitiveType_Bag || kind == kPrimitiveType_Seq;
+    const Problem problem =
+        isList ? CheckItems(*entry, value) : CheckValue(entry->mType.value_or(kTypeText), *entry, value);
+    return problem ? problem->mMessage : UTF16String();
 }
 
 }  // namespace zephmetadata

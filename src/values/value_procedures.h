@@ -19,8 +19,8 @@ inline void SetResult(GetValueResult* result, GetValueResult value) {
     }
 }
 
-/// Reads with @p getter, a function without arguments whose optional result is the value. Whatever goes wrong is
-/// reported; absent then, and when there is no value.
+/// Reads with @p getter, a function without arguments whose optional result is the value, absent where there is none.
+/// Whatever goes wrong is reported; absent then too.
 template <typename Getter>
 auto ReadValue(XMPMetaHandle tree, const Path& path, GetValueResult* result, const Getter& getter)
     -> decltype(getter()) {
@@ -31,9 +31,6 @@ auto ReadValue(XMPMetaHandle tree, const Path& path, GetValueResult* result, con
     try {
         if (toolkit::IsMixed(tree, path.mNamespace, path.mPathDescription)) {
             SetResult(result, kGetValueResult_Mixed);
-            return std::nullopt;
-        }
-        if (!toolkit::PropertyExists(tree, path.mNamespace, path.mPathDescription)) {
             return std::nullopt;
         }
         auto value = getter();

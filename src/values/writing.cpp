@@ -47,15 +47,9 @@ bool IsLanguageTag(const UTF8String& text) {
     return !text.empty() && std::all_of(text.begin(), text.end(), isTagCharacter);
 }
 
-/// Removes the item of a language, and the alternative with its last item.
 bool DeleteLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& language) {
     try {
-        const UTF8String item = path.mPathDescription + "[?xml:lang=\"" + language + "\"]";
-        toolkit::DeleteProperty(tree, path.mNamespace, item);
-        if (toolkit::CountArrayItems(tree, path.mNamespace, path.mPathDescription) == 0) {
-            toolkit::DeleteProperty(tree, path.mNamespace, path.mPathDescription);
-        }
-        return true;
+        return toolkit::DeleteLocalizedText(tree, path.mNamespace, path.mPathDescription, language);
     } catch (const XMPError&) {
         ReportInvalidData(ErrorKind::ErrorWritingXMP, path);
         return false;
@@ -68,7 +62,7 @@ void MakeMissingItems(XMPMetaHandle tree, const Path& path) {
     const UTF8String expression = ExpressionForPath(path);
     for (std::size_t open = expression.find('['); open != UTF8String::npos; open = expression.find('[', open + 1)) {
         const Path array = PathForExpression(expression.substr(0, open));
-        const UTF8String next = "[" + std::to_string(CountArrayItems(tree, array) + 1) + "]";
+        const UTF8String next = UTF8String("[").append(std::to_string(CountArrayItems(tree, array) + 1)).append("]");
         if (expression.compare(open, next.size(), next) == 0) {
             AddArrayItem(tree, array, CountArrayItems(tree, array));
         }
@@ -109,7 +103,7 @@ bool SetLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& languag
         return found == languages.end() ? std::nullopt : std::optional(found->second);
     };
     if (value.empty()) {
-        return tree != nullptr && get() && DeleteLanguage(tree, path, language);
+        return tree != nullptr && DeleteLanguage(tree, path, language);
     }
     return WriteValue(tree, path, value, get, [&](const UTF8String& text) {
         toolkit::SetLocalizedText(tree, path.mNamespace, path.mPathDescription, {}, language, text);

@@ -147,6 +147,24 @@ TEST_F(ReadingFiles, DumpAsJsonWithEveryMember) {
 }
 
 /// What dump prints can be asked for and set again, whatever the path.
+TEST_F(ReadingFiles, AreValidated) {
+    ASSERT_EQ(Zephmeta({"set", "packet.png", "dc:source=x"}).mStatus, 0);
+    EXPECT_EQ(Zephmeta({"validate", "packet.png"}), (Outcome{0, "", ""}));
+    EXPECT_EQ(Zephmeta({"validate", "packet.png", "exif-only.jpg", "broken-packet.jpg"}),
+              (Outcome{1,
+                       "exif-only.jpg: error: tiff:ResolutionUnit: \"1\" is none of: 2, 3 [choice]\n"
+                       "exif-only.jpg: warning: exif:ISOSpeedRatings: is deprecated [deprecated]\n"
+                       "exif-only.jpg: warning: photoshop:DateCreated: no schema is known for the namespace "
+                       "\"http://ns.adobe.com/photoshop/1.0/\" [unknown-namespace]\n",
+                       kBrokenPacket}));
+    const Json found = Json::parse(Zephmeta({"validate", "--json", "exif-only.jpg"}).mOutput);
+    EXPECT_EQ(found.at("file"), "exif-only.jpg");
+    EXPECT_EQ(found.at("findings").at(0), Json({{"path", "tiff:ResolutionUnit"},
+                                                {"severity", "error"},
+                                                {"rule", "choice"},
+                                                {"message", "\"1\" is none of: 2, 3"}}));
+}
+
 TEST_F(ReadingFiles, EveryPathOfDumpLeadsBackToItsValue) {
     const Json dumped = Json::parse(Zephmeta({"dump", "--json", "harbour.jpg"}).mOutput);
     Arguments paths;
@@ -158,7 +176,9 @@ TEST_F(ReadingFiles, EveryPathOfDumpLeadsBackToItsValue) {
         paths.push_back(path);
         // Exif stores the components as a list, which no text of the property's choices stands for.
         if (property.at("defined") && path != "exif:ComponentsConfiguration") {
-            assignments.push_back(path + "=" + property.at("display").get<std::string>());
+            // Internal values are shown in a form for people, which is none to set.
+            const bool isStored = property.at("internal") && !property.contains("items");
+            assignments.push_back(path + "=" + property.at(isStored ? "raw" : "display").get<std::string>());
         }
     }
     ASSERT_GT(assignments.size(), 50U);

@@ -12,13 +12,14 @@ TEST_F(Reading, GivesTextByKind) {
         "<dc:title><rdf:Alt><rdf:li xml:lang='de'>Hafen</rdf:li><rdf:li "
         "xml:lang='x-default'>Harbour</rdf:li></rdf:Alt></dc:title>"
         "<dc:creator><rdf:Seq><rdf:li>a</rdf:li><rdf:li>b; c</rdf:li></rdf:Seq></dc:creator>"
-        "<dc:source>x</dc:source><xmp:CreateDate>2010-05-06T10:20:30.0+02:00</xmp:CreateDate>"
+        "<dc:source>x</dc:source><DICOM:StudyDateTime xmlns:DICOM='http://ns.adobe.com/DICOM/'>"
+        "2010-05-06T10:20:30.0+02:00</DICOM:StudyDateTime>"
         "<xmpMM:DerivedFrom rdf:parseType='Resource'><stRef:instanceID>i</stRef:instanceID></xmpMM:DerivedFrom>");
     EXPECT_EQ(Text("dc:title"), "Harbour");
     EXPECT_EQ(Text("dc:creator"), "a; \"b; c\"");
     EXPECT_EQ(Text("dc:creator[2]"), "b; c");
     EXPECT_EQ(Text("dc:source"), "x");
-    EXPECT_EQ(Text("xmp:CreateDate"), "2010-05-06T10:20:30+02:00");
+    EXPECT_EQ(Text("DICOM:StudyDateTime"), "2010-05-06T10:20:30+02:00");
     EXPECT_EQ(Text("xmpMM:DerivedFrom"), "<none>");
     EXPECT_EQ(Text("xmpMM:DerivedFrom/stRef:instanceID"), "i");
     EXPECT_THAT(GetItems(Tree(), At("dc:creator")), ElementsAre("a", "b; c"));

@@ -20,7 +20,7 @@ TEST_F(Writing, SetsTextByKindAndOnlyOnce) {
         {"dc:title", "Harbour", "Harbour"},
         {"dc:creator", "a; b; c", "a; b; c"},
         {"dc:subject", "x;y;  \"z; w\"", "x; y; \"z; w\""},
-        {"xmp:CreateDate", "2024-05-17T09:30:00.50+02:00", "2024-05-17T09:30:00.5+02:00"},
+        {"DICOM:StudyDateTime", "2024-05-17T09:30:00.50+02:00", "2024-05-17T09:30:00.5+02:00"},
         {"xmp:MetadataDate", "2024-05", "2024-05"},
         {"Iptc4xmpCore:CreatorContactInfo/Iptc4xmpCore:CiAdrCity", "Kiel", "Kiel"},
         {"Iptc4xmpExt:LocationShown[1]/Iptc4xmpExt:City", "Kiel", "Kiel"},
@@ -65,6 +65,14 @@ TEST_F(Writing, SetsTheAlternativeThatAnAliasStandsFor) {
     }
     EXPECT_EQ(Text("dc:description"), "text");
     EXPECT_EQ(Text("dc:rights"), "text");
+    const Path alias = At("tiff:ImageDescription");
+    EXPECT_TRUE(SetLanguage(Tree(), alias, "de", "Text"));
+    EXPECT_FALSE(SetLanguage(Tree(), alias, "de", "Text"));
+    const auto both = ElementsAre(std::pair("de", "Text"), std::pair("x-default", "text"));
+    EXPECT_THAT(GetLanguages(Tree(), alias), both);
+    EXPECT_THAT(GetLanguages(Tree(), At("dc:description")), both);
+    EXPECT_TRUE(SetLanguage(Tree(), alias, "de", ""));
+    EXPECT_THAT(GetLanguages(Tree(), At("dc:description")), ElementsAre(std::pair("x-default", "text")));
     EXPECT_TRUE(ParseXMPMeta(SerializeXMPMeta(Tree())));
 }
 

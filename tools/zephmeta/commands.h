@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "zephmetadata/values.h"
+
 /// The commands. Each returns its exit status: 0 done, 1 something asked for could not be done (the rest was).
 namespace zephmeta {
 
@@ -20,5 +22,55 @@ int Set(const SetRequest& request, bool json);
 
 int ShowSchemas(const std::string& prefix, bool json);
 int ShowTypes(const std::string& id, bool json);
+
+struct PanelRequest {
+    std::string mFile;
+    std::string mView = "basic";  ///< the name of a view, or the end of one of the library's own
+    bool mAll = false;            ///< every view instead
+    std::string mFormat = "text";
+};
+/// 1 also when a file has a finding of severity error.
+int Validate(const std::vector<std::string>& files, bool json);
+
+struct ApplyRequest {
+    std::string mTemplate;
+    std::vector<std::string> mFiles;
+    zephmetadata::TemplateImportOptions mMode = zephmetadata::kTemplateImport_Add;
+    bool mDryRun = false;
+};
+int Apply(const ApplyRequest& request, bool json);
+
+/// 1 when a document has a problem. Starts and stops the library itself.
+int CheckDocuments(const std::vector<std::string>& files, bool json);
+
+struct SchemaRequest {
+    std::string mFile;
+    std::string mNamespace;
+    std::string mPrefix;
+    std::string mLabel;
+    std::string mDescription;
+};
+int NewSchema(const SchemaRequest& request);
+
+struct PropertyRequest {
+    std::string mFile;
+    std::string mName;
+    std::string mPrefix;  ///< of the schema, where the document has several
+    std::string mType = "text";
+    std::string mElementType;
+    std::string mLabel;
+    std::string mDescription;
+    std::string mPattern;
+    std::string mMin;
+    std::string mMax;
+    std::vector<std::string> mChoices;  ///< VALUE or VALUE=LABEL
+    bool mInternal = false;
+};
+int AddProperty(const PropertyRequest& request);
+/// Prints a definitions document as it would be written.
+int ShowSchemaDocument(const std::string& file);
+
+int ShowPanel(const PanelRequest& request);
+int ShowViews(const std::string& name, bool json);
 
 }  // namespace zephmeta

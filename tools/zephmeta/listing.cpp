@@ -130,8 +130,19 @@ ListedValue Collected(const Walker& nodes, std::size_t index) {
 
 }  // namespace
 
+bool IsStructured(const zephmetadata::EntryDefinition& entry) {
+    const auto kind = zephmetadata::PrimitiveTypeOf(entry);
+    if (!kind) {
+        return entry.mType.has_value();
+    }
+    const auto elementType =
+        zephmetadata::PrimitiveTypeIsArray(*kind) ? zephmetadata::ElementTypeIdOf(entry) : std::nullopt;
+    return elementType && zephmetadata::IsStructType(*elementType);
+}
+
 bool DisplayText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text) {
-    if (zephmetadata::PathEntryDefinition(path) && zephmetadata::GetValue(tree, path, text) && !text.empty()) {
+    const auto entry = zephmetadata::PathEntryDefinition(path);
+    if (entry && !IsStructured(*entry) && zephmetadata::GetValue(tree, path, text) && !text.empty()) {
         return true;
     }
     // The definition may expect another kind of node than stands there; then the stored text says more.

@@ -29,6 +29,9 @@ struct ListedValue {
 /// All values of a tree in the order of the file. Cost: linear in the tree.
 std::vector<ListedValue> ListValues(zephmetadata::XMPMetaHandle tree);
 
+/// Whether what @p entry describes is a structure, or an array of such, which has no text of its own.
+bool IsStructured(const zephmetadata::EntryDefinition& entry);
+
 /// What the commands show for one path: the display text where a definition describes it, else the stored text. False
 /// when there is no value.
 bool DisplayText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text);

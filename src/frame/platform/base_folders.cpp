@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "frame/platform/base_folders.h"
 #include "zephcore/files.h"
 
 namespace zephcore {
@@ -46,23 +47,36 @@ std::string ConfigurationFolder() {
 
 /// The folder that @p variable names, else @p byDefault.
 template <typename Default>
+std::string NativeBaseFolder(const char* variable, Default byDefault) {
+    std::string configured = Variable(variable);
+    return configured.empty() ? byDefault() : configured;
+}
+
+template <typename Default>
 Dir BaseFolder(const char* variable, Default byDefault) {
-    const std::string configured = Variable(variable);
-    return Dir(PathFromNative(configured.empty() ? byDefault() : configured));
+    return Dir(PathFromNative(NativeBaseFolder(variable, byDefault)));
 }
 
 std::string OwnFolderIn(const std::string& parent) {
     return parent + '/' + std::string(kFolderName);
 }
 
+std::string NativeGlobalPrefDir() {
+    return NativeBaseFolder("ZEPHCORE_GLOBAL_PREF_DIR", [] { return OwnFolderIn(ConfigurationFolder()); });
+}
+
 }  // namespace
 
+std::string NativePrefDir() {
+    return NativeBaseFolder("ZEPHCORE_PREF_DIR", NativeGlobalPrefDir);
+}
+
 Dir Dir::PrefDir() {
-    return BaseFolder("ZEPHCORE_PREF_DIR", [] { return PathToNative(GlobalPrefDir().FullPath()); });
+    return Dir(PathFromNative(NativePrefDir()));
 }
 
 Dir Dir::GlobalPrefDir() {
-    return BaseFolder("ZEPHCORE_GLOBAL_PREF_DIR", [] { return OwnFolderIn(ConfigurationFolder()); });
+    return Dir(PathFromNative(NativeGlobalPrefDir()));
 }
 
 Dir Dir::SystemDir([[maybe_unused]] int id) {

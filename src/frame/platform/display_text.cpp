@@ -66,6 +66,9 @@ constexpr std::size_t kMaxEscapeName = kCodePointStart.size() + kMaxCodePointDig
 }  // namespace
 
 UTF16String ResolveDisplayEscapes(std::u16string_view text) {
+    if (text.find(kEscapeStart) == std::u16string_view::npos) {
+        return UTF16String(text);
+    }
     UTF16String result;
     while (!text.empty()) {
         const std::size_t start = std::min(text.find(kEscapeStart), text.size());
@@ -82,6 +85,10 @@ UTF16String ResolveDisplayEscapes(std::u16string_view text) {
 }
 
 UTF16String ReplaceInString(std::u16string_view textTemplate, std::initializer_list<UTF16String> arguments) {
+    return ReplaceInString(textTemplate, std::span(arguments.begin(), arguments.size()));
+}
+
+UTF16String ReplaceInString(std::u16string_view textTemplate, std::span<const UTF16String> arguments) {
     UTF16String result;
     for (std::size_t at = 0; at < textTemplate.size(); ++at) {
         const char16_t next = at + 1 < textTemplate.size() ? textTemplate[at + 1] : u'\0';
@@ -90,7 +97,7 @@ UTF16String ReplaceInString(std::u16string_view textTemplate, std::initializer_l
             continue;
         }
         const auto index = static_cast<std::size_t>(next - u'0');
-        result += index < arguments.size() ? *(arguments.begin() + index) : UTF16String();
+        result += index < arguments.size() ? arguments[index] : UTF16String();
         ++at;
     }
     return result;

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <mutex>
 
+#include "frame/platform/environment_locale.h"
 #include "zephcore/text.h"
 
 namespace zephcore {
@@ -34,17 +35,21 @@ void SetSuiteClientName(const UTF16String& name) {
     client.mName = name;
 }
 
-UTF16String Locale::ApplicationLangauge() {
-    for (const char* const variable : {"ZEPHCORE_LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}) {
+std::string EnvironmentLocale(std::initializer_list<const char*> variables) {
+    for (const char* const variable : variables) {
         const char* const value = std::getenv(variable);
         std::string_view code = value == nullptr ? "" : value;
         // language[_territory][.encoding][@modifier]
         code = code.substr(0, code.find_first_of(".@"));
         if (!code.empty() && code != "C" && code != "POSIX") {
-            return UTF8to16(code);
+            return std::string(code);
         }
     }
-    return u"en_US";
+    return "en_US";
+}
+
+UTF16String Locale::ApplicationLangauge() {
+    return UTF8to16(EnvironmentLocale({"ZEPHCORE_LANGUAGE", "LC_ALL", "LC_MESSAGES", "LANG"}));
 }
 
 }  // namespace zephcore

@@ -33,12 +33,9 @@ ExpatEvents::ExpatEvents(AbstractParseHandler& handler)
     XML_SetReturnNSTriplet(mParser.get(), 1);
     SetCallbacks();
     SetRefusals();
-    mHandler.mLine = 1;
 }
 
-ExpatEvents::~ExpatEvents() {
-    mHandler.mLine = 0;
-}
+ExpatEvents::~ExpatEvents() = default;
 
 /// Runs @p action unless the run is over. Expat's frames are C: no exception may pass through them.
 template <typename Action>
@@ -60,7 +57,7 @@ template <typename Action>
 void ExpatEvents::Deliver(void* events, Action action) {
     Guard(events, [&action](ExpatEvents& self) {
         self.FlushText();
-        self.mHandler.mLine = self.Line();
+        const DocumentLineScope line(self.Line());
         action(self);
     });
 }
@@ -190,7 +187,7 @@ void ExpatEvents::FlushText() {
     if (mText.empty()) {
         return;
     }
-    mHandler.mLine = mTextLine;
+    const DocumentLineScope line(mTextLine);
     const UTF16String text = UTF8to16(mText);
     mText.clear();
     mHandler.Characters(text);

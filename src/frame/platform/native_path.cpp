@@ -14,6 +14,10 @@ constexpr UChar32 kLastByteSurrogate = 0xDCFF;
 constexpr UChar32 kFirstEscapedByte = 0x80;
 constexpr UChar32 kReplacement = 0xFFFD;
 
+bool IsASCII(char c) {
+    return static_cast<unsigned char>(c) < kFirstEscapedByte;
+}
+
 void AppendUTF8(std::string& text, UChar32 character) {
     std::array<char, U8_MAX_LENGTH> bytes{};
     std::size_t length = 0;
@@ -28,6 +32,10 @@ UTF16String PathFromNative(std::string_view nativePath) {
     path.reserve(nativePath.size());
     std::size_t at = 0;
     while (at < nativePath.size()) {
+        if (IsASCII(nativePath[at])) {
+            path += static_cast<char16_t>(nativePath[at++]);
+            continue;
+        }
         const std::size_t start = at;
         const UChar32 character = NextCodePoint(nativePath, at);
         if (character >= 0) {
@@ -48,6 +56,10 @@ std::string PathToNative(std::u16string_view path) {
     const std::size_t length = path.size();
     std::size_t at = 0;
     while (at < length) {
+        if (units[at] < kFirstEscapedByte) {
+            nativePath += static_cast<char>(units[at++]);
+            continue;
+        }
         UChar32 character = 0;
         U16_NEXT(units, at, length, character);
         if (character >= kFirstByteSurrogate && character <= kLastByteSurrogate) {

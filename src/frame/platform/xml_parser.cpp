@@ -9,6 +9,24 @@ namespace zephcore {
 
 namespace {
 
+thread_local std::size_t documentLine = 0;
+
+}  // namespace
+
+std::size_t CurrentDocumentLine() {
+    return documentLine;
+}
+
+DocumentLineScope::DocumentLineScope(std::size_t line) : mBefore(documentLine) {
+    documentLine = line;
+}
+
+DocumentLineScope::~DocumentLineScope() {
+    documentLine = mBefore;
+}
+
+namespace {
+
 constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
 
@@ -86,10 +104,12 @@ private:
     int Parse(Source& source) {
         ExpatEvents events(*mHandler);
         try {
+            const DocumentLineScope line(events.Line());
             mHandler->StartDocument();
             const bool isWellFormed = FeedAll(events, source);
             mErrorLine = isWellFormed ? 0 : events.Line();
             if (isWellFormed) {
+                const DocumentLineScope lastLine(events.Line());
                 mHandler->EndDocument();
             }
             return isWellFormed ? kSuccess : kFailure;

@@ -85,6 +85,11 @@ void AppendLatin1(UTF8String& to, unsigned char byte) {
     to.push_back(static_cast<char>(0x80U | (byte & 0x3FU)));
 }
 
+// Characters that are neither mended nor begin anything that is; most of a packet is made of them.
+constexpr bool IsPlain(char c) {
+    return (c >= ' ' && c < '\x7F' && c != '&' && c != '<' && c != ']') || c == '\n' || c == '\t' || c == '\r';
+}
+
 UTF8String Mend(std::string_view text) {
     constexpr std::string_view kBeginCDATA = "<![CDATA[";
     constexpr std::string_view kEndCDATA = "]]>";
@@ -93,6 +98,12 @@ UTF8String Mend(std::string_view text) {
     bool inCDATA = false;
     for (std::size_t at = 0; at < text.size();) {
         const std::string_view rest = text.substr(at);
+        const auto* const plainEnd = std::find_if_not(rest.begin(), rest.end(), IsPlain);
+        if (plainEnd != rest.begin()) {
+            mended.append(rest.begin(), plainEnd);
+            at += static_cast<std::size_t>(plainEnd - rest.begin());
+            continue;
+        }
         const Decoded one = DecodeOne(rest);
         inCDATA = inCDATA ? !rest.starts_with(kEndCDATA) : rest.starts_with(kBeginCDATA);
         const Reference reference = ReadReference(rest);
@@ -162,6 +173,11 @@ bool IsUTF8(std::string_view text) {
 
 bool IsXMLText(std::string_view text) {
     while (!text.empty()) {
+        const auto* const plainEnd = std::find_if_not(text.begin(), text.end(), IsPlain);
+        text.remove_prefix(static_cast<std::size_t>(plainEnd - text.begin()));
+        if (text.empty()) {
+            break;
+        }
         const Decoded one = DecodeOne(text);
         if (one.mSize == 0 || !IsXMLCharacter(one.mCode)) {
             return false;

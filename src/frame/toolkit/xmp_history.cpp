@@ -70,14 +70,20 @@ void TXMPDocOps::PrepareForSave() {
         return;
     }
     XMPMetaHandle tree = mTree.get();
-    const UTF8String instance = "xmp.iid:" + RandomUUID();
+    const auto isSetByUser = [&](std::string_view part) {
+        return std::find(mParts.begin(), mParts.end(), part) != mParts.end();
+    };
     const UTF8String document = "xmp.did:" + RandomUUID();
     const UTF8String now = ConvertFromDate(CurrentDateTime());
     RegisterNamespace(kEventNamespace, "stEvt");
-    SetProperty(tree, kXMPMMNamespace, "InstanceID", instance);
+    if (!isSetByUser("/metadata/xmpMM/InstanceID")) {
+        SetProperty(tree, kXMPMMNamespace, "InstanceID", "xmp.iid:" + RandomUUID());
+    }
     SetWhenMissing(tree, "DocumentID", document);
     SetWhenMissing(tree, "OriginalDocumentID", GetProperty(tree, kXMPMMNamespace, "DocumentID")->mValue);
-    SetProperty(tree, kXMPNamespace, "MetadataDate", now);
+    if (!isSetByUser("/metadata/xmp/MetadataDate")) {
+        SetProperty(tree, kXMPNamespace, "MetadataDate", now);
+    }
 
     AppendArrayItem(tree, kXMPMMNamespace, "History", kPropValueIsArray | kPropArrayIsOrdered, {}, kPropValueIsStruct);
     const UTF8String event = ComposeArrayItemPath(kXMPMMNamespace, "History", kLastItem);
@@ -86,7 +92,7 @@ void TXMPDocOps::PrepareForSave() {
                     value);
     };
     setField("action", "saved");
-    setField("instanceID", instance);
+    setField("instanceID", GetProperty(tree, kXMPMMNamespace, "InstanceID").value_or(Property()).mValue);
     setField("when", now);
     setField("softwareAgent", zephcore::UTF16to8(zephcore::GetSuiteClientName()));
     setField("changed", Joined(mParts));

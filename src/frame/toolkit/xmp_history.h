@@ -11,7 +11,8 @@ namespace zephmetadata::toolkit {
 /// PrepareForSave gives it a new xmpMM:InstanceID ("xmp.iid:" and a random UUID), xmpMM:DocumentID ("xmp.did:") and xmpMM:OriginalDocumentID
 /// where they are missing, sets xmp:MetadataDate to now, and appends one item to xmpMM:History: stEvt:action "saved",
 /// stEvt:instanceID, stEvt:when, stEvt:softwareAgent (the host's client name) and stEvt:changed (the noted parts, each once,
-/// in order, joined with ";"). Without noted parts it does nothing.
+/// in order, joined with ";"). An instance identifier or metadata date that is
+/// itself among the noted parts stays as it was set. Without noted parts it does nothing.
 class TXMPDocOps {
 public:
     void OpenXMP(XMPMetaHandle tree);

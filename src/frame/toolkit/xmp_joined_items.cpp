@@ -101,10 +101,13 @@ void ReplaceItems(XMPMetaHandle tree, const UTF8String& schema, const UTF8String
 
 std::optional<UTF8String> CatenateArrayItems(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
                                              std::string_view separator) {
-    if (!PropertyExists(tree, schema, path)) {
+    const std::optional<Property> array = GetProperty(tree, schema, path);
+    if (!array) {
         return std::nullopt;
     }
-    CountArrayItems(tree, schema, path);  // throws for a property that is no array
+    if ((array->mOptions & kPropValueIsArray) == 0) {
+        ThrowError(XMPErr_BadXPath, "\"" + path + "\" is no array");
+    }
     return JoinItems(Items(tree, schema, path), separator);
 }
 

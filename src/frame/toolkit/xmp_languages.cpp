@@ -3,6 +3,7 @@
 
 #include "frame/toolkit/exempi_handles.h"
 #include "frame/toolkit/xmp_alternatives.h"
+#include "frame/toolkit/xmp_meta_handle.h"
 #include "frame/toolkit/xmp_paths.h"
 #include "frame/toolkit/xmp_tree.h"
 
@@ -69,11 +70,28 @@ void AddItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& pat
     SetProperty(tree, schema, LanguagePath(ItemPath(path, position)), language);
 }
 
+/// The x-default item as the toolkit finds it, which is quick; absent where there is none, or where the toolkit would
+/// choose another item.
+std::optional<UTF8String> DefaultText(XMPMetaHandle tree, const Place& place) {
+    const QuietToolkit quiet;
+    const ToolkitString language;
+    const ToolkitString text;
+    const bool found =
+        xmp_get_localized_text(Native(tree), place.mSchema.c_str(), place.mPath.c_str(), "",
+                               UTF8String(kDefaultLanguage).c_str(), language.Get(), text.Get(), nullptr);
+    return found && language.Text() == kDefaultLanguage ? std::optional(text.Text()) : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
                                            const UTF8String& genericLanguage, const UTF8String& specificLanguage) {
     const Place place = BasePlace(schema, path);
+    if (SameLanguage(specificLanguage, kDefaultLanguage)) {
+        if (std::optional<UTF8String> text = DefaultText(tree, place)) {
+            return text;
+        }
+    }
     const std::optional<std::vector<AlternativeItem>> items = Items(tree, place.mSchema, place.mPath);
     if (!items || items->empty()) {
         return std::nullopt;
@@ -91,6 +109,30 @@ std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String&
         item = find([](const UTF8String& own) { return SameLanguage(own, kDefaultLanguage); });
     }
     return item != nullptr ? item->mValue : items->front().mValue;
+}
+
+std::vector<LanguageText> LanguageTexts(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
+    const Place place = BasePlace(schema, path);
+    std::vector<LanguageText> texts;
+    for (AlternativeItem& item : Items(tree, place.mSchema, place.mPath).value_or(std::vector<AlternativeItem>())) {
+        texts.push_back({std::move(item.mLanguage), std::move(item.mValue)});
+    }
+    return texts;
+}
+
+bool DeleteLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
+                         std::string_view language) {
+    const Place place = BasePlace(schema, path);
+    const auto items = Items(tree, place.mSchema, place.mPath).value_or(std::vector<AlternativeItem>());
+    const auto found = std::find_if(items.begin(), items.end(), [&](const AlternativeItem& item) {
+        return SameLanguage(item.mLanguage, language);
+    });
+    if (found == items.end()) {
+        return false;
+    }
+    const auto index = static_cast<std::size_t>(found - items.begin()) + 1;
+    const UTF8String whole = items.size() == 1 ? place.mPath : ItemPath(place.mPath, index);
+    return DeleteProperty(tree, place.mSchema, whole);
 }
 
 void SetLocalizedText(XMPMetaHandle tree, const UTF8String& givenSchema, const UTF8String& givenPath,

@@ -81,7 +81,7 @@ bool PropertyExists(XMPMetaHandle tree, const UTF8String& schema, const UTF8Stri
 
 std::optional<Property> GetProperty(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
     const XmpPtr native = Native(tree);
-    CheckedSchema(schema, path);
+    // The toolkit refuses what CheckedSchema would, and this is the call that every value is read with.
     const QuietToolkit quiet;
     const ToolkitString value;
     std::uint32_t options = 0;

@@ -121,15 +121,25 @@ void SeparateArrayItems(XMPMetaHandle tree, const UTF8String& schema, const UTF8
 std::vector<UTF8String> SplitItems(std::string_view text);
 UTF8String JoinItems(const std::vector<UTF8String>& items, std::string_view separator = "; ");
 
+struct LanguageText {
+    UTF8String mLanguage;
+    UTF8String mText;
+};
+
 // Language alternatives. Languages are RFC 3066 tags, compared ignoring letter case; "x-default" is the default item.
 
 /// The item of @p specificLanguage, else of @p genericLanguage (empty: none), else x-default, else the first item.
 std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
                                            const UTF8String& genericLanguage, const UTF8String& specificLanguage);
+/// All texts with their languages, in order; empty when there is no such property.
+std::vector<LanguageText> LanguageTexts(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 /// Sets the item of @p specificLanguage alone, making array and item as needed; x-default is always the first item. No other item changes.
 /// (A missing x-default is added with the same text when the alternative was empty.)
 void SetLocalizedText(XMPMetaHandle tree, const UTF8String& givenSchema, const UTF8String& givenPath,
                       const UTF8String& genericLanguage, const UTF8String& specificLanguage, std::string_view value);
+/// Removes the item of @p language, and the alternative with its last item. False when there is no such item.
+bool DeleteLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
+                         std::string_view language);
 
 // Between trees.
 

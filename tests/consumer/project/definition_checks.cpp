@@ -104,6 +104,30 @@ int CheckRegistration() {
     return 0;
 }
 
+int CheckSchemaFiles(const std::string& folder) {
+    const auto schema = CreateNewSchema("urn:host:edited:", "edited", u"$$$/e=Edited", u"Edited", u"", u"");
+    schema->mProperties.push_back(CreateNewProperty(kPrimitiveType_Bag, "tags", u"", u"Tags", u"", u""));
+    UTF8String document;
+    WriteDefinitionsToBuffer(std::vector{schema}, std::vector<sp<TypeDefinition>>(), document);
+    CHECK(ParseBufferForDefinitions(document, u"").first[0]->mProperties[0]->mLabel == u"Tags");
+
+    const zephcore::File file(zephcore::PathFromNative(folder + "/edited/schema.xml"));
+    CHECK(WriteSchemaFile({{schema}, {}}, file) && ParseDocumentForDefinitions(file.FullPath()).first.size() == 1);
+    CHECK(filePathForSchema(schema).empty());
+    SetFilePathForSchema(file.FullPath(), schema);
+    CHECK(filePathForSchema(schema) == file.FullPath());
+    CHECK(allSchemasFromSourceFile(file.FullPath()) == std::vector{schema});
+    CHECK(allTypesFromSourceFile(file.FullPath()).empty());
+    schema->mPrefix = "renamed";
+    RewriteSchemaFile(schema);
+    CHECK(ParseDocumentForDefinitions(file.FullPath()).first[0]->mPrefix == "renamed");
+
+    const UTF8String dynamic = MakeDynamicSchemaNamespace("/host/");
+    CHECK(dynamic == DynamicNamespaceBase + "host/1.0/" && IsDynamicNamespace(dynamic));
+    CHECK(!IsDynamicNamespace("urn:host:edited:"));
+    return 0;
+}
+
 int CheckLists() {
     const auto common = CommonSchemaDefinitions();
     const auto dynamic = DynamicSchemaDefinitions();
@@ -123,7 +147,8 @@ int CheckLists() {
 
 int CheckDefinitions(const Arguments& arguments) {
     const Session session;
-    return CheckNames() | CheckTypeQueries() | CheckParsing(arguments.mFolder) | CheckRegistration() | CheckLists();
+    return CheckNames() | CheckTypeQueries() | CheckParsing(arguments.mFolder) | CheckRegistration() |
+           CheckSchemaFiles(arguments.mFolder) | CheckLists();
 }
 
 }  // namespace host

@@ -37,5 +37,6 @@ int CheckDefinitions(const Arguments& arguments);
 int CheckPaths(const Arguments& arguments);
 int CheckValues(const Arguments& arguments);
 int CheckProviders(const Arguments& arguments);
+int CheckViews(const Arguments& arguments);
 
 }  // namespace host

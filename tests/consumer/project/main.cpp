@@ -13,6 +13,7 @@ int CheckAll(const host::Arguments& arguments) {
     const Part parts[] = {
         {"library", host::CheckLibrary}, {"platform", host::CheckPlatform}, {"definitions", host::CheckDefinitions},
         {"paths", host::CheckPaths},     {"values", host::CheckValues},     {"providers", host::CheckProviders},
+        {"views", host::CheckViews},
     };
     int failures = 0;
     for (const Part& part : parts) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <fstream>
 
 #include "host.h"
 
@@ -76,11 +77,26 @@ int CheckEnumerating() {
     return 0;
 }
 
+int CheckPathSets(const std::string& folder) {
+    const std::set<Path> paths{PathForExpression("dc:title"), PathForExpression("xmpMM:DerivedFrom/stRef:documentID")};
+    UTF8String document;
+    IncludedLeafPathsAsXMLString(paths, document);
+    std::set<Path> read;
+    CHECK(ReadIncludedLeafPathsAsXMLString(read, document) && read == paths);
+    CHECK(!ReadIncludedLeafPathsAsXMLString(read, "no document") && read == paths);
+
+    const std::string name = folder + "/paths.xml";
+    std::ofstream(name) << document;
+    read.clear();
+    CHECK(ReadIncludedLeafPathsAsXMLFile(read, zephcore::PathFromNative(name)) && read == paths);
+    return 0;
+}
+
 }  // namespace
 
-int CheckPaths(const Arguments& /*arguments*/) {
+int CheckPaths(const Arguments& arguments) {
     const Session session;
-    return CheckBuilding() | CheckLookup() | CheckEnumerating();
+    return CheckBuilding() | CheckLookup() | CheckEnumerating() | CheckPathSets(arguments.mFolder);
 }
 
 }  // namespace host

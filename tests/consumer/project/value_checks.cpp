@@ -67,6 +67,19 @@ int CheckTrees() {
     return 0;
 }
 
+int CheckTemplate() {
+    const XMPMetaPtr source = CreateXMPMeta();
+    const XMPMetaPtr tree = CreateXMPMeta();
+    CHECK(SetValue(source.get(), At("dc:source"), "template") && SetValue(tree.get(), At("dc:source"), "own"));
+    CHECK(SetValue(source.get(), At("xmp:Rating"), 3));
+    UTF8String text;
+    CHECK(ApplyTemplate(tree.get(), source.get(), kTemplateImport_Add) && HasValue(tree.get(), At("xmp:Rating")));
+    CHECK(GetValue(tree.get(), At("dc:source"), text) && text == "own");
+    CHECK(ApplyTemplate(tree.get(), source.get(), kTemplateImport_Replace));
+    CHECK(GetValue(tree.get(), At("dc:source"), text) && text == "template");
+    return 0;
+}
+
 int CheckConstructedValue() {
     // Cameras wrote the lens elsewhere before Exif 2.3 was mapped to XMP.
     const XMPMetaPtr tree = ParseXMPMeta(
@@ -85,7 +98,7 @@ int CheckConstructedValue() {
 
 int CheckValues(const Arguments& /*arguments*/) {
     const Session session;
-    return CheckTypedValues() | CheckTexts() | CheckTrees() | CheckConstructedValue();
+    return CheckTypedValues() | CheckTexts() | CheckTrees() | CheckTemplate() | CheckConstructedValue();
 }
 
 }  // namespace host

@@ -32,10 +32,11 @@ TEST(Resources, OfOtherNamesAndTypesAreAbsent) {
     std::string_view bytes = "untouched";
     const std::string known = GetResourceNames(Module::kOwn, "xml").at(0);
     EXPECT_FALSE(GetBinaryFromModule(Module::kOwn, known, "dat", bytes));
+    EXPECT_FALSE(GetBinaryFromModule(Module::kOwn, known, "", bytes));
     EXPECT_FALSE(GetBinaryFromModule(Module::kOwn, known + ".xml", "xml", bytes));
     EXPECT_FALSE(GetBinaryFromModule(Module::kOwn, "", "xml", bytes));
     EXPECT_EQ(bytes, "untouched");
-    EXPECT_TRUE(GetResourceNames(Module::kOwn, "dat").empty());
+    EXPECT_TRUE(GetResourceNames(Module::kOwn, "txt").empty());
 }
 
 }  // namespace

@@ -47,7 +47,7 @@ private:
     static std::string Named(const UTF16String& name, const UTF16String& namespaceURI, const UTF16String& localName) {
         return UTF16to8(name + u"{" + namespaceURI + u"}" + localName);
     }
-    void Add(const std::string& text) { mEvents.push_back(std::to_string(CurrentLine()) + " " + text); }
+    void Add(const std::string& text) { mEvents.push_back(std::to_string(CurrentDocumentLine()) + " " + text); }
 
     std::vector<std::string>& mEvents;
 };

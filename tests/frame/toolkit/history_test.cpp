@@ -18,7 +18,7 @@ protected:
     std::string Value(const std::string& path) {
         return GetProperty(mTree.get(), kMM, path).value_or(Property{"none", 0}).mValue;
     }
-    void Save(std::initializer_list<const char*> parts) {
+    void Save(const std::vector<const char*>& parts) {
         TXMPDocOps history;
         history.OpenXMP(mTree.get());
         for (const char* const part : parts) {
@@ -56,6 +56,36 @@ TEST_F(HistoryTest, KnownIdentifiersStay) {
     SetProperty(mTree.get(), kMM, "DocumentID", "uuid:mine");
     Save({"/metadata"});
     EXPECT_EQ(Value("DocumentID") + Value("OriginalDocumentID"), "uuid:mineuuid:mine");
+}
+
+TEST_F(HistoryTest, WhatTheUserSetStays) {
+    const std::string xmp = "http://ns.adobe.com/xap/1.0/";
+    constexpr const char* kInstance = "/metadata/xmpMM/InstanceID";
+    constexpr const char* kDate = "/metadata/xmp/MetadataDate";
+    struct Row {
+        std::vector<const char*> mParts;
+        bool mKeepsInstance;
+        bool mKeepsDate;
+    };
+    const Row rows[] = {{{kInstance}, true, false},
+                        {{kDate}, false, true},
+                        {{"/metadata/dc/title", kDate, kInstance}, true, true},
+                        {{"/metadata"}, false, false},
+                        {{"/metadata/xmpMM/InstanceIDs", "/metadata/xmp"}, false, false}};
+    int saves = 0;
+    for (const Row& row : rows) {
+        SetProperty(mTree.get(), kMM, "InstanceID", "mine");
+        SetProperty(mTree.get(), xmp, "MetadataDate", "2001");
+        Save(row.mParts);
+        EXPECT_EQ(Value("InstanceID") == "mine", row.mKeepsInstance) << row.mParts[0];
+        EXPECT_EQ(GetProperty(mTree.get(), xmp, "MetadataDate")->mValue == "2001", row.mKeepsDate) << row.mParts[0];
+        const std::string event = "History[" + std::to_string(++saves) + "]/stEvt:";
+        EXPECT_EQ(Value(event + "instanceID"), Value("InstanceID")) << row.mParts[0];
+        EXPECT_NE(Value(event + "when"), "2001") << row.mParts[0];
+    }
+    SetProperty(mTree.get(), kMM, "InstanceID", "");
+    Save({kInstance});
+    EXPECT_EQ(Value("InstanceID"), "") << "emptied by the user";
 }
 
 TEST_F(HistoryTest, WithoutChangesNothingIsWritten) {

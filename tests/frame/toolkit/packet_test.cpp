@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "frame/toolkit/exempi_handles.h"
+#include "frame/toolkit/packet_scan.h"
 #include "frame/toolkit/toolkit_fixture.h"
 #include "frame/toolkit/xmp_meta_handle.h"
 
@@ -40,6 +41,11 @@ TEST_P(PairTest, KeepsBothTextsThroughReadingAndWriting) {
     SetProperty(tree.get(), kDC, "format", "");
     EXPECT_EQ(Texts(Parsed(SerializePacket(tree.get())).get()), GetParam().mListing);
     EXPECT_EQ(Texts(tree.get()), GetParam().mListing) << "writing changed the tree";
+}
+
+TEST_P(PairTest, IsNotOverlookedByTheScan) {
+    const std::string packet = Packet(GetParam().mBody);
+    EXPECT_TRUE(MayNeedWidening(packet) || WidenPacket(packet) == packet);
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -93,7 +93,7 @@ struct ExtendedPacket {
 
 }  // namespace
 
-std::vector<std::string> ExtendedJpegPackets(const std::string& nativePath) {
+ExtendedPackets ExtendedJpegPackets(const std::string& nativePath) {
     using namespace std::string_view_literals;
     constexpr std::string_view kSignature = "http://ns.adobe.com/xmp/extension/\0"sv;
     constexpr std::size_t kIdentifier = 32;
@@ -113,13 +113,15 @@ std::vector<std::string> ExtendedJpegPackets(const std::string& nativePath) {
                                     BigEndian32(content.substr(kIdentifier + 4)), content.substr(kHeader));
         }
     }
-    std::vector<std::string> texts;
+    ExtendedPackets extended;
     for (auto& [identifier, packet] : packets) {
         if (packet.mIsSound && packet.mFilled == packet.mText.size()) {
-            texts.push_back(std::move(packet.mText));
+            extended.mTexts.push_back(std::move(packet.mText));
+        } else {
+            extended.mIsComplete = false;
         }
     }
-    return texts;
+    return extended;
 }
 
 bool SameJpegImage(const std::string& left, const std::string& right) {

@@ -1,5 +1,8 @@
 #include "frame/toolkit/media/xmp_files.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <array>
 #include <map>
@@ -10,6 +13,7 @@
 #include "frame/toolkit/media/jpeg_segments.h"
 #include "frame/toolkit/media/media_formats.h"
 #include "frame/toolkit/media/packet_depth.h"
+#include "frame/toolkit/packet_scan.h"
 #include "frame/toolkit/packet_text.h"
 #include "frame/toolkit/xmp_alternatives.h"
 #include "frame/toolkit/xmp_meta_handle.h"
@@ -79,6 +83,9 @@ ToolkitRead ReadWithToolkit(const ToolkitFile& file) {
 
 /// Puts texts back that the toolkit lost while it parsed @p packet; false when the packet cannot be read.
 bool RepairFromPacket(XMPMetaHandle tree, const std::string& packet) {
+    if (!MayNeedWidening(packet)) {
+        return true;
+    }
     try {
         // Most packets hold nothing that the toolkit loses; those need no second tree.
         if (WidenPacket(packet) == packet) {
@@ -97,11 +104,10 @@ bool RepairFromPacket(XMPMetaHandle tree, const std::string& packet) {
 }
 
 /// The tree of a file as its packets mean it; false when one of them cannot be read.
-bool Repair(const ToolkitRead& read, const std::string& nativePath, std::uint32_t format) {
+bool Repair(const ToolkitRead& read, const std::vector<std::string>& extended) {
     if (read.mPacket.empty()) {
         return true;
     }
-    const auto extended = format == XMP_FT_JPEG ? ExtendedJpegPackets(nativePath) : std::vector<std::string>();
     const XMPMetaHandle tree = read.mTree.get();
     if (!extended.empty() || read.mPacket.find(kUndeterminedLanguage) != std::string::npos) {
         NarrowTree(tree);
@@ -118,29 +124,48 @@ FileStatus StatusWithoutXMP(std::uint32_t format, const std::string& nativePath)
 
 /// Formats whose lengths the toolkit (2.6.3) trusts: it reads beyond the end of a damaged FLV file and crashes, and goes
 /// round for ever in an ASF object of length 0.
-bool IsUnsafeFormat(std::uint32_t format) {
-    return format == XMP_FT_FLV || format == XMP_FT_WMAV;
+bool IsUnsafeFormat(const std::string& nativePath) {
+    constexpr std::string_view kFLV = "FLV";
+    constexpr std::string_view kASF = "\x30\x26\xB2\x75\x8E\x66\xCF\x11\xA6\xD9";  // its header object
+    std::array<char, kASF.size()> start{};
+    const int file = open(nativePath.c_str(), O_RDONLY | O_CLOEXEC);
+    const ssize_t size = file < 0 ? 0 : read(file, start.data(), start.size());
+    if (file >= 0) {
+        close(file);
+    }
+    const std::string_view bytes(start.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    return bytes.starts_with(kFLV) || bytes.starts_with(kASF);
+}
+
+/// The format that the toolkit found; valid while the file is open.
+std::uint32_t FormatOf(const ToolkitFile& file) {
+    XmpFileType format = XMP_FT_UNKNOWN;
+    return xmp_files_get_file_info(file.Get(), nullptr, nullptr, &format, nullptr) ? format : XMP_FT_UNKNOWN;
 }
 
 /// On a stack that holds what the toolkit makes of the file. A tree that it returns is no deeper than kMaxPacketDepth.
 FileXMP ReadWithEnoughStack(const std::string& nativePath) {
     const QuietToolkit quiet;
-    const std::uint32_t format = xmp_files_check_file_format(nativePath.c_str());
-    if (IsUnsafeFormat(format)) {
+    if (IsUnsafeFormat(nativePath)) {
         return ReadFailure(FileStatus::kFileStatus_UnknownFormat);
     }
     const ToolkitFile file(nativePath, XMP_OPEN_READ);
     if (!file.IsOpen()) {
-        const bool isMedium = format != XMP_FT_UNKNOWN;
+        const bool isMedium = xmp_files_check_file_format(nativePath.c_str()) != XMP_FT_UNKNOWN;
         return ReadFailure(isMedium ? FileStatus::kFileStatus_DamagedFile : FileStatus::kFileStatus_UnknownFormat);
     }
-    ToolkitRead read = ReadWithToolkit(file);
-    if (read.mIsDamaged || (read.mTree && !Repair(read, nativePath, format))) {
+    const std::uint32_t format = FormatOf(file);
+    const ToolkitRead read = ReadWithToolkit(file);
+    // The property by which the first packet of a JPEG file refers to the others.
+    const bool isExtended = format == XMP_FT_JPEG && read.mPacket.find("HasExtendedXMP") != UTF8String::npos;
+    const ExtendedPackets extended = isExtended ? ExtendedJpegPackets(nativePath) : ExtendedPackets();
+    if (read.mIsDamaged || (read.mTree && !Repair(read, extended.mTexts))) {
         return ReadFailure(FileStatus::kFileStatus_DamagedXMP);
     }
     FileXMP result;
     const MediaFormat* const known = FindMediaFormat(format);
-    result.mCanWrite = known != nullptr && known->mCanWrite;
+    result.mIsWhole = extended.mIsComplete;
+    result.mCanWrite = known != nullptr && known->mCanWrite && result.mIsWhole;
     const bool isEmpty =
         !read.mTree || (read.mPacket.empty() && Nodes(read.mTree.get(), {}, {}, Walk::kJustChildren).empty());
     result.mStatus = isEmpty ? StatusWithoutXMP(format, nativePath) : FileStatus::kFileStatus_Success;
@@ -148,8 +173,7 @@ FileXMP ReadWithEnoughStack(const std::string& nativePath) {
     return result;
 }
 
-FileXMP ReadNativePath(const std::string& nativePath) {
-    const std::uint64_t size = StampOf(nativePath).mSize;
+FileXMP ReadNativePath(const std::string& nativePath, std::uint64_t size) {
     if (size > kCoveredFileBytes && IsNestedTooDeep(nativePath)) {
         return ReadFailure(FileStatus::kFileStatus_DamagedXMP, "nested too deep");
     }
@@ -214,7 +238,7 @@ bool PutTree(const std::string& workingCopy, XMPMetaHandle tree) {
 /// Why the working copy is not what the file is to become; empty when it is.
 UTF8String Verify(const MediaFormat& format, const std::string& original, const std::string& workingCopy,
                   XMPMetaHandle tree) {
-    const FileXMP written = ReadNativePath(workingCopy);
+    const FileXMP written = ReadNativePath(workingCopy, StampOf(workingCopy).mSize);
     if (!written.mTree) {
         return "the written metadata does not read back";
     }
@@ -234,9 +258,12 @@ WriteOutcome Committed(FileReplacement& replacement, const std::string& nativePa
 }
 
 WriteOutcome WriteNativePath(const MediaPath& target, XMPMetaHandle tree) {
-    const FileXMP current = ReadNativePath(target.mNative);
+    const FileXMP current = ReadNativePath(target.mNative, target.mStamp.mSize);
     if (current.mStatus != FileStatus::kFileStatus_Success && current.mStatus != FileStatus::kFileStatus_NoXMP) {
         return WriteFailure(current.mStatus, current.mDetail);
+    }
+    if (!current.mIsWhole) {
+        return WriteFailure(FileStatus::kFileStatus_DamagedXMP, "a part of its extended XMP is missing");
     }
     const MediaFormat* const format = FindMediaFormat(xmp_files_check_file_format(target.mNative.c_str()));
     if (format == nullptr || !format->mCanWrite) {
@@ -266,7 +293,7 @@ FileXMP ReadFileXMP(const UTF16String& path) {
     }
     FileXMP file;
     try {
-        file = ReadNativePath(resolved.mNative);
+        file = ReadNativePath(resolved.mNative, resolved.mStamp.mSize);
     } catch (const XMPError& error) {
         file = ReadFailure(FileStatus::kFileStatus_DamagedXMP, error.what());
     }

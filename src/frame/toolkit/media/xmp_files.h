@@ -11,7 +11,9 @@ struct FileXMP {
     XMPMetaPtr mTree;        ///< set when the status is kFileStatus_Success
     UTF8String mDetail;      ///< the reason in English where more is known, for example the system's text for an errno
     bool mCanWrite = false;  ///< the format is one that WriteFileXMP can write
-    FileStamp mStamp;        ///< of the file as it was read
+    /// False when parts of the metadata are missing, which a write would then drop for good.
+    bool mIsWhole = true;
+    FileStamp mStamp;  ///< of the file as it was read
 };
 
 /// Reads a file. The status is kFileStatus_Success only when the file carries XMP (or native metadata that the toolkit presents as such).

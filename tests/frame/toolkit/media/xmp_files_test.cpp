@@ -166,14 +166,20 @@ TEST_F(XMPFiles, PutExtendedPacketsTogether) {
     const auto path = Copy("plain.jpg");
     const XMPMetaPtr tree = PairTree(200000);
     ASSERT_EQ(Write(path, Read(path), tree.get()).mStatus, FileStatus::kFileStatus_Success);
-    const auto packets = ExtendedJpegPackets(path.string());
+    const auto packets = ExtendedJpegPackets(path.string()).mTexts;
     ASSERT_EQ(packets.size(), 1U);
     const XMPMetaPtr extended = NewTree();
     EXPECT_TRUE(ParsePacket(extended.get(), packets[0]));
     std::string bytes = support::ReadFile(path);
     const std::size_t part = bytes.rfind("http://ns.adobe.com/xmp/extension/");
     bytes[part] = 'x';
-    EXPECT_TRUE(ExtendedJpegPackets(mFolder.Write("missing-part.jpg", bytes).string()).empty());
+    const std::filesystem::path partial = mFolder.Write("missing-part.jpg", bytes);
+    EXPECT_TRUE(ExtendedJpegPackets(partial.string()).mTexts.empty());
+    // What is left of the metadata is shown; writing it would drop the rest for good.
+    EXPECT_EQ(Read(partial).mStatus, FileStatus::kFileStatus_Success);
+    EXPECT_FALSE(Read(partial).mCanWrite);
+    EXPECT_EQ(Edit(partial, "new").mStatus, FileStatus::kFileStatus_DamagedXMP);
+    EXPECT_EQ(support::ReadFile(partial), bytes);
 }
 
 }  // namespace

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <initializer_list>
+#include <string>
+
+namespace zephcore {
+
+/// The locale that the first of the environment @p variables names that is set, as "language_TERRITORY", without
+/// encoding or modifier; "en_US" when none is. "C" and "POSIX" count as not set.
+std::string EnvironmentLocale(std::initializer_list<const char*> variables);
+
+}  // namespace zephcore

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "zephmetadata/views.h"
+
+namespace zephmetadata {
+
+/// Registers a view; false for a null one, and for one whose name is taken, which is reported with @p source as
+/// context.
+bool AddViewDefinition(sp<ViewDefinition> view, const UTF16String& source);
+void ClearViewDefinitions();
+
+}  // namespace zephmetadata

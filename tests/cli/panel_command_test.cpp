@@ -1,0 +1,172 @@
+#include "cli/cli_runner.h"
+
+namespace cli {
+namespace {
+
+using Panels = CliTest;
+
+TEST_F(Panels, ReadLikeAPhotographersNotes) {
+    EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--view", "camera"}),
+              (Outcome{0,
+                       "Camera Data\n"
+                       "  Camera Information\n"
+                       "    Camera Make   Lumenta\n"
+                       "    Camera Model  Lumenta L40\n"
+                       "    Lens          Lumenta 24-70mm F4\n"
+                       "  Shot Information\n"
+                       "    Focal Length  50 mm (50 mm in 35 mm film)\n"
+                       "    Exposure      1/250 sec, f/8, ISO 200, Aperture Priority, Pattern\n"
+                       "    Orientation   Normal\n"
+                       "    Resolution    72 pixels per inch\n"
+                       "    Flash         Did Not Fire, No Detection Function, Mode: Compulsory\n"
+                       "                  Suppression\n",
+                       ""}));
+    EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--view", "com.corvid.xmp.view.gps"}).mOutput,
+              "GPS Data\n"
+              "  Camera Location\n"
+              "    Coordinates  58° 58' 11.88\" N, 5° 43' 59.22\" E\n"
+              "    Altitude     4 m above sea level\n"
+              "    GPS Version  2.3.0.0\n");
+}
+
+/// The first item with a path, wherever it is nested; null when there is none.
+Json Find(const Json& items, const std::string& path) {
+    for (const Json& item : items) {
+        if (item.value("path", "") == path) {
+            return item;
+        }
+        if (Json found = Find(item.value("items", Json::array()), path); !found.is_null()) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+TEST_F(Panels, AsJsonHoldWhatAnotherProgramNeedsToDrawThem) {
+    ASSERT_EQ(Zephmeta({"set", "harbour.jpg", "plus:ImageCreator[1]/plus:ImageCreatorName=Ines",
+                        "Iptc4xmpExt:LocationShown[1]/Iptc4xmpExt:City=Kiel",
+                        "Iptc4xmpExt:LocationShown[2]/Iptc4xmpExt:City=Hamburg"})
+                  .mStatus,
+              0);
+    const Json basic = Json::parse(Zephmeta({"panel", "harbour.jpg", "--json"}).mOutput);
+    EXPECT_EQ(basic.at("view"), "com.corvid.xmp.view.basic");
+    EXPECT_EQ(basic.at("files"), Json({"harbour.jpg"}));
+    const Json marked = Find(basic.at("items"), "xmpRights:Marked");
+    EXPECT_EQ(marked.at("kind"), "property");
+    EXPECT_EQ(marked.at("widget"), "dropdown");
+    EXPECT_EQ(marked.at("state"), "value");
+    EXPECT_EQ(marked.at("value"), "Copyrighted");
+    EXPECT_EQ(marked.at("raw"), "True");
+    EXPECT_EQ(marked.at("writable"), true);
+    EXPECT_EQ(marked.at("choices").size(), 3U);
+    const Json absent = Find(basic.at("items"), "tessera:CaptionWriter");
+    EXPECT_EQ(absent.at("state"), "none");
+    EXPECT_FALSE(absent.contains("value"));
+
+    const Json extension =
+        Json::parse(Zephmeta({"panel", "harbour.jpg", "--view", "iptcextension", "--format", "json"}).mOutput);
+    const Json location = Find(extension.at("items"), "Iptc4xmpExt:LocationShown");
+    EXPECT_EQ(location.at("items").at(1).at("kind"), "section");
+    EXPECT_EQ(Find(location.at("items"), "Iptc4xmpExt:LocationShown[2]/Iptc4xmpExt:City").at("value"), "Hamburg");
+    EXPECT_EQ(Find(extension.at("items"), "plus:ImageCreator[1]/plus:ImageCreatorName").at("value"), "Ines");
+}
+
+TEST_F(Panels, SayWhatCannotBeShown) {
+    EXPECT_EQ(Zephmeta({"panel", "plain.png"}).mStatus, 0);
+    EXPECT_EQ(Zephmeta({"panel", "plain.png", "--view", "camera"}),
+              (Outcome{0, "Camera Data: nothing recorded\n", ""}));
+    EXPECT_EQ(Zephmeta({"panel", "broken-packet.jpg"}), (Outcome{1, "", kBrokenPacket}));
+    EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--view", "nope"}),
+              (Outcome{1, "", "zephmeta: no view is named \"nope\"; \"zephmeta views\" lists them\n"}));
+    EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--format", "pdf"}).mStatus, 2);
+    EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--all", "--view", "gps"}).mStatus, 2);
+}
+
+TEST_F(Panels, AreListedWithTheirItems) {
+    const std::string list = Zephmeta({"views"}).mOutput;
+    EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 10);
+    EXPECT_THAT(list, ::testing::HasSubstr("com.corvid.xmp.view.gps               GPS Data\n"));
+    const std::string origin = Zephmeta({"views", "origin"}).mOutput;
+    EXPECT_THAT(origin,
+                ::testing::HasSubstr("  tessera:Country  Country\n  [separator]\n  tessera:Credit  Credit Line\n"));
+    const Json views = Json::parse(Zephmeta({"views", "--json", "--lang", "de"}).mOutput);
+    ASSERT_EQ(views.size(), 10U);
+    EXPECT_EQ(views.at(2).at("pruneEmptyProperties"), true);
+    EXPECT_EQ(views.at(2).at("items").at(0).at("kind"), "section");
+    EXPECT_EQ(Zephmeta({"views", "nope"}).mStatus, 1);
+}
+
+TEST_F(Panels, SpeakTheLanguageThatIsAskedFor) {
+    const std::string text = Zephmeta({"--lang", "de_AT", "panel", "harbour.jpg"}).mOutput;
+    EXPECT_THAT(text, ::testing::HasSubstr("  Titel "));
+    EXPECT_EQ(text.find("$$$"), std::string::npos);
+    EXPECT_EQ(text.find("Title"), std::string::npos);
+}
+
+/// What a person would see of a page, as a browser renders it.
+class Pages : public CliTest {
+protected:
+    /// Measures the page in a window of @p width pixels; null without a browser.
+    Json Seen(const std::string& page, int width, const std::string& option = "--disable-gpu") const {
+        constexpr const char* kMeasure =
+            "<script>addEventListener('load', () => { const b = document.body, e = document.documentElement;"
+            "const seen = {text: b.innerText, overflows: e.scrollWidth > e.clientWidth,"
+            "picture: (document.querySelector('img') || {}).naturalWidth || 0,"
+            "paper: getComputedStyle(b).backgroundColor, ink: getComputedStyle(b).color,"
+            "beside: [...document.querySelectorAll('dt')].filter(t => t.offsetParent && t.nextSibling.offsetTop ==="
+            " t.offsetTop).length, labels: [...document.querySelectorAll('dd')].filter(d => d.offsetParent &&"
+            " document.getElementById(d.getAttribute('aria-labelledby')) === d.previousSibling).length,"
+            "values: document.querySelectorAll('dd').length};"
+            "b.innerHTML = ''; const out = document.createElement('pre'); out.id = 'seen';"
+            "out.textContent = btoa(unescape(encodeURIComponent(JSON.stringify(seen)))); b.append(out); });</script>";
+        Write("page.html", page + kMeasure);
+        const Outcome outcome = RunProgram(
+            At("").parent_path(), "chromium",
+            {"--headless", "--no-sandbox", option, "--user-data-dir=" + At("profile").string(),
+             "--window-size=" + std::to_string(width) + ",1600", "--dump-dom", "file://" + At("page.html").string()});
+        const std::size_t begin = outcome.mOutput.find("<pre id=\"seen\">");
+        if (begin == std::string::npos) {
+            ADD_FAILURE() << outcome;
+            return nullptr;
+        }
+        const std::string encoded = outcome.mOutput.substr(begin + 15, outcome.mOutput.find("</pre>") - begin - 15);
+        Write("seen.b64", encoded);
+        return Json::parse(RunProgram(At("").parent_path(), "base64", {"-d", "seen.b64"}).mOutput);
+    }
+};
+
+TEST_F(Pages, ShowTheirValuesInABrowser) {
+    if (!std::filesystem::exists("/usr/bin/chromium")) {
+        GTEST_SKIP() << "no chromium on this machine";
+    }
+    ASSERT_EQ(Zephmeta({"set", "harbour.jpg", "dc:source=<script>document.title=1</script>&amp;", "dc:title=<b>Boats"})
+                  .mStatus,
+              0);
+    const Outcome page = Zephmeta({"panel", "harbour.jpg", "--all", "--format", "html"});
+    ASSERT_EQ(page.mStatus, 0);
+    EXPECT_EQ(page.mOutput.find("src=\"http"), std::string::npos) << "needs the network";
+
+    const Json wide = Seen(page.mOutput, 1000);
+    ASSERT_FALSE(wide.is_null());
+    const std::string text = wide.at("text");
+    for (const char* const visible :
+         {"harbour.jpg", "<b>Boats", "1/250 sec, f/8, ISO 200, Aperture Priority, Pattern",
+          "58° 58' 11.88\" N, 5° 43' 59.22\" E", "Copyrighted", "https://calder.example/licence", "DICOM"}) {
+        EXPECT_THAT(text, ::testing::HasSubstr(visible));
+    }
+    EXPECT_FALSE(wide.at("overflows"));
+    EXPECT_GT(wide.at("beside"), 20) << "labels stand beside their values";
+    EXPECT_EQ(wide.at("labels"), wide.at("values")) << "each value is labelled for screen readers";
+
+    const Json narrow = Seen(page.mOutput, 500);
+    EXPECT_FALSE(narrow.at("overflows"));
+    EXPECT_EQ(narrow.at("beside"), 0) << "labels stand above their values";
+
+    const Json dark = Seen(page.mOutput, 1000, "--blink-settings=preferredColorScheme=0");
+    EXPECT_EQ(dark.at("text"), text);
+    EXPECT_NE(dark.at("paper"), wide.at("paper"));
+    EXPECT_NE(dark.at("ink"), wide.at("ink"));
+}
+
+}  // namespace
+}  // namespace cli

@@ -1,0 +1,218 @@
+#include "command_line.h"
+
+#include <array>
+#include <cstdlib>
+#include <map>
+#include <memory>
+
+#include "commands.h"
+#include "session.h"
+#include "zephcore/environment.h"
+
+namespace zephmeta {
+
+namespace {
+
+/// The arguments of a command live as long as the command does, in what it runs.
+template <typename Arguments>
+std::shared_ptr<Arguments> Kept() {
+    return std::make_shared<Arguments>();
+}
+
+using Texts = std::vector<std::string>;
+
+}  // namespace
+
+CommandLine::CommandLine(CLI::App& app) : mApp(app) {
+    AddCommonOptions(app);
+    AddReading();
+    AddWriting();
+    AddPanels();
+    AddRegistry();
+    AddAuthoring();
+}
+
+void CommandLine::AddCommonOptions(CLI::App& app) {
+    app.add_flag("--json", mJson, "Print JSON instead of text");
+    app.add_option("--lang", mLanguage, "Language of labels and texts, for example de or fr_FR")->type_name("LANG");
+}
+
+CLI::App* CommandLine::Add(CLI::App& parent, const char* name, const char* description, const char* example) {
+    CLI::App* const command = parent.add_subcommand(name, description);
+    command->footer(std::string("Example:\n  ") + example);
+    AddCommonOptions(*command);
+    return command;
+}
+
+void CommandLine::OnRunAlone(CLI::App* command, std::function<int()> run) {
+    command->final_callback([this, run = std::move(run)] {
+        if (!mLanguage.empty()) {
+            setenv("ZEPHCORE_LANGUAGE", mLanguage.c_str(), 1);
+        }
+        zephcore::SetSuiteClientName(u"zephmeta");
+        mStatus = run();
+    });
+}
+
+void CommandLine::OnRun(CLI::App* command, std::function<int()> run) {
+    OnRunAlone(command, [run = std::move(run)] {
+        const Session session;
+        return run();
+    });
+}
+
+void CommandLine::AddReading() {
+    CLI::App* const dump = Add(mApp, "dump", "Print every value of the files", "zephmeta dump photo.jpg");
+    const auto dumped = Kept<Texts>();
+    dump->add_option("FILE", *dumped, "Media files and .xmp sidecars")->required();
+    OnRun(dump, [this, dumped] { return Dump(*dumped, mJson); });
+
+    struct GetRequest {
+        std::string mFile;
+        Texts mPaths;
+        bool mRaw = false;
+    };
+    CLI::App* const get = Add(mApp, "get", "Print the values at some paths, one a line",
+                              "zephmeta get photo.jpg dc:title dc:subject[1] xmp:Rating");
+    const auto wanted = Kept<GetRequest>();
+    get->add_option("FILE", wanted->mFile, "A media file or .xmp sidecar")->required();
+    get->add_option("PATH", wanted->mPaths, "prefix:name, prefix:name[2], prefix:struct/prefix:field")->required();
+    get->add_flag("--raw", wanted->mRaw, "Print the stored text instead of the display text");
+    OnRun(get, [this, wanted] { return Get(wanted->mFile, wanted->mPaths, wanted->mRaw, mJson); });
+
+    CLI::App* const validate =
+        Add(mApp, "validate", "Hold the XMP of files against the definitions", "zephmeta validate photo.jpg");
+    const auto validated = Kept<Texts>();
+    validate->add_option("FILE", *validated, "Media files and .xmp sidecars")->required();
+    OnRun(validate, [this, validated] { return Validate(*validated, mJson); });
+}
+
+void CommandLine::AddWriting() {
+    CLI::App* const set = Add(mApp, "set", "Change values and write the files",
+                              "zephmeta set photo.jpg dc:title=\"New\" --add dc:subject=pier xmp:Rating=2");
+    const auto edits = Kept<SetRequest>();
+    set->add_option("FILE|PATH=VALUE", edits->mArguments, "Files to change, and values to set in each of them")
+        ->required();
+    set->add_option("--add", edits->mAdditions, "Append an item to a list")
+        ->type_name("PATH=VALUE")
+        ->allow_extra_args(false);
+    set->add_option("--delete", edits->mDeletions, "Remove a value, an item or a language")
+        ->type_name("PATH")
+        ->allow_extra_args(false);
+    OnRun(set, [this, edits] { return Set(*edits, mJson); });
+
+    using namespace zephmetadata;
+    static const std::map<std::string, TemplateImportOptions> modes = {
+        {"add", kTemplateImport_Add}, {"replace", kTemplateImport_Replace}, {"clear", kTemplateImport_ClearAndReplace}};
+    CLI::App* const apply = Add(mApp, "apply", "Merge the XMP of a template into files and write them",
+                                "zephmeta apply template.xmp photo.jpg --mode replace --dry-run");
+    const auto merge = Kept<ApplyRequest>();
+    apply->add_option("TEMPLATE", merge->mTemplate, "A sidecar, or a media file with the values to apply")->required();
+    apply->add_option("FILE", merge->mFiles, "Files to change")->required();
+    apply
+        ->add_option("--mode", merge->mMode,
+                     "add: only what a file lacks; replace: what the template has; clear: as replace, and remove "
+                     "everything that people edit and the template lacks")
+        ->transform(CLI::CheckedTransformer(modes))
+        ->type_name("add|replace|clear")
+        ->default_str("add");
+    apply->add_flag("--dry-run", merge->mDryRun, "List what would change, and write nothing");
+    OnRun(apply, [this, merge] { return Apply(*merge, mJson); });
+}
+
+void CommandLine::AddPanels() {
+    CLI::App* const panel =
+        Add(mApp, "panel", "Show a file as a panel of an editor would", "zephmeta panel photo.jpg --view camera");
+    const auto request = Kept<PanelRequest>();
+    panel->add_option("FILE", request->mFile, "A media file or .xmp sidecar")->required();
+    CLI::Option* const view = panel->add_option("--view", request->mView, "The view, for example basic, camera or gps")
+                                  ->type_name("NAME")
+                                  ->capture_default_str();
+    panel->add_flag("--all", request->mAll, "Every view, one after the other")->excludes(view);
+    panel->add_option("--format", request->mFormat, "text, html (one page to pass on) or json")
+        ->check(CLI::IsMember({"text", "html", "json"}))
+        ->type_name("FORMAT")
+        ->capture_default_str();
+    OnRun(panel, [this, request] {
+        request->mFormat = mJson ? "json" : request->mFormat;
+        return ShowPanel(*request);
+    });
+}
+
+void CommandLine::AddRegistry() {
+    struct ListRow {
+        const char* mName;
+        const char* mDescription;
+        const char* mExample;
+        const char* mArgument;
+        const char* mArgumentDescription;
+        int (*mShow)(const std::string& name, bool json);
+    };
+    static const auto rows = std::to_array<ListRow>({
+        {"schemas", "List the schemas, or the properties of one", "zephmeta schemas dc", "PREFIX",
+         "The prefix of one schema", ShowSchemas},
+        {"types", "List the value types, or what one is made of", "zephmeta types thumbnail", "ID",
+         "The id of one type", ShowTypes},
+        {"views", "List the views, or the items of one", "zephmeta views camera", "NAME", "The name of one view",
+         ShowViews},
+    });
+    for (const ListRow& row : rows) {
+        CLI::App* const list = Add(mApp, row.mName, row.mDescription, row.mExample);
+        const auto name = Kept<std::string>();
+        list->add_option(row.mArgument, *name, row.mArgumentDescription);
+        OnRun(list, [this, name, show = row.mShow] { return show(*name, mJson); });
+    }
+}
+
+void CommandLine::AddAuthoring() {
+    CLI::App* const check = Add(mApp, "check", "Report the problems of definitions, views and path documents",
+                                "zephmeta check my_schema.xml my_view.xml");
+    const auto documents = Kept<Texts>();
+    check->add_option("DOCUMENT", *documents, "Documents to read")->required();
+    OnRunAlone(check, [this, documents] { return CheckDocuments(*documents, mJson); });
+
+    CLI::App* const schema = mApp.add_subcommand("schema", "Write a definitions document without writing XML");
+    schema->require_subcommand(1);
+    CLI::App* const create = Add(*schema, "new", "Make a document with an empty schema",
+                                 "zephmeta schema new tides.xml --namespace http://example.org/tides/ --prefix tides");
+    const auto made = Kept<SchemaRequest>();
+    create->add_option("DOCUMENT", made->mFile, "The file to make")->required();
+    create->add_option("--namespace", made->mNamespace, "The namespace URI")->required();
+    create->add_option("--prefix", made->mPrefix, "The prefix that people write")->required();
+    create->add_option("--label", made->mLabel, "The name that panels show");
+    create->add_option("--description", made->mDescription, "What the schema is for");
+    OnRun(create, [made] { return NewSchema(*made); });
+
+    CLI::App* const add = Add(*schema, "add-property", "Add a property to a schema of a document",
+                              "zephmeta schema add-property tides.xml height --type real --label \"Tide Height\"");
+    const auto property = Kept<PropertyRequest>();
+    add->add_option("DOCUMENT", property->mFile, "The file to change")->required();
+    add->add_option("NAME", property->mName, "The name of the property")->required();
+    using TextOption = std::pair<const char*, std::pair<std::string*, const char*>>;
+    const auto options = std::to_array<TextOption>({
+        {"--type", {&property->mType, "Its type; \"zephmeta types\" lists them"}},
+        {"--element-type", {&property->mElementType, "The type of an array's items or a choice's values"}},
+        {"--label", {&property->mLabel, "The name that panels show"}},
+        {"--description", {&property->mDescription, "What its values mean"}},
+        {"--pattern", {&property->mPattern, "A regular expression that its values match"}},
+        {"--min", {&property->mMin, "The least number"}},
+        {"--max", {&property->mMax, "The greatest number"}},
+        {"--prefix", {&property->mPrefix, "The schema, where the document has several"}},
+    });
+    for (const auto& [name, option] : options) {
+        add->add_option(name, *option.first, option.second)->capture_default_str();
+    }
+    add->add_option("--choice", property->mChoices, "One value of a choice, with its label")
+        ->type_name("VALUE=LABEL")
+        ->allow_extra_args(false);
+    add->add_flag("--internal", property->mInternal, "Kept by programs rather than edited by people");
+    OnRun(add, [property] { return AddProperty(*property); });
+
+    CLI::App* const show =
+        Add(*schema, "show", "Print a document as it would be written", "zephmeta schema show tides.xml");
+    const auto shown = Kept<std::string>();
+    show->add_option("DOCUMENT", *shown, "A definitions document")->required();
+    OnRun(show, [shown] { return ShowSchemaDocument(*shown); });
+}
+
+}  // namespace zephmeta

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+
+namespace zephmeta {
+
+/// The commands with their options. Parsing runs the one that is named.
+class CommandLine {
+public:
+    /// Adds the commands to @p app, which has to be parsed while this object lives.
+    explicit CommandLine(CLI::App& app);
+
+    /// The exit status of the command that ran.
+    int Status() const { return mStatus; }
+
+private:
+    void AddReading();
+    void AddWriting();
+    void AddPanels();
+    void AddRegistry();
+    void AddAuthoring();
+
+    /// A command with the options that every command takes, before or after its name.
+    CLI::App* Add(CLI::App& parent, const char* name, const char* description, const char* example);
+    void AddCommonOptions(CLI::App& app);
+    /// Has @p command run between the library's start and its stop.
+    void OnRun(CLI::App* command, std::function<int()> run);
+    /// The same for one that starts and stops the library itself.
+    void OnRunAlone(CLI::App* command, std::function<int()> run);
+
+    CLI::App& mApp;
+    bool mJson = false;
+    std::string mLanguage;
+    int mStatus = 0;
+};
+
+}  // namespace zephmeta

@@ -1,0 +1,158 @@
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iostream>
+
+#include "commands.h"
+#include "console.h"
+#include "media_file.h"
+#include "panel_output.h"
+#include "thumbnail.h"
+#include "zephcore/environment.h"
+#include "zephcore/text.h"
+
+namespace zephmeta {
+
+namespace {
+
+using namespace zephmetadata;
+
+/// What every built-in view's name begins with; people leave it out.
+constexpr std::string_view kOwnViews = "com.corvid.xmp.view.";
+
+sp<ViewDefinition> FindView(const std::string& name) {
+    const sp<ViewDefinition> view = GetViewDefinitionForName(name);
+    return view ? view : GetViewDefinitionForName(std::string(kOwnViews) + name);
+}
+
+std::vector<sp<ViewDefinition>> AllViews() {
+    std::vector<sp<ViewDefinition>> views;
+    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
+        views.push_back(view);
+    }
+    return views;
+}
+
+TextStyle TerminalStyle() {
+    TextStyle style;
+    if (isatty(STDOUT_FILENO) == 0) {
+        return style;
+    }
+    constexpr std::size_t kLeastColumns = 40;
+    winsize size{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+        style.mColumns = std::max<std::size_t>(size.ws_col, kLeastColumns);
+    }
+    style.mColour = std::getenv("NO_COLOR") == nullptr;
+    return style;
+}
+
+std::string PageLanguage() {
+    std::string language = zephcore::UTF16to8(zephcore::Locale::ApplicationLangauge());
+    std::replace(language.begin(), language.end(), '_', '-');
+    return language;
+}
+
+void Print(const PanelRequest& request, const MediaFile& media, const std::vector<Panel>& panels) {
+    if (request.mFormat == "html") {
+        const MetaDataReadAccess access(media.Provider());
+        // The name alone: the page is passed on, and the folder is nobody else's business.
+        const std::string name = media.Name().substr(media.Name().rfind('/') + 1);
+        PrintPage({name, PageLanguage(), Thumbnail(media.Name(), *access)}, panels, std::cout);
+        return;
+    }
+    const TextStyle style = TerminalStyle();
+    for (const Panel& panel : panels) {
+        if (request.mFormat == "json") {
+            std::cout << JsonLine(ToJson(panel, {media.Name()})) << '\n';
+        } else {
+            PrintText(panel, style, std::cout);
+            std::cout << (&panel == &panels.back() ? "" : "\n");
+        }
+    }
+}
+
+}  // namespace
+
+int ShowPanel(const PanelRequest& request) {
+    Problems problems;
+    LoadAllViewDefinitions();
+    problems.ReportCollected({});
+    std::vector<sp<ViewDefinition>> views = AllViews();
+    if (!request.mAll) {
+        views = {FindView(request.mView)};
+        if (!views.front()) {
+            problems.Report({}, "no view is named \"" + request.mView + "\"; \"zephmeta views\" lists them");
+            return problems.ExitStatus();
+        }
+    }
+    const MediaFile media(request.mFile);
+    if (const std::string problem = media.ReadProblem(); !problem.empty()) {
+        problems.Report(request.mFile, problem);
+        return problems.ExitStatus();
+    }
+    std::vector<Panel> panels;
+    panels.reserve(views.size());
+    const Detail detail = request.mFormat == "json"   ? Detail::kAll
+                          : request.mFormat == "html" ? Detail::kDescriptions
+                                                      : Detail::kValues;
+    for (const auto& view : views) {
+        panels.push_back(BuildPanel(view, media.Provider(), detail));
+    }
+    problems.ReportCollected(request.mFile);
+    Print(request, media, panels);
+    return problems.ExitStatus();
+}
+
+namespace {
+
+std::string ItemLine(const PanelItem& item) {
+    if (item.mKind == PanelItem::Kind::kProperty) {
+        return item.mPath + "  " + OneLine(item.mLabel);
+    }
+    return "[" + item.mWidget + "]" + (item.mLabel.empty() ? "" : "  " + OneLine(item.mLabel));
+}
+
+void PrintItems(const std::vector<PanelItem>& items, std::size_t indent) {
+    for (const PanelItem& item : items) {
+        std::cout << std::string(indent, ' ') << ItemLine(item) << '\n';
+        PrintItems(item.mItems, indent + 2);
+    }
+}
+
+}  // namespace
+
+int ShowViews(const std::string& name, bool json) {
+    Problems problems;
+    LoadAllViewDefinitions();
+    problems.ReportCollected({});
+    std::vector<sp<ViewDefinition>> views = AllViews();
+    if (!name.empty()) {
+        views = {FindView(name)};
+        if (!views.front()) {
+            problems.Report({}, "no view is named \"" + name + "\"; \"zephmeta views\" lists them");
+            return problems.ExitStatus();
+        }
+    }
+    Json list = Json::array();
+    for (const auto& view : views) {
+        const Panel panel = DescribeView(view);
+        if (json) {
+            list.push_back(DescriptionJson(panel));
+        } else {
+            constexpr std::size_t kNameColumns = 36;
+            std::cout << Padded(panel.mName, kNameColumns) << "  " << OneLine(panel.mLabel) << '\n';
+            if (!name.empty()) {
+                PrintItems(panel.mItems, 2);
+            }
+        }
+    }
+    if (json) {
+        std::cout << JsonPage(list) << '\n';
+    }
+    return problems.ExitStatus();
+}
+
+}  // namespace zephmeta
