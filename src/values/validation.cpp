@@ -181,7 +181,6 @@ private:
     /// The items of an array; @p array is its definition where that says more of the items than the type does.
     void Items(std::size_t index, std::size_t end, const UTF8String& typeId, const EntryDefinition* array) {
         const auto elementType = (array != nullptr ? ElementTypeIdOf(*array) : ElementTypeIdOf(typeId));
-        const sp<TypeDefinition> type = TypeIdDefinition(typeId);
         const EntryDefinition none;
         const EntryDefinition& ofItems = array != nullptr ? *array : none;
         for (std::size_t below = index + 1; below < end;) {

@@ -13,9 +13,6 @@ namespace {
 using Kind = PanelItem::Kind;
 using State = PanelItem::State;
 
-constexpr const char* kMixed = "$$$/metadataui/value/mixed_label=different values";
-constexpr const char* kNothing = "$$$/metadataui/value/none_label=nothing recorded";
-
 constexpr std::string_view kStyle = R"css(
 :root { color-scheme: light dark; --ink: #1c1d20; --soft: #5d6169; --rule: #dcdee3; --paper: #f5f6f8; --card: #fff; --mark: #1d5fa8; }
 @media (prefers-color-scheme: dark) {

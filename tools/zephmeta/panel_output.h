@@ -10,6 +10,10 @@
 /// The three forms of a panel. What they print of a file is harmless to terminals and browsers.
 namespace zephmeta {
 
+/// What people read in place of a value.
+inline constexpr const char* kMixed = "$$$/metadataui/value/mixed_label=different values";
+inline constexpr const char* kNothing = "$$$/metadataui/value/none_label=nothing recorded";
+
 struct TextStyle {
     std::size_t mColumns = 80;
     bool mColour = false;

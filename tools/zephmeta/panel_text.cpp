@@ -11,8 +11,6 @@ namespace {
 using Kind = PanelItem::Kind;
 using State = PanelItem::State;
 
-constexpr const char* kMixed = "$$$/metadataui/value/mixed_label=different values";
-constexpr const char* kNothing = "$$$/metadataui/value/none_label=nothing recorded";
 constexpr std::string_view kNoValue = "\u2013";
 constexpr std::size_t kIndent = 2;
 constexpr std::size_t kWidestLabel = 36;
