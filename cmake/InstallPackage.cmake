@@ -9,7 +9,7 @@ install(TARGETS zephmetadata EXPORT zephmetadata-targets
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/zephmetadata
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 # Of the platform component what exports something: the public headers need base.h and files.h, hosts the others.
-foreach(header IN ITEMS base environment files localizer text)
+foreach(header IN ITEMS base environment files localizer text xml)
   install(FILES ${PROJECT_SOURCE_DIR}/include/zephcore/${header}.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zephcore)
 endforeach()

@@ -28,8 +28,9 @@ public:
     UTF16String FullPath() const;  ///< as given, without a trailing slash (but for the root)
     UTF16String GetName() const;
     bool Exists() const;
-    bool Create() const;  ///< this folder only; true when it exists afterwards
-    bool Delete() const;  ///< the folder and all that is in it, links not followed; true when it is gone
+    bool IsReadable() const;  ///< whether what is in it can be listed
+    bool Create() const;      ///< this folder only; true when it exists afterwards
+    bool Delete() const;      ///< the folder and all that is in it, links not followed; true when it is gone
 
     /// The files (subfolders) of the folder, links to such included, in byte order of their names. An unreadable folder
     /// has none.
@@ -98,6 +99,11 @@ bool EnsureDirectoryExists(const UTF16String& path);  ///< with all missing pare
 bool FileOrDirExists(const UTF16String& path);
 bool FileExists(const UTF16String& path);
 bool IsDir(const UTF16String& path);
+bool IsLink(const UTF16String& path);  ///< whether @p path itself is a symbolic link, to anything or nothing
+/// The length in bytes of a regular file, links followed; absent for anything else.
+std::optional<std::uint64_t> FileLength(const UTF16String& path);
+/// The absolute path of what is at @p path, with every link followed; absent when there is nothing.
+std::optional<UTF16String> CanonicalPath(const UTF16String& path);
 /// Copies a regular file's bytes; replaces @p to whole or not at all.
 bool Copy(const UTF16String& from, const UTF16String& to);
 bool RemoveFile(const UTF16String& path);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <list>
+#include <map>
 #include <memory>
 #include <set>
 #include <vector>
@@ -188,6 +188,119 @@ private:
 
     struct FileState;
     std::unique_ptr<FileState> mFile;
+};
+
+/// A provider that presents other providers (its inner providers) as one tree and writes changes back through them. It
+/// builds its tree anew whenever one of them says that its tree was replaced, and registers the dynamic schemas that it
+/// finds in their trees. Inner providers stay alive with it; a proxy may itself be an inner provider of another.
+class ZEPHMETADATA_EXPORT ProxyProviderImpl : public TypicalProviderImpl {
+public:
+    /// Detaches from the inner providers, which call back no more.
+    ~ProxyProviderImpl() override;
+
+    /// Whether every inner provider does; true for none.
+    bool WritesOwnChangeList() override;
+
+protected:
+    ProxyProviderImpl();
+    explicit ProxyProviderImpl(const PolyRange<sp<MetaDataProvider>>& providers);
+
+    /// Listens to @p provider from now on; no rebuild happens. Nothing for a null pointer, for this provider and for a
+    /// proxy that has this provider among its own.
+    void AddProxyProvider(const sp<MetaDataProvider>& provider);
+    void ResetProxyProviders();
+    void ResetProxyProviders(const PolyRange<sp<MetaDataProvider>>& providers);
+
+    /// Calls WriteChanges. Document history is recorded by each inner provider as it is written.
+    void DoWriteChanges(const std::vector<Path>& changes) override;
+    /// Builds the tree anew of all inner providers and notifies; which of them changed plays no part.
+    virtual void OnProxyMetaDataChange(XMPMetaHandle changed) = 0;
+    /// Adds the dynamic schemas known to the library, and those found in @p tree, to this provider.
+    void GetAllDynamicSchemas(XMPMetaHandle tree);
+
+private:
+    bool Reaches(const MetaDataProvider* provider) const;
+
+    std::vector<sp<MetaDataProvider>> mInnerProviders;
+    std::vector<MetaDataCallback> mCallbacks;  // one of each inner provider
+};
+
+/// Whether @p path holds what tells one document from another (xmpMM identifiers, versions and history), which an
+/// aggregate never takes from one source to the others.
+ZEPHMETADATA_EXPORT bool IsInstanceData(const Path& path);
+
+/// Several providers as one, for example the XMP of several files that are edited together.
+///
+/// With one provider the tree is that provider's own. With more it is a merged tree, in which a property that the sources
+/// hold with different values, or that only some hold, reads as mixed (kGetValueResult_Mixed): structures field by field,
+/// arrays and alternatives as a whole. Providers without a tree are passed over.
+///
+/// A write-back takes to each provider what was changed at or below the changed paths and nothing else: a value that is
+/// still mixed stays as it is in each source, one that was removed is removed from all, one language or one item leaves
+/// the others as they are. Document identifiers and the history stay each source's own. A provider that may not write one
+/// of the changed paths is left out.
+class ZEPHMETADATA_EXPORT AggregateProvider : public ProxyProviderImpl {
+public:
+    AggregateProvider();
+    explicit AggregateProvider(const PolyRange<sp<MetaDataProvider>>& providers);
+    ~AggregateProvider() override;
+
+    /// Nothing for a null pointer. A provider that is added twice is written once.
+    void AddProvider(const sp<MetaDataProvider>& provider, bool rebuild);
+    void ResetProviders();
+    void ResetProviders(const PolyRange<sp<MetaDataProvider>>& providers);
+
+    /// Whether at least one provider answers so.
+    bool QueryPathStatus(const Path& path, PathStatus status) const override;
+    void GetAllPathsForDynamicSchema(const UTF8String& namespaceURI,
+                                     std::vector<sp<PropertyDefinition>>& properties) override;
+
+protected:
+    void OnProxyMetaDataChange(XMPMetaHandle changed) override;
+
+private:
+    void WriteChanges(const std::vector<Path>& changes) override;
+    void WriteMerged(const std::vector<Path>& changes);
+
+    struct Merge;
+    std::vector<sp<MetaDataProvider>> mProviders;
+    std::unique_ptr<Merge> mMerge;
+};
+
+/// A provider in which some schemas live in providers of their own and everything else in a base provider.
+///
+/// The tree is the base provider's own, into which the properties of the routed schemas are copied; the base provider is
+/// written without them.
+class ZEPHMETADATA_EXPORT DisjointSchemaProxyProvider : public ProxyProviderImpl {
+public:
+    DisjointSchemaProxyProvider();
+    ~DisjointSchemaProxyProvider() override;
+
+    /// Everything that has no route; null for none. A base provider before it still causes rebuilds.
+    void RegisterBaseProvider(const sp<MetaDataProvider>& provider);
+    /// Routes @p schema to @p provider, instead of where it was routed before. Nothing when either is null.
+    void RegisterProvider(const sp<SchemaDefinition>& schema, const sp<MetaDataProvider>& provider);
+    void ClearProviders();
+
+    /// The answer of the provider that the path is routed to.
+    bool QueryPathStatus(const Path& path, PathStatus status) const override;
+
+protected:
+    void OnProxyMetaDataChange(XMPMetaHandle changed) override;
+
+private:
+    using Routes = std::map<sp<SchemaDefinition>, sp<MetaDataProvider>, std::owner_less<sp<SchemaDefinition>>>;
+
+    void WriteChanges(const std::vector<Path>& changes) override;
+    void WriteRoute(const Routes::value_type& route, XMPMetaHandle tree, std::vector<Path>& remaining) const;
+    void WriteBase(XMPMetaHandle tree, const std::vector<Path>& changes);
+    bool CopyRoutes(XMPMetaHandle tree);
+    void TakeRoutesOut();
+
+    struct Copies;
+    Routes mRoutes;
+    sp<MetaDataProvider> mBase;
+    std::unique_ptr<Copies> mCopies;
 };
 
 }  // namespace zephmetadata

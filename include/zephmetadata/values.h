@@ -40,6 +40,9 @@ struct Value {
 };
 
 ZEPHMETADATA_EXPORT bool HasValue(XMPMetaHandle tree, const Path& path);
+/// Whether the sources of a merged tree differ at @p path, or at what it is part of; reads answer
+/// kGetValueResult_Mixed there.
+ZEPHMETADATA_EXPORT bool IsMixed(XMPMetaHandle tree, const Path& path);
 
 // Reads. False leaves @p value as it was.
 

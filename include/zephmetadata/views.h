@@ -5,6 +5,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "zephmetadata/extensions.h"
 #include "zephmetadata/paths.h"
 
 /// Views: what a metadata panel shows, and the walk by which a host draws it.
@@ -139,8 +140,21 @@ ZEPHMETADATA_EXPORT std::vector<sp<ViewDefinition>> ParseViewDefinitionsFromBuff
                                                                                    const UTF16String& sourceName);
 ZEPHMETADATA_EXPORT std::vector<sp<ViewDefinition>> ParseViewDefinitionsFromDocument(const UTF16String& path);
 
-/// Registers the built-in views. Called by the host after Initialize; further calls before the last Terminate do
-/// nothing.
+/// Replaces the file at @p path by a views document with one view, named and labelled as @p info says: a section for
+/// each of @p presented that has a label text, with its properties, which stand in the view itself for one that has
+/// none. Missing folders are made. False when the folder of @p path cannot be made; true says nothing about the file.
+///
+/// Of a property only what differs from its definition is written, everything else shows as registered. The definition
+/// is the registered one; where nothing is registered for the namespace, the first in @p comparison that has the name
+/// but not the same texts and category. Without any schema the document is the XML declaration alone, which cannot be
+/// read back. No namespace is declared for a prefix that XML does not allow.
+ZEPHMETADATA_EXPORT bool WriteViewDefinitionsFileFromSchema(const std::vector<sp<SchemaDefinition>>& presented,
+                                                            const std::vector<sp<SchemaDefinition>>& comparison,
+                                                            const GenericPanelManifestParser::ManifestInfo& info,
+                                                            const UTF16String& path);
+
+/// Registers the built-in views, then what the extension packages bring (extensions.h). Called by the host after
+/// Initialize; further calls before the last Terminate do nothing.
 ZEPHMETADATA_EXPORT void LoadAllViewDefinitions();
 /// The view registered under @p name, or null.
 ZEPHMETADATA_EXPORT sp<ViewDefinition> GetViewDefinitionForName(const UTF8String& name);

@@ -115,8 +115,9 @@ void DefinitionsParser::StartElementWithNamespace(const UTF16String& name, const
         }
         return;
     }
+    // A default namespace makes no difference but for properties, which are told from elements of other vocabularies.
     const auto* row = std::find_if(kElements.begin(), kElements.end(), [&](const ElementRow& candidate) {
-        return namespaceURI.empty() && candidate.mName == localName;
+        return candidate.mName == name && (namespaceURI.empty() || name != u"xmp_property");
     });
     if (row != kElements.end()) {
         (this->*row->mStart)(reader);

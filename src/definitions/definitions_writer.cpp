@@ -1,6 +1,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "frame/xml_writer.h"
 #include "zephcore/text.h"
 #include "zephcore/xml.h"
 #include "zephmetadata/definitions.h"
@@ -11,8 +12,6 @@ namespace {
 
 using zephcore::UTF16to8;
 using zephcore::UTF8to16;
-
-constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\" ?>\n";
 
 /// @p value as an attribute holds it. Readers decode references once more after the XML parser did: a text that would
 /// come back as another one for that is escaped twice.
@@ -36,19 +35,18 @@ UTF8String LabelText(const UTF16String& zString, const UTF16String& text) {
 
 class DefinitionsWriter {
 public:
-    explicit DefinitionsWriter(UTF8String& text) : mText(text) {}
+    explicit DefinitionsWriter(XMLWriter& document) : mDocument(document) {}
 
     template <typename Schemas, typename Types>
     void Document(const Schemas& schemas, const Types& types) {
-        mText += kDeclaration;
         if (boost::empty(schemas) && boost::empty(types)) {
             return;
         }
-        Begin("xmp_definitions");
-        BeginChildren();
+        mDocument.Begin("xmp_definitions");
+        mDocument.BeginChildren();
         WriteAll(schemas);
         WriteAll(types);
-        EndChildren("xmp_definitions");
+        mDocument.EndChildren("xmp_definitions");
     }
 
 private:
@@ -62,31 +60,31 @@ private:
     }
 
     void Write(const SchemaDefinition& schema) {
-        Begin("xmp_schema");
+        mDocument.Begin("xmp_schema");
         NamespaceAttributes(schema.mNamespace, schema.mPrefix);
         TextAttributes(schema);
-        BeginChildren();
+        mDocument.BeginChildren();
         WriteAll(schema.mProperties);
-        EndChildren("xmp_schema");
+        mDocument.EndChildren("xmp_schema");
     }
 
     void Write(const PropertyDefinition& property) {
-        Begin("xmp_property");
+        mDocument.Begin("xmp_property");
         Attribute("category", property.mInternal ? "internal" : "external");
         EntryAttributes(property);
         FinishEntry("xmp_property", property);
     }
 
     void Write(const TypeDefinition& type) {
-        Begin("xmp_type");
+        mDocument.Begin("xmp_type");
         EntryAttributes(type);
         if (type.mFields.empty()) {
             FinishEntry("xmp_type", type);
             return;
         }
-        BeginChildren();
+        mDocument.BeginChildren();
         WriteAll(type.mFields);
-        EndChildren("xmp_type");
+        mDocument.EndChildren("xmp_type");
     }
 
     void Write(const FieldDefinition& field) { WriteNamespaced("xmp_field", field); }
@@ -94,17 +92,17 @@ private:
 
     template <typename Entry>
     void WriteNamespaced(std::string_view element, const Entry& entry) {
-        Begin(element);
+        mDocument.Begin(element);
         NamespaceAttributes(entry.mNamespace, entry.mPrefix);
         EntryAttributes(entry);
         FinishEntry(element, entry);
     }
 
     void Write(const ChoiceDefinition& choice) {
-        Begin("xmp_choice");
+        mDocument.Begin("xmp_choice");
         Attribute("raw_value", choice.mRawValue);
         Attribute("label", LabelText(choice.mLabelZString, choice.mLabel));
-        mText += " />\n";
+        mDocument.EndEmpty();
     }
 
     void NamespaceAttributes(const UTF8String& namespaceURI, const UTF8String& prefix) {
@@ -132,61 +130,30 @@ private:
     /// Ends the start tag of an entry and writes what is inside it.
     void FinishEntry(std::string_view element, const EntryDefinition& entry) {
         if (entry.mChoices.empty() && entry.mQualifiers.empty()) {
-            mText += " />\n";
+            mDocument.EndEmpty();
             return;
         }
         if (!entry.mChoices.empty() && !entry.mElementType) {
             Attribute("element_type", kTypeText);
         }
-        BeginChildren();
+        mDocument.BeginChildren();
         WriteAll(entry.mChoices);
         WriteAll(entry.mQualifiers);
-        EndChildren(element);
+        mDocument.EndChildren(element);
     }
 
-    void Begin(std::string_view element) {
-        mText.append(mLevel, '\t');
-        mText += '<';
-        mText += element;
-    }
+    void Attribute(std::string_view name, const UTF8String& value) { mDocument.EncodedAttribute(name, Escaped(value)); }
 
-    /// Nothing for an empty value: readers take a missing attribute for an empty one.
-    void Attribute(std::string_view name, const UTF8String& value) {
-        const UTF8String escaped = Escaped(value);
-        if (escaped.empty()) {
-            return;
-        }
-        mText += ' ';
-        mText += name;
-        mText += "=\"";
-        mText += escaped;
-        mText += '"';
-    }
-
-    void BeginChildren() {
-        mText += ">\n";
-        ++mLevel;
-    }
-
-    void EndChildren(std::string_view element) {
-        --mLevel;
-        mText.append(mLevel, '\t');
-        mText += "</";
-        mText += element;
-        mText += ">\n";
-    }
-
-    UTF8String& mText;
-    std::size_t mLevel = 0;
+    XMLWriter& mDocument;
 };
 
 }  // namespace
 
 void WriteDefinitionsToBuffer(const PolyRange<sp<SchemaDefinition>>& schemas,
                               const PolyRange<sp<TypeDefinition>>& types, UTF8String& output) {
-    UTF8String text;
-    DefinitionsWriter(text).Document(schemas, types);
-    output = std::move(text);
+    XMLWriter document;
+    DefinitionsWriter(document).Document(schemas, types);
+    output = document.Text();
 }
 
 }  // namespace zephmetadata

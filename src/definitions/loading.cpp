@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
+#include <set>
 #include <string_view>
+#include <utility>
 
 #include "definitions/registry.h"
 #include "definitions/schema_files.h"
@@ -99,7 +102,10 @@ bool RegisterAll(const std::vector<sp<Definition>>& definitions, const Register&
 
 Definitions RegisterDefinitions(Definitions definitions, const UTF16String& file, bool merge) {
     auto& [schemas, types] = definitions;
-    if (RegisterAll(types, [&](const auto& type) { return RegisterTypeDefinition(type, file); })) {
+    const auto registerType = [&](const auto& type) {
+        return merge && AddsFieldsAlone(*type) ? AddFields(*type, file) : RegisterTypeDefinition(type, file);
+    };
+    if (RegisterAll(types, registerType)) {
         CheckFieldTypes(types, file);
     } else {
         types.clear();
@@ -114,6 +120,39 @@ Definitions RegisterDefinitions(Definitions definitions, const UTF16String& file
     return definitions;
 }
 
+/// How many properties the registered schemas of some namespaces had, before a document was registered.
+class SchemaSizes {
+public:
+    explicit SchemaSizes(const std::vector<sp<SchemaDefinition>>& schemas) {
+        for (const auto& schema : schemas) {
+            if (mSeen.insert(schema->mNamespace).second) {
+                mSizes.emplace_back(schema->mNamespace, Size(schema->mNamespace));
+            }
+        }
+    }
+
+    /// The namespaces that have been registered or added to since.
+    std::vector<UTF8String> Changed() const {
+        std::vector<UTF8String> changed;
+        for (const auto& [schemaNamespace, size] : mSizes) {
+            if (Size(schemaNamespace) != size) {
+                changed.push_back(schemaNamespace);
+            }
+        }
+        return changed;
+    }
+
+private:
+    /// Absent for a namespace that is not registered: a schema may have no properties.
+    static std::optional<std::size_t> Size(const UTF8String& schemaNamespace) {
+        const sp<SchemaDefinition> schema = NamespaceDefinition(schemaNamespace);
+        return schema ? std::optional(schema->mProperties.size()) : std::nullopt;
+    }
+
+    std::set<UTF8String> mSeen;
+    std::vector<std::pair<UTF8String, std::optional<std::size_t>>> mSizes;
+};
+
 }  // namespace
 
 Definitions ParseBufferAndRegisterDefinitions(const UTF8String& buffer, const UTF16String& file, bool merge) {
@@ -124,10 +163,12 @@ Definitions ParseDocumentAndRegisterDefinitions(const UTF16String& path, bool me
     return RegisterDefinitions(ParseDocumentForDefinitions(path), path, merge);
 }
 
-Definitions LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin) {
+LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin) {
     const bool fromPackage = origin == DocumentOrigin::kExtensionPackage;
-    Definitions loaded = ParseDocumentAndRegisterDefinitions(path, fromPackage);
-    for (const auto& schema : loaded.first) {
+    Definitions parsed = ParseDocumentForDefinitions(path);
+    const SchemaSizes before(parsed.first);
+    LoadedDocument loaded = {RegisterDefinitions(std::move(parsed), path, fromPackage), before.Changed()};
+    for (const auto& schema : loaded.mRegistered.first) {
         List(schema);
         SetFilePathForSchema(path, schema);
         if (schema->mDynamic || fromPackage || schema->mNamespace == DICOMNamespaceURI ||
@@ -135,7 +176,7 @@ Definitions LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin orig
             schema->mCustom = false;
         }
     }
-    for (const auto& type : loaded.second) {
+    for (const auto& type : loaded.mRegistered.second) {
         SetFilePathForType(path, type);
     }
     return loaded;

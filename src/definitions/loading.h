@@ -9,10 +9,16 @@ void LoadBuiltInAndCustomDefinitions();
 
 enum class DocumentOrigin { kCustomFolder, kExtensionPackage };
 
+/// What came of a document.
+struct LoadedDocument {
+    Definitions mRegistered;
+    std::vector<UTF8String> mNamespaces;  ///< of the schemas that it registered or added properties to, in order
+};
+
 /// Registers what the document at @p path defines, which then belongs to that file, and enters its schemas into the
 /// lists of common and dynamic schemas.
-/// An extension package adds to schemas that exist, a custom folder does not. What was registered.
-Definitions LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin);
+/// An extension package adds to schemas that exist, a custom folder does not.
+LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin);
 
 /// Empties everything that definitions were registered in.
 void ClearDefinitions();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <unordered_set>
 
 #include "frame/errors.h"
 #include "frame/initialization.h"
@@ -70,18 +69,29 @@ std::vector<sp<Definition>> Registered(const std::map<UTF8String, sp<Definition>
     return definitions;
 }
 
+/// Takes in the properties that have been added to @p schema.
+void Update(PropertyNames& names, const SchemaDefinition& schema) {
+    if (schema.mProperties.size() < names.mProperties) {
+        names = {};
+    }
+    for (; names.mProperties < schema.mProperties.size(); ++names.mProperties) {
+        names.mNames.insert(schema.mProperties[names.mProperties]->mName);
+    }
+}
+
 /// Adds the properties that @p registered does not have yet.
 void MergeProperties(const SchemaDefinition& added, SchemaDefinition& registered, const UTF16String& file) {
-    std::unordered_set<UTF8String> names;
-    for (const auto& property : registered.mProperties) {
-        names.insert(property->mName);
-    }
+    PropertyNames unkept;
+    auto& index = Registry().mMergeIndex;
+    PropertyNames& names = index ? (*index)[&registered] : unkept;
+    Update(names, registered);
     for (const auto& property : added.mProperties) {
-        if (!names.insert(property->mName).second) {
+        if (names.mNames.contains(property->mName)) {
             ReportRegistration(kDuplicateProperty, {added.mNamespace, property->mName}, file);
             continue;
         }
         registered.mProperties.push_back(property);
+        Update(names, registered);
         NormalizeEntryTypes(*property, registered.mPrefix, file);
     }
 }
@@ -150,6 +160,30 @@ bool RegisterSchemaDefinition(const sp<SchemaDefinition>& schema, const UTF16Str
         NormalizeEntryTypes(*property, schema->mPrefix, file);
     }
     return true;
+}
+
+bool AddsFieldsAlone(const TypeDefinition& added) {
+    const sp<TypeDefinition> registered = TypeIdDefinition(added.mName);
+    const auto isNew = [&](const sp<FieldDefinition>& field) {
+        return std::none_of(registered->mFields.begin(), registered->mFields.end(),
+                            [&](const sp<FieldDefinition>& own) { return own->mName == field->mName; });
+    };
+    return registered && !registered->mFields.empty() && !added.mFields.empty() &&
+           std::all_of(added.mFields.begin(), added.mFields.end(), isNew);
+}
+
+bool AddFields(const TypeDefinition& added, const UTF16String& file) {
+    const sp<TypeDefinition> registered = TypeIdDefinition(added.mName);
+    bool accepted = true;
+    for (const auto& field : added.mFields) {
+        if (RegisterNamespace(field->mNamespace, field->mPrefix, file)) {
+            NormalizeEntryTypes(*field, field->mPrefix, file);
+            registered->mFields.push_back(field);
+        } else {
+            accepted = false;
+        }
+    }
+    return accepted;
 }
 
 bool RegisterTypeDefinition(const sp<TypeDefinition>& type, const UTF16String& file) {

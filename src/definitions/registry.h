@@ -1,12 +1,21 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <string_view>
+#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "zephmetadata/definitions.h"
 
 namespace zephmetadata {
+
+/// The names of the first properties of a schema.
+struct PropertyNames {
+    std::unordered_set<UTF8String> mNames;
+    std::size_t mProperties = 0;
+};
 
 /// What the registry holds, process-wide. An entry that is null counts as not registered.
 struct DefinitionRegistry {
@@ -15,13 +24,31 @@ struct DefinitionRegistry {
     std::vector<sp<SchemaDefinition>> mCommonSchemas;     ///< in load order
     std::vector<sp<SchemaDefinition>> mDynamicSchemas;    ///< in load order
     std::map<StandardSchema, UTF8String> mStandardNamespaces;
+    /// The names in schemas that documents were merged into; absent outside of a MergingScope.
+    std::optional<std::unordered_map<const SchemaDefinition*, PropertyNames>> mMergeIndex;
 };
 
 DefinitionRegistry& Registry();
+
+/// While it lives, the property names of schemas that are merged into are kept, so that many documents can add to one
+/// schema in a time that is linear in what they add. Nothing else may rename properties meanwhile. Not nested.
+class MergingScope {
+public:
+    MergingScope() { Registry().mMergeIndex.emplace(); }
+    ~MergingScope() { Registry().mMergeIndex.reset(); }
+    MergingScope(const MergingScope&) = delete;
+    MergingScope& operator=(const MergingScope&) = delete;
+};
 
 void ReportRegistration(std::u16string_view key, std::initializer_list<UTF8String> arguments, const UTF16String& file);
 
 /// Gives an entry without a type, or an array or choice without an element type, "text", and reports it.
 void NormalizeEntryTypes(EntryDefinition& entry, const UTF8String& prefix, const UTF16String& file);
+
+/// Whether @p added names a registered structure and lists nothing but fields that it does not have yet: that is how an
+/// extension package extends a structure.
+bool AddsFieldsAlone(const TypeDefinition& added);
+/// Appends these fields to the registered structure; false when the namespace of one cannot be registered.
+bool AddFields(const TypeDefinition& added, const UTF16String& file);
 
 }  // namespace zephmetadata

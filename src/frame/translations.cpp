@@ -9,24 +9,20 @@
 
 namespace zephmetadata {
 
-namespace {
-
-void LoadLanguage(std::string_view language) {
-    std::string_view texts;
-    if (zephcore::GetBinaryFromModule(zephcore::Module::kOwn, language, "dat", texts)) {
-        zephcore::Localizer::Get().LoadBuffer(texts);
-    }
+std::vector<UTF16String> ApplicationLanguages() {
+    const UTF16String exact = zephcore::Locale::ApplicationLangauge();
+    const UTF16String base = exact.substr(0, exact.find_first_of(u"_-"));
+    return base == exact ? std::vector{exact} : std::vector{base, exact};
 }
 
-}  // namespace
-
 void LoadBuiltInTranslations() {
-    zephcore::UTF8String language = zephcore::UTF16to8(zephcore::Locale::ApplicationLangauge());
-    std::replace(language.begin(), language.end(), '-', '_');
-    const std::size_t base = language.find('_');
-    LoadLanguage(std::string_view(language).substr(0, base));
-    if (base != std::string_view::npos) {
-        LoadLanguage(language);
+    for (const UTF16String& language : ApplicationLanguages()) {
+        UTF8String name = zephcore::UTF16to8(language);
+        std::replace(name.begin(), name.end(), '-', '_');
+        std::string_view texts;
+        if (zephcore::GetBinaryFromModule(zephcore::Module::kOwn, name, "dat", texts)) {
+            zephcore::Localizer::Get().LoadBuffer(texts);
+        }
     }
 }
 

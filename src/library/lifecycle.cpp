@@ -1,4 +1,7 @@
+#include <utility>
+
 #include "definitions/loading.h"
+#include "extensions/packages.h"
 #include "frame/errors.h"
 #include "frame/initialization.h"
 #include "frame/switches.h"
@@ -11,6 +14,12 @@
 #include "zephmetadata/library.h"
 
 namespace zephmetadata {
+
+namespace {
+
+bool viewsAreLoaded = false;
+
+}  // namespace
 
 void Initialize() {
     if (++InitializationCount() != 1) {
@@ -25,6 +34,14 @@ void Initialize() {
     CreateErrorCallbacks();
 }
 
+void LoadAllViewDefinitions() {
+    if (!IsInitialized() || std::exchange(viewsAreLoaded, true)) {
+        return;
+    }
+    LoadBuiltInViews();
+    LoadExtensionPackages();
+}
+
 void Terminate() {
     if (InitializationCount() == 0) {
         return;
@@ -36,9 +53,11 @@ void Terminate() {
     }
     DestroyXMPWritingCallbacks();
     DestroyErrorCallbacks();
+    ClearExtensionPackages();
     ClearErrors();
     ClearSpecialFormatters();
     ClearViewDefinitions();
+    viewsAreLoaded = false;
     ClearConstructedValues();
     ClearDefinitions();
     zephcore::Localizer::Get().Clear();

@@ -65,7 +65,8 @@ bool DeleteArrayItem(XMPMetaHandle tree, const Path& path, int index) {
         ReportInvalidData(ErrorKind::ErrorWritingXMP, path);
         return false;
     }
-    if (CountArrayItems(tree, path) == 0) {
+    // Of a merged tree, whose array is that of one source, the others may hold more.
+    if (CountArrayItems(tree, path) == 0 && !toolkit::IsMixed(tree, path.mNamespace, path.mPathDescription)) {
         DeleteValue(tree, path);
     }
     return true;

@@ -98,6 +98,14 @@ bool HasValue(XMPMetaHandle tree, const Path& path) {
     }
 }
 
+bool IsMixed(XMPMetaHandle tree, const Path& path) {
+    try {
+        return tree != nullptr && toolkit::IsMixed(tree, path.mNamespace, path.mPathDescription);
+    } catch (const XMPError&) {
+        return false;
+    }
+}
+
 bool GetValue(XMPMetaHandle tree, const Path& path, int& value, GetValueResult* result) {
     const auto get = [&] { return toolkit::GetPropertyInt(tree, path.mNamespace, path.mPathDescription); };
     return Deliver(ReadValue(tree, path, result, get), value);

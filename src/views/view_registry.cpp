@@ -19,7 +19,6 @@ constexpr std::u16string_view kDuplicate =
 struct Views {
     std::vector<sp<ViewDefinition>> mInOrder;
     std::map<UTF8String, sp<ViewDefinition>> mByName;
-    unsigned mLoads = 0;
 };
 
 Views& Registered() {
@@ -33,20 +32,6 @@ bool IsViewDocument(std::string_view name) {
     const auto upper = [](char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; };
     return name.size() >= kEnding.size() && std::equal(kEnding.rbegin(), kEnding.rend(), name.rbegin(),
                                                        [&](char ending, char c) { return ending == upper(c); });
-}
-
-void LoadBuiltInViews() {
-    using zephcore::Module;
-    for (const UTF8String& name : zephcore::GetResourceNames(Module::kOwn, "xml")) {
-        std::string_view document;
-        if (!IsViewDocument(name) || !zephcore::GetBinaryFromModule(Module::kOwn, name, "xml", document)) {
-            continue;
-        }
-        const UTF16String source = zephcore::UTF8to16(name);
-        for (sp<ViewDefinition>& view : ParseViewDefinitionsFromBuffer(UTF8String(document), source)) {
-            AddViewDefinition(std::move(view), source);
-        }
-    }
 }
 
 }  // namespace
@@ -68,9 +53,17 @@ void ClearViewDefinitions() {
     Registered() = {};
 }
 
-void LoadAllViewDefinitions() {
-    if (++Registered().mLoads == 1) {
-        LoadBuiltInViews();
+void LoadBuiltInViews() {
+    using zephcore::Module;
+    for (const UTF8String& name : zephcore::GetResourceNames(Module::kOwn, "xml")) {
+        std::string_view document;
+        if (!IsViewDocument(name) || !zephcore::GetBinaryFromModule(Module::kOwn, name, "xml", document)) {
+            continue;
+        }
+        const UTF16String source = zephcore::UTF8to16(name);
+        for (sp<ViewDefinition>& view : ParseViewDefinitionsFromBuffer(UTF8String(document), source)) {
+            AddViewDefinition(std::move(view), source);
+        }
     }
 }
 

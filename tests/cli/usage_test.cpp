@@ -36,7 +36,7 @@ const UsageRow kUsageRows[] = {
     {"HelpOfTypes", {"types", "--help"}, 0, "Example:\n  zephmeta types thumbnail\n", ""},
     {"NoCommand", {}, 2, "", "zephmeta: A subcommand is required; see \"zephmeta --help\"\n"},
     {"NoFile", {"dump"}, 2, "", "zephmeta: FILE is required; see \"zephmeta --help\"\n"},
-    {"NoPath", {"get", "packet.jpg"}, 2, "", "zephmeta: PATH is required; see \"zephmeta --help\"\n"},
+    {"NoPath", {"get", "packet.jpg"}, 2, "", "zephmeta: no path to read; see \"zephmeta get --help\"\n"},
     {"UnknownOption",
      {"dump", "--n\x1bope", "packet.jpg"},
      2,

@@ -2,11 +2,18 @@
 # export that nobody uses is an interface that nobody tried.
 #
 # Left out are weak symbols (type information, tables of virtual functions, inline functions), destructors, which every
-# use of a class brings with it, and what a host cannot name: overrides that are private and reached through the table
-# of virtual functions alone.
+# use of a class brings with it, and what a host cannot name: private functions, which the library's own reach.
 cmake_minimum_required(VERSION 3.25)
 
 set(unnameable
+  "zephmetadata::AggregateProvider::WriteChanges("
+  "zephmetadata::AggregateProvider::WriteMerged("
+  "zephmetadata::DisjointSchemaProxyProvider::CopyRoutes("
+  "zephmetadata::DisjointSchemaProxyProvider::TakeRoutesOut("
+  "zephmetadata::DisjointSchemaProxyProvider::WriteBase("
+  "zephmetadata::DisjointSchemaProxyProvider::WriteChanges("
+  "zephmetadata::DisjointSchemaProxyProvider::WriteRoute("
+  "zephmetadata::ProxyProviderImpl::Reaches("
   "zephmetadata::FileProvider::WriteChanges("
   "zephmetadata::SidecarProvider::WriteBuffer(")
 

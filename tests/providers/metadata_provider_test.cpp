@@ -1,3 +1,4 @@
+#include "support/test_provider.h"
 #include "support/values_test.h"
 #include "zephmetadata/providers.h"
 
@@ -7,31 +8,8 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class TestProvider : public TypicalProviderImpl {
-public:
-    explicit TestProvider(XMPMetaHandle tree) : TypicalProviderImpl(tree) {}
-    using TypicalProviderImpl::MetaDataChanged;
-    using TypicalProviderImpl::ResetMetaData;
-    using TypicalProviderImpl::ResetToEmptyMetaData;
-
-    bool WritesOwnChangeList() override { return mOwnChangeList; }
-
-    bool mOwnChangeList = false;
-    std::vector<std::vector<Path>> mWrites;
-    std::function<void()> mDuringWrite;
-
-private:
-    void WriteChanges(const std::vector<Path>& changes) override {
-        mWrites.push_back(changes);
-        if (mDuringWrite) {
-            mDuringWrite();
-        }
-    }
-};
-
-MetaDataCallback Callback(std::function<void(XMPMetaHandle)> function) {
-    return std::make_shared<std::function<void(XMPMetaHandle)>>(std::move(function));
-}
+using support::Callback;
+using support::TestProvider;
 
 class Provider : public support::TreeTest {
 protected:

@@ -30,6 +30,8 @@ CommandLine::CommandLine(CLI::App& app) : mApp(app) {
     AddPanels();
     AddRegistry();
     AddAuthoring();
+    AddPackages();
+    AddConversion();
 }
 
 void CommandLine::AddCommonOptions(CLI::App& app) {
@@ -56,7 +58,7 @@ void CommandLine::OnRunAlone(CLI::App* command, std::function<int()> run) {
 
 void CommandLine::OnRun(CLI::App* command, std::function<int()> run) {
     OnRunAlone(command, [run = std::move(run)] {
-        const Session session;
+        const FullSession session;
         return run();
     });
 }
@@ -68,17 +70,18 @@ void CommandLine::AddReading() {
     OnRun(dump, [this, dumped] { return Dump(*dumped, mJson); });
 
     struct GetRequest {
-        std::string mFile;
-        Texts mPaths;
+        Texts mArguments;
         bool mRaw = false;
     };
-    CLI::App* const get = Add(mApp, "get", "Print the values at some paths, one a line",
-                              "zephmeta get photo.jpg dc:title dc:subject[1] xmp:Rating");
+    CLI::App* const get =
+        Add(mApp, "get", "Print the values at some paths, one a line; of several files what all share",
+            "zephmeta get photo.jpg dc:title dc:subject[1] xmp:Rating");
     const auto wanted = Kept<GetRequest>();
-    get->add_option("FILE", wanted->mFile, "A media file or .xmp sidecar")->required();
-    get->add_option("PATH", wanted->mPaths, "prefix:name, prefix:name[2], prefix:struct/prefix:field")->required();
+    get->add_option("FILE|PATH", wanted->mArguments,
+                    "Media files and .xmp sidecars, then prefix:name, prefix:name[2], prefix:struct/prefix:field")
+        ->required();
     get->add_flag("--raw", wanted->mRaw, "Print the stored text instead of the display text");
-    OnRun(get, [this, wanted] { return Get(wanted->mFile, wanted->mPaths, wanted->mRaw, mJson); });
+    OnRun(get, [this, wanted] { return Get(wanted->mArguments, wanted->mRaw, mJson); });
 
     CLI::App* const validate =
         Add(mApp, "validate", "Hold the XMP of files against the definitions", "zephmeta validate photo.jpg");
@@ -121,10 +124,10 @@ void CommandLine::AddWriting() {
 }
 
 void CommandLine::AddPanels() {
-    CLI::App* const panel =
-        Add(mApp, "panel", "Show a file as a panel of an editor would", "zephmeta panel photo.jpg --view camera");
+    CLI::App* const panel = Add(mApp, "panel", "Show files as a panel of an editor would, several as one",
+                                "zephmeta panel photo.jpg --view camera");
     const auto request = Kept<PanelRequest>();
-    panel->add_option("FILE", request->mFile, "A media file or .xmp sidecar")->required();
+    panel->add_option("FILE", request->mFiles, "Media files and .xmp sidecars")->required();
     CLI::Option* const view = panel->add_option("--view", request->mView, "The view, for example basic, camera or gps")
                                   ->type_name("NAME")
                                   ->capture_default_str();
@@ -165,8 +168,9 @@ void CommandLine::AddRegistry() {
 }
 
 void CommandLine::AddAuthoring() {
-    CLI::App* const check = Add(mApp, "check", "Report the problems of definitions, views and path documents",
-                                "zephmeta check my_schema.xml my_view.xml");
+    CLI::App* const check =
+        Add(mApp, "check", "Report the problems of definitions, views, manifests and path documents",
+            "zephmeta check my_schema.xml my_view.xml");
     const auto documents = Kept<Texts>();
     check->add_option("DOCUMENT", *documents, "Documents to read")->required();
     OnRunAlone(check, [this, documents] { return CheckDocuments(*documents, mJson); });
@@ -213,6 +217,41 @@ void CommandLine::AddAuthoring() {
     const auto shown = Kept<std::string>();
     show->add_option("DOCUMENT", *shown, "A definitions document")->required();
     OnRun(show, [shown] { return ShowSchemaDocument(*shown); });
+}
+
+void CommandLine::AddPackages() {
+    CLI::App* const packages =
+        Add(mApp, "packages", "List the extension packages and what each brought", "zephmeta packages --json");
+    OnRun(packages, [this] { return ShowPackages(mJson); });
+
+    CLI::App* const package = mApp.add_subcommand("package", "Begin an extension package");
+    package->require_subcommand(1);
+    CLI::App* const create = Add(*package, "new", "Lay out a package that works, to be changed with an editor",
+                                 "zephmeta package new \"Tide Table\"");
+    const auto made = Kept<PackageRequest>();
+    create->add_option("NAME", made->mName, "The name of the package and of its folder")->required();
+    create->add_option("--folder", made->mFolder, "Where to put it instead of the folder for your own packages")
+        ->type_name("DIR");
+    OnRun(create, [made] { return NewPackage(*made); });
+}
+
+void CommandLine::AddConversion() {
+    using namespace zephmetadata;
+    static const std::map<std::string, OrbVersion> generations = {
+        {"4.0", kOrbVersion_4_0}, {"3.0", kOrbVersion_3_0}, {"2.0", kOrbVersion_2_0}};
+    CLI::App* const convert =
+        Add(mApp, "convert-panels", "Make extension packages of the generic panels of older hosts", "");
+    convert->footer(
+        "Reads the subfolders of \"Corvid/XMP/Custom Quillet Panels/GENERATION/panels\" and writes a folder for each\n"
+        "generic panel into \"Corvid/XMP/Metadata Extensions\": of your panels in your settings, of the machine-wide\n"
+        "ones in the machine-wide folder. A package that is there already stays as it is.\n\n"
+        "Example:\n  zephmeta convert-panels --generation 4.0");
+    const auto generation = Kept<std::string>();
+    convert->add_option("--generation", *generation, "The hosts that the panels were made for: 4.0, 3.0 or 2.0")
+        ->required()
+        ->check(CLI::IsMember(&generations))
+        ->type_name("GENERATION");
+    OnRun(convert, [this, generation] { return ConvertPanels(generations.at(*generation), mJson); });
 }
 
 }  // namespace zephmeta

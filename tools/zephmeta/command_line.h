@@ -21,6 +21,8 @@ private:
     void AddPanels();
     void AddRegistry();
     void AddAuthoring();
+    void AddPackages();
+    void AddConversion();
 
     /// A command with the options that every command takes, before or after its name.
     CLI::App* Add(CLI::App& parent, const char* name, const char* description, const char* example);

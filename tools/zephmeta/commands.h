@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "zephmetadata/library.h"
 #include "zephmetadata/values.h"
 
 /// The commands. Each returns its exit status: 0 done, 1 something asked for could not be done (the rest was).
@@ -10,7 +11,8 @@ namespace zephmeta {
 
 int Dump(const std::vector<std::string>& files, bool json);
 
-int Get(const std::string& file, const std::vector<std::string>& paths, bool raw, bool json);
+/// Files, then paths. 2 when there is no path.
+int Get(const std::vector<std::string>& arguments, bool raw, bool json);
 
 struct SetRequest {
     std::vector<std::string> mArguments;  ///< files and assignments as they stand on the command line
@@ -24,9 +26,9 @@ int ShowSchemas(const std::string& prefix, bool json);
 int ShowTypes(const std::string& id, bool json);
 
 struct PanelRequest {
-    std::string mFile;
-    std::string mView = "basic";  ///< the name of a view, or the end of one of the library's own
-    bool mAll = false;            ///< every view instead
+    std::vector<std::string> mFiles;  ///< several are shown as one
+    std::string mView = "basic";      ///< the name of a view, or the end of one of the library's own
+    bool mAll = false;                ///< every view instead
     std::string mFormat = "text";
 };
 /// 1 also when a file has a finding of severity error.
@@ -69,6 +71,18 @@ struct PropertyRequest {
 int AddProperty(const PropertyRequest& request);
 /// Prints a definitions document as it would be written.
 int ShowSchemaDocument(const std::string& file);
+
+/// Lists the extension packages with what each brought.
+int ShowPackages(bool json);
+
+struct PackageRequest {
+    std::string mName;
+    std::string mFolder;  ///< empty: the user's extensions folder
+};
+int NewPackage(const PackageRequest& request);
+
+/// Prints the log. 1 when a panel could not be converted.
+int ConvertPanels(zephmetadata::OrbVersion generation, bool json);
 
 int ShowPanel(const PanelRequest& request);
 int ShowViews(const std::string& name, bool json);

@@ -2,7 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
+#include <set>
 #include <string_view>
+
+#include "zephmetadata/xmp_meta.h"
 
 namespace zephmeta {
 
@@ -83,6 +87,54 @@ std::string MediaFile::WriteProblem() const {
 
 bool MediaFile::Start() {
     return mMedia != nullptr && mMedia->StartMetaData();
+}
+
+namespace {
+
+/// Stands for a file without XMP, among others that have some.
+class NoMetaData : public zephmetadata::TypicalProviderImpl {
+public:
+    NoMetaData() : TypicalProviderImpl(zephmetadata::CreateXMPMeta().get()) {}
+
+private:
+    void WriteChanges(const std::vector<zephmetadata::Path>& /*changes*/) override {}
+};
+
+}  // namespace
+
+std::vector<MediaFile> OpenAll(const std::vector<std::string>& names, Problems& problems) {
+    std::vector<MediaFile> files;
+    std::set<std::filesystem::path> seen;
+    Progress progress(names.size(), true);
+    for (const std::string& name : names) {
+        progress.Next(name);
+        std::error_code isNoPath;
+        if (!seen.insert(std::filesystem::weakly_canonical(name, isNoPath)).second && !isNoPath) {
+            continue;
+        }
+        MediaFile file(name);
+        const std::string problem = file.ReadProblem();
+        problems.ReportCollected(name);
+        if (problem.empty()) {
+            files.push_back(std::move(file));
+        } else {
+            problems.Report(name, problem);
+        }
+    }
+    return files;
+}
+
+zephmetadata::sp<zephmetadata::MetaDataProvider> AsOne(const std::vector<MediaFile>& files) {
+    if (files.size() == 1) {
+        return files.front().Provider();
+    }
+    const auto aggregate = std::make_shared<zephmetadata::AggregateProvider>();
+    for (const MediaFile& file : files) {
+        const bool isLast = &file == &files.back();
+        const bool hasTree = *zephmetadata::MetaDataReadAccess(file.Provider()) != nullptr;
+        aggregate->AddProvider(hasTree ? file.Provider() : std::make_shared<NoMetaData>(), isLast);
+    }
+    return aggregate;
 }
 
 }  // namespace zephmeta

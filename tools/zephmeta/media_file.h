@@ -1,7 +1,9 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
+#include "console.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmeta {
@@ -29,5 +31,10 @@ private:
     zephmetadata::FileProvider* mMedia = nullptr;       // either of these two is
     zephmetadata::SidecarProvider* mSidecar = nullptr;  // what mProvider holds
 };
+
+/// Those of @p names that can be read, each file once; the others are reported.
+std::vector<MediaFile> OpenAll(const std::vector<std::string>& names, Problems& problems);
+/// The files as one provider. A file without XMP counts as one that has no values.
+zephmetadata::sp<zephmetadata::MetaDataProvider> AsOne(const std::vector<MediaFile>& files);
 
 }  // namespace zephmeta

@@ -55,18 +55,29 @@ std::string PageLanguage() {
     return language;
 }
 
-void Print(const PanelRequest& request, const MediaFile& media, const std::vector<Panel>& panels) {
+/// The names alone: the page is passed on, and the folders are nobody else's business.
+std::string PageTitle(const std::vector<std::string>& files) {
+    std::string title;
+    for (const std::string& file : files) {
+        title += (title.empty() ? "" : ", ") + file.substr(file.rfind('/') + 1);
+    }
+    return title;
+}
+
+void Print(const PanelRequest& request, const std::vector<MediaFile>& files, const std::vector<Panel>& panels) {
+    std::vector<std::string> names;
+    std::transform(files.begin(), files.end(), std::back_inserter(names),
+                   [](const MediaFile& file) { return file.Name(); });
     if (request.mFormat == "html") {
-        const MetaDataReadAccess access(media.Provider());
-        // The name alone: the page is passed on, and the folder is nobody else's business.
-        const std::string name = media.Name().substr(media.Name().rfind('/') + 1);
-        PrintPage({name, PageLanguage(), Thumbnail(media.Name(), *access)}, panels, std::cout);
+        const MetaDataReadAccess access(files.front().Provider());
+        const std::string picture = files.size() == 1 ? Thumbnail(names.front(), *access) : std::string();
+        PrintPage({PageTitle(names), PageLanguage(), picture}, panels, std::cout);
         return;
     }
     const TextStyle style = TerminalStyle();
     for (const Panel& panel : panels) {
         if (request.mFormat == "json") {
-            std::cout << JsonLine(ToJson(panel, {media.Name()})) << '\n';
+            std::cout << JsonLine(ToJson(panel, names)) << '\n';
         } else {
             PrintText(panel, style, std::cout);
             std::cout << (&panel == &panels.back() ? "" : "\n");
@@ -88,21 +99,21 @@ int ShowPanel(const PanelRequest& request) {
             return problems.ExitStatus();
         }
     }
-    const MediaFile media(request.mFile);
-    if (const std::string problem = media.ReadProblem(); !problem.empty()) {
-        problems.Report(request.mFile, problem);
+    const std::vector<MediaFile> files = OpenAll(request.mFiles, problems);
+    if (files.empty()) {
         return problems.ExitStatus();
     }
+    const sp<MetaDataProvider> provider = AsOne(files);
     std::vector<Panel> panels;
     panels.reserve(views.size());
     const Detail detail = request.mFormat == "json"   ? Detail::kAll
                           : request.mFormat == "html" ? Detail::kDescriptions
                                                       : Detail::kValues;
     for (const auto& view : views) {
-        panels.push_back(BuildPanel(view, media.Provider(), detail));
+        panels.push_back(BuildPanel(view, provider, detail));
     }
-    problems.ReportCollected(request.mFile);
-    Print(request, media, panels);
+    problems.ReportCollected(files.size() == 1 ? files.front().Name() : std::string());
+    Print(request, files, panels);
     return problems.ExitStatus();
 }
 

@@ -95,6 +95,10 @@ private:
         if (!HasValue(mTree, path)) {
             return;
         }
+        if (IsMixed(mTree, path)) {
+            filled.mState = State::kMixed;
+            return;
+        }
         const std::string expression = ExpressionForPath(path);
         const std::size_t size = expression.size();
         if (!mIsListed) {
@@ -104,41 +108,69 @@ private:
         for (const ListedValue& value : mListed) {
             if (value.mExpression.size() > size && value.mExpression.starts_with(expression) &&
                 (value.mExpression[size] == '/' || value.mExpression[size] == '[')) {
-                GroupOf(value, size, filled).push_back(Part(value));
+                GroupOf(value.mExpression, size, filled).push_back(Part(value));
                 filled.mState = State::kValue;
             }
         }
-        if (filled.mItems.size() == 1 && filled.mItems.front().mKind == Kind::kSection) {
-            filled.mItems = std::vector<PanelItem>(std::move(filled.mItems.front().mItems));
-        }
+        DropLoneNumbers(filled.mItems);
     }
 
-    /// Where a part of a structure is shown: in an array each structure is a section of its own, named by its number.
-    static std::vector<PanelItem>& GroupOf(const ListedValue& value, std::size_t size, PanelItem& filled) {
-        if (value.mExpression[size] != '[') {
-            return filled.mItems;
+    /// Where a part of a structure is shown: structures within it, and the items of arrays, are sections of their own.
+    static std::vector<PanelItem>& GroupOf(const std::string& expression, std::size_t size, PanelItem& filled) {
+        std::vector<PanelItem>* group = &filled.mItems;
+        for (std::size_t end = expression.find_first_of("/[", size + 1); end != std::string::npos;
+             end = expression.find_first_of("/[", end + 1)) {
+            group = &SectionAt(expression.substr(0, end), *group).mItems;
         }
-        const std::string item = value.mExpression.substr(0, value.mExpression.find(']', size) + 1);
-        if (filled.mItems.empty() || filled.mItems.back().mPath != item) {
+        return *group;
+    }
+
+    static PanelItem& SectionAt(const std::string& expression, std::vector<PanelItem>& group) {
+        if (group.empty() || group.back().mPath != expression) {
             PanelItem section;
             section.mKind = Kind::kSection;
-            section.mPath = item;
+            section.mPath = expression;
             section.mWidget = "section";
-            section.mLabel = item.substr(size + 1, item.size() - size - 2);
-            filled.mItems.push_back(std::move(section));
+            section.mLabel = SectionLabel(expression);
+            group.push_back(std::move(section));
         }
-        return filled.mItems.back().mItems;
+        return group.back();
     }
 
-    static PanelItem Part(const ListedValue& value) {
+    /// The number of an item, the label of a field.
+    static std::string SectionLabel(const std::string& expression) {
+        const std::size_t step = expression.find_last_of("/[") + 1;
+        if (expression.ends_with(']')) {
+            return expression.substr(step, expression.size() - step - 1);
+        }
+        const sp<EntryDefinition> entry = PathEntryDefinition(PathForExpression(expression));
+        return entry ? Shown(entry->mLabel) : expression.substr(step);
+    }
+
+    /// An array of one item needs no number.
+    static void DropLoneNumbers(std::vector<PanelItem>& items) {
+        if (items.size() == 1 && items.front().mKind == Kind::kSection && items.front().mPath.ends_with(']')) {
+            items = std::vector<PanelItem>(std::move(items.front().mItems));
+        }
+        for (PanelItem& item : items) {
+            DropLoneNumbers(item.mItems);
+        }
+    }
+
+    PanelItem Part(const ListedValue& value) const {
         PanelItem part;
         part.mPath = value.mExpression;
         part.mLabel = value.mLabel.empty() ? value.mExpression : value.mLabel;
         part.mType = value.mType;
+        const Path path = PathForExpression(value.mExpression);
+        if (IsMixed(mTree, path)) {
+            part.mState = State::kMixed;
+            return part;
+        }
         part.mState = value.mDefined ? State::kValue : State::kUndefined;
         part.mValue = value.mDisplay;
         part.mRaw = value.mRaw;
-        if (const sp<EntryDefinition> entry = PathEntryDefinition(PathForExpression(value.mExpression))) {
+        if (const sp<EntryDefinition> entry = PathEntryDefinition(path)) {
             ShowChoice(ViewItem(), *entry, part);
         }
         return part;
@@ -193,8 +225,12 @@ private:
         if (!item.mParameters.contains("required_path")) {
             return true;
         }
-        const Path required = PathForSchemaNameAndPropertyName(item.GetParameter("required_path_uri", ""),
-                                                               item.GetParameter("required_path_name", ""));
+        const UTF8String schema = item.GetParameter("required_path_uri", "");
+        const Path named = PathForExpression(item.GetParameter("required_path", ""));
+        // A document may give a prefix a meaning of its own; then the property is known, but none of its fields.
+        const Path required = named.mNamespace == schema ? named
+                                                         : PathForSchemaNameAndPropertyName(
+                                                               schema, item.GetParameter("required_path_name", ""));
         for (std::size_t i = 0; i < filled.mItems.size(); ++i) {
             if (item.mChildItems[i]->mPath == required) {
                 return filled.mItems[i].HasValue();

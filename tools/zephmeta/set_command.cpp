@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iostream>
 #include <map>
+#include <optional>
 #include <unordered_set>
 
 #include "arguments.h"
@@ -10,6 +11,7 @@
 #include "media_file.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/values.h"
+#include "zephmetadata/xmp_meta.h"
 
 namespace zephmeta {
 
@@ -121,58 +123,46 @@ std::size_t CountWritingErrors() {
     }));
 }
 
+/// A file that the edits change, with what they change in it.
+struct ChangedFile {
+    MediaFile mFile;
+    std::vector<std::string> mChanged;
+};
+
 class SetCommand {
 public:
     SetCommand(std::vector<Edit> edits, bool json) : mEdits(std::move(edits)), mJson(json) {}
 
-    int Run(const std::vector<std::string>& files) {
+    int Run(const std::vector<std::string>& names) {
         mProblems.ReportCollected({});
-        Progress progress(files.size(), true);
-        for (const std::string& file : files) {
-            progress.Next(file);
-            EditFile(file);
-            mProblems.ReportCollected(file);
+        std::vector<ChangedFile> changed;
+        for (MediaFile& file : OpenAll(names, mProblems)) {
+            if (IsRefused(file.Name(), names.size() > 1)) {
+                continue;
+            }
+            if (!file.HasXMP() && HasValuesToSet() && !file.Start()) {
+                mProblems.Report(file.Name(), "has no XMP, and its format cannot be given any");
+                continue;
+            }
+            if (const auto expressions = Rehearse(file); expressions && expressions->empty()) {
+                Print(file.Name(), {});
+            } else if (expressions) {
+                changed.push_back({std::move(file), *expressions});
+            }
         }
+        EditTogether(changed);
         return mProblems.ExitStatus();
     }
 
 private:
-    void EditFile(const std::string& name) {
-        MediaFile file(name);
-        if (const std::string problem = file.ReadProblem(); !problem.empty()) {
-            mProblems.Report(name, problem);
-            return;
-        }
-        if (IsRefused(name)) {
-            return;
-        }
-        if (!file.HasXMP() && HasValuesToSet() && !file.Start()) {
-            mProblems.Report(name, "has no XMP, and its format cannot be given any");
-            return;
-        }
-        std::vector<std::string> changed;
-        {
-            zephmetadata::MetaDataUpdateAccess access(file.Provider());
-            if (const std::string refused = ApplyAll(*access, changed); !refused.empty()) {
-                mProblems.PassOverCollected();
-                mProblems.Report(name, refused + ": cannot be changed like this; nothing was written");
-                return;  // without a recorded change nothing is written
-            }
-            for (const std::string& expression : changed) {
-                access.AddChange(ResolveTarget(expression).mPath);
-            }
-        }
-        if (const std::string problem = file.WriteProblem(); !problem.empty()) {
-            mProblems.Report(name, problem);
-            return;
-        }
-        Print(name, changed);
-    }
-
-    bool IsRefused(const std::string& name) {
+    bool IsRefused(const std::string& name, bool amongOthers) {
         bool refused = false;
         for (const Edit& edit : mEdits) {
-            if (const std::string reason = Refusal(edit); !reason.empty()) {
+            std::string reason = Refusal(edit);
+            if (reason.empty() && amongOthers && zephmetadata::IsInstanceData(edit.mTarget.mPath)) {
+                reason = "tells this file from others; set it in one file alone";
+            }
+            if (!reason.empty()) {
                 mProblems.Report(name, edit.mExpression + ": " + reason);
                 refused = true;
             }
@@ -185,6 +175,65 @@ private:
                            [](const Edit& edit) { return edit.mKind != Edit::Kind::kDelete; });
     }
 
+    /// Does the edits to a copy of the file's tree; what they changed, absent when one of them cannot be done.
+    std::optional<std::vector<std::string>> Rehearse(const MediaFile& file) {
+        const zephmetadata::MetaDataReadAccess access(file.Provider());
+        if (*access == nullptr) {
+            return std::vector<std::string>();
+        }
+        const zephmetadata::XMPMetaPtr copy = zephmetadata::ParseXMPMeta(zephmetadata::SerializeXMPMeta(*access));
+        std::vector<std::string> changed;
+        const std::string refused = ApplyAll(copy.get(), changed);
+        mProblems.PassOverCollected();
+        if (!refused.empty()) {
+            mProblems.Report(file.Name(), refused + ": cannot be changed like this; nothing was written");
+            return std::nullopt;
+        }
+        return changed;
+    }
+
+    /// Edits all files as one, so that each is written once.
+    void EditTogether(const std::vector<ChangedFile>& files) {
+        std::vector<MediaFile> media;
+        std::transform(files.begin(), files.end(), std::back_inserter(media),
+                       [](const ChangedFile& file) { return file.mFile; });
+        if (media.empty() || !WriteAll(AsOne(media), media)) {
+            return;
+        }
+        for (const ChangedFile& file : files) {
+            mProblems.ReportCollected(file.mFile.Name());
+            if (const std::string problem = file.mFile.WriteProblem(); !problem.empty()) {
+                mProblems.Report(file.mFile.Name(), problem);
+            } else {
+                Print(file.mFile.Name(), file.mChanged);
+            }
+        }
+    }
+
+    /// False when an edit makes no sense for these files together, which is reported for each of them.
+    bool WriteAll(const zephmetadata::sp<zephmetadata::MetaDataProvider>& provider,
+                  const std::vector<MediaFile>& files) {
+        zephmetadata::MetaDataUpdateAccess access(provider);
+        for (const Edit& edit : mEdits) {
+            const Path& path = edit.mTarget.mPath;
+            if (SplitItem(edit.mExpression) && zephmetadata::IsMixed(*access, path)) {
+                for (const MediaFile& file : files) {
+                    mProblems.Report(file.Name(), edit.mExpression +
+                                                      ": the files hold different lists; set or delete "
+                                                      "the whole, or add to it; nothing was written");
+                }
+                return false;
+            }
+        }
+        std::vector<std::string> changed;
+        ApplyAll(*access, changed);
+        mProblems.PassOverCollected();
+        for (const std::string& expression : changed) {
+            access.AddChange(ResolveTarget(expression).mPath);
+        }
+        return true;
+    }
+
     /// Does the edits up to the first that the library refuses, whose expression it returns; empty when it did all.
     /// @p changed gets each expression once.
     std::string ApplyAll(XMPMetaHandle tree, std::vector<std::string>& changed) const {
@@ -192,7 +241,7 @@ private:
         std::unordered_set<std::string> seen;
         const std::size_t errorsBefore = CountWritingErrors();
         for (const Edit& edit : mEdits) {
-            if (tree != nullptr && Apply(tree, edit, appender) && seen.insert(edit.mExpression).second) {
+            if (Apply(tree, edit, appender) && seen.insert(edit.mExpression).second) {
                 changed.push_back(edit.mExpression);
             }
             if (CountWritingErrors() > errorsBefore) {

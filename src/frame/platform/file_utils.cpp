@@ -36,6 +36,23 @@ bool IsDir(const UTF16String& path) {
     return fs::is_directory(SystemPath(path), ignored);
 }
 
+bool IsLink(const UTF16String& path) {
+    std::error_code ignored;
+    return fs::is_symlink(fs::symlink_status(SystemPath(path), ignored));
+}
+
+std::optional<std::uint64_t> FileLength(const UTF16String& path) {
+    std::error_code error;
+    const std::uintmax_t length = fs::file_size(SystemPath(path), error);
+    return error ? std::nullopt : std::optional<std::uint64_t>(length);
+}
+
+std::optional<UTF16String> CanonicalPath(const UTF16String& path) {
+    std::error_code error;
+    const fs::path canonical = fs::canonical(SystemPath(path), error);
+    return error ? std::nullopt : std::optional(PathFromNative(canonical.native()));
+}
+
 bool Copy(const UTF16String& from, const UTF16String& to) {
     FileDescriptor source = FileDescriptor::OpenForReading(from);
     if (!source.IsOpen()) {

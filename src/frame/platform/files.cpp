@@ -45,8 +45,7 @@ std::vector<std::string> EntryNames(const UTF16String& folder, Predicate isWante
     std::vector<std::string> names;
     std::error_code error;
     for (fs::directory_iterator entry(SystemPath(folder), error), end; !error && entry != end; entry.increment(error)) {
-        std::error_code ignored;
-        if (isWanted(entry->status(ignored))) {
+        if (isWanted(*entry)) {
             names.push_back(entry->path().filename().native());
         }
     }
@@ -81,6 +80,12 @@ bool Dir::Exists() const {
     return FileUtils::IsDir(mPath);
 }
 
+bool Dir::IsReadable() const {
+    std::error_code error;
+    const fs::directory_iterator first(SystemPath(mPath), error);
+    return !error;
+}
+
 bool Dir::Create() const {
     std::error_code ignored;
     fs::create_directory(SystemPath(mPath), ignored);
@@ -98,11 +103,17 @@ bool Dir::Delete() const {
 }
 
 std::vector<File> Dir::Files() const {
-    return Entries<File>(*this, [](const fs::file_status& status) { return fs::is_regular_file(status); });
+    return Entries<File>(*this, [](const fs::directory_entry& entry) {
+        std::error_code ignored;
+        return entry.is_regular_file(ignored);
+    });
 }
 
 std::vector<Dir> Dir::Subfolders() const {
-    return Entries<Dir>(*this, [](const fs::file_status& status) { return fs::is_directory(status); });
+    return Entries<Dir>(*this, [](const fs::directory_entry& entry) {
+        std::error_code ignored;
+        return entry.is_directory(ignored);
+    });
 }
 
 File::File(UTF16String path) : mPath(std::move(path)) {}

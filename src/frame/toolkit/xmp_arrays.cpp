@@ -73,7 +73,6 @@ void SetArrayItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8String
             ThrowToolkitError("\"" + path + "\"");
         }
     }
-    ClearMixed(tree, schema, array);
 }
 
 void AppendArrayItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path, std::uint32_t arrayOptions,
@@ -90,7 +89,6 @@ void AppendArrayItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8Str
     if (!xmp_append_array_item(Native(tree), schema.c_str(), array.c_str(), arrayOptions, itemValue, itemOptions)) {
         ThrowToolkitError("\"" + path + "\"");
     }
-    ClearMixed(tree, schema, array);
 }
 
 bool DeleteArrayItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path, int index) {
@@ -101,9 +99,7 @@ bool DeleteArrayItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8Str
     }
     const UTF8String array = NormalPath(tree, schema, path);
     const std::size_t number = index == kLastItem ? count : static_cast<std::size_t>(index);
-    const bool deleted = DeleteProperty(tree, schema, ItemPath(array, number));
-    ClearMixed(tree, schema, array);
-    return deleted;
+    return DeleteProperty(tree, schema, ItemPath(array, number));
 }
 
 }  // namespace zephmetadata::toolkit

@@ -28,36 +28,6 @@ std::optional<std::vector<AlternativeItem>> Items(XMPMetaHandle tree, const UTF8
     return std::move(Alternatives(nodes).front().mItems);
 }
 
-/// Names that the toolkit takes for the x-default item of another alternative. Here they stand for the whole of it:
-/// an alternative made at such a name would lie inside that item.
-struct AlternativeAlias {
-    std::string_view mSchema;
-    std::string_view mProperty;
-    std::string_view mBaseSchema;
-    std::string_view mBaseProperty;
-};
-
-constexpr std::string_view kTiff = "http://ns.adobe.com/tiff/1.0/";
-constexpr std::string_view kDublinCore = "http://purl.org/dc/elements/1.1/";
-constexpr auto kAliases = std::to_array<AlternativeAlias>({
-    {kTiff, "ImageDescription", kDublinCore, "description"},
-    {kTiff, "Copyright", kDublinCore, "rights"},
-});
-
-struct Place {
-    UTF8String mSchema;
-    UTF8String mPath;
-};
-
-Place BasePlace(const UTF8String& schema, const UTF8String& path) {
-    const std::string_view name = std::string_view(path).substr(path.find(':') + 1);  // all of it without a prefix
-    const auto* const alias = std::find_if(kAliases.begin(), kAliases.end(), [&](const AlternativeAlias& candidate) {
-        return candidate.mSchema == schema && candidate.mProperty == name;
-    });
-    return alias == kAliases.end() ? Place{schema, path}
-                                   : Place{UTF8String(alias->mBaseSchema), UTF8String(alias->mBaseProperty)};
-}
-
 bool IsVariantOf(std::string_view language, std::string_view generic) {
     return !generic.empty() && language.size() >= generic.size() &&
            SameLanguage(language.substr(0, generic.size()), generic) &&
@@ -69,6 +39,79 @@ void AddItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& pat
     SetArrayItem(tree, schema, path, static_cast<int>(position), value, kInsertBeforeItem);
     SetProperty(tree, schema, LanguagePath(ItemPath(path, position)), language);
 }
+
+auto FindLanguage(const std::vector<AlternativeItem>& items, std::string_view language) {
+    return std::find_if(items.begin(), items.end(),
+                        [&](const AlternativeItem& item) { return SameLanguage(item.mLanguage, language); });
+}
+
+/// Sets the item of one language of an alternative that holds @p items.
+void SetItem(XMPMetaHandle tree, const Place& place, const std::vector<AlternativeItem>& items,
+             const UTF8String& language, const UTF8String& text) {
+    const auto& [schema, path] = place;
+    const auto found = FindLanguage(items, language);
+    if (found != items.end()) {
+        SetArrayItem(tree, schema, path, static_cast<int>(found - items.begin()) + 1, text);
+        return;
+    }
+    const bool isDefault = SameLanguage(language, kDefaultLanguage);
+    std::size_t count = items.size();
+    if (count == 0 && !isDefault) {
+        AddItem(tree, schema, path, ++count, UTF8String(kDefaultLanguage), text);
+    }
+    AddItem(tree, schema, path, isDefault ? 1 : count + 1, language, text);
+}
+
+/// Keeps the mixed marks of an alternative with its languages over an edit, which may move the items: a language that
+/// is set in all sources is mixed no more, the others are as before.
+class LanguageMarks {
+public:
+    LanguageMarks(XMPMetaHandle tree, const Place& place, const std::vector<AlternativeItem>& items)
+        : mTree(tree), mPlace(place), mWhole(IsMixed(tree, place.mSchema, place.mPath)) {
+        for (std::size_t i = 0; i < items.size() && !tree->mMixed.empty(); ++i) {
+            if (IsMixed(tree, place.mSchema, ItemPath(place.mPath, i + 1))) {
+                mLanguages.push_back(items[i].mLanguage);
+            }
+        }
+    }
+    ~LanguageMarks() {
+        try {
+            Restore();
+        } catch (const XMPError&) {
+            // The alternative that the edit left cannot be read; nothing of it can be marked.
+        }
+    }
+    LanguageMarks(const LanguageMarks&) = delete;
+    LanguageMarks& operator=(const LanguageMarks&) = delete;
+
+    void Settle(std::string_view language) {
+        mWhole = false;
+        std::erase_if(mLanguages, [&](const UTF8String& own) { return SameLanguage(own, language); });
+    }
+
+private:
+    void Restore() {
+        ClearMixed(mTree, mPlace.mSchema, mPlace.mPath);
+        if (mWhole) {
+            mTree->mMixed.insert(mPlace);
+        }
+        if (mWhole || mLanguages.empty()) {
+            return;
+        }
+        const auto items = Items(mTree, mPlace.mSchema, mPlace.mPath).value_or(std::vector<AlternativeItem>());
+        for (const UTF8String& language : mLanguages) {
+            if (const auto found = FindLanguage(items, language); found != items.end()) {
+                const auto index = static_cast<std::size_t>(found - items.begin()) + 1;
+                mTree->mMixed.insert({mPlace.mSchema, ItemPath(mPlace.mPath, index)});
+            }
+        }
+    }
+
+    XMPMetaHandle mTree;
+    Place mPlace;
+    bool mWhole;
+    std::vector<UTF8String> mLanguages;
+};
 
 /// The x-default item as the toolkit finds it, which is quick; absent where there is none, or where the toolkit would
 /// choose another item.
@@ -86,7 +129,7 @@ std::optional<UTF8String> DefaultText(XMPMetaHandle tree, const Place& place) {
 
 std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
                                            const UTF8String& genericLanguage, const UTF8String& specificLanguage) {
-    const Place place = BasePlace(schema, path);
+    const Place place = NormalPlace(tree, schema, path);
     if (SameLanguage(specificLanguage, kDefaultLanguage)) {
         if (std::optional<UTF8String> text = DefaultText(tree, place)) {
             return text;
@@ -112,7 +155,7 @@ std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String&
 }
 
 std::vector<LanguageText> LanguageTexts(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
-    const Place place = BasePlace(schema, path);
+    const Place place = NormalPlace(tree, schema, path);
     std::vector<LanguageText> texts;
     for (AlternativeItem& item : Items(tree, place.mSchema, place.mPath).value_or(std::vector<AlternativeItem>())) {
         texts.push_back({std::move(item.mLanguage), std::move(item.mValue)});
@@ -122,46 +165,36 @@ std::vector<LanguageText> LanguageTexts(XMPMetaHandle tree, const UTF8String& sc
 
 bool DeleteLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
                          std::string_view language) {
-    const Place place = BasePlace(schema, path);
+    const Place place = NormalPlace(tree, schema, path);
     const auto items = Items(tree, place.mSchema, place.mPath).value_or(std::vector<AlternativeItem>());
-    const auto found = std::find_if(items.begin(), items.end(), [&](const AlternativeItem& item) {
-        return SameLanguage(item.mLanguage, language);
-    });
+    const auto found = FindLanguage(items, language);
     if (found == items.end()) {
         return false;
     }
+    // The last text takes the alternative with it, unless other sources of a merged tree may hold more.
+    if (items.size() == 1 && !IsMixed(tree, place.mSchema, place.mPath)) {
+        return DeleteProperty(tree, place.mSchema, place.mPath);
+    }
+    LanguageMarks marks(tree, place, items);
     const auto index = static_cast<std::size_t>(found - items.begin()) + 1;
-    const UTF8String whole = items.size() == 1 ? place.mPath : ItemPath(place.mPath, index);
-    return DeleteProperty(tree, place.mSchema, whole);
+    return DeleteProperty(tree, place.mSchema, ItemPath(place.mPath, index));
 }
 
 void SetLocalizedText(XMPMetaHandle tree, const UTF8String& givenSchema, const UTF8String& givenPath,
                       const UTF8String& /*genericLanguage*/, const UTF8String& specificLanguage,
                       std::string_view value) {
-    const Place place = BasePlace(givenSchema, givenPath);
-    const UTF8String& schema = place.mSchema;
-    const UTF8String& path = place.mPath;
     const UTF8String text = CheckedValue(value);
-    CheckWritable(schema, path);
+    CheckWritable(givenSchema, givenPath);
     CheckLanguage(specificLanguage);
-    std::optional<std::vector<AlternativeItem>> items = Items(tree, schema, path);
+    const Place place = NormalPlace(tree, givenSchema, givenPath);
+    std::optional<std::vector<AlternativeItem>> items = Items(tree, place.mSchema, place.mPath);
     if (!items) {
-        SetProperty(tree, schema, path, {}, kLanguageAlternative);
+        SetProperty(tree, place.mSchema, place.mPath, {}, kLanguageAlternative);
         items.emplace();
     }
-    const auto found = std::find_if(items->begin(), items->end(), [&](const AlternativeItem& item) {
-        return SameLanguage(item.mLanguage, specificLanguage);
-    });
-    if (found != items->end()) {
-        SetArrayItem(tree, schema, path, static_cast<int>(found - items->begin()) + 1, text);
-        return;
-    }
-    const bool isDefault = SameLanguage(specificLanguage, kDefaultLanguage);
-    std::size_t count = items->size();
-    if (count == 0 && !isDefault) {
-        AddItem(tree, schema, path, ++count, UTF8String(kDefaultLanguage), text);
-    }
-    AddItem(tree, schema, path, isDefault ? 1 : count + 1, specificLanguage, text);
+    LanguageMarks marks(tree, place, *items);
+    SetItem(tree, place, *items, specificLanguage, text);
+    marks.Settle(specificLanguage);
 }
 
 }  // namespace zephmetadata::toolkit

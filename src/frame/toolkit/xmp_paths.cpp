@@ -1,6 +1,7 @@
 #include "frame/toolkit/xmp_paths.h"
 
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <utility>
 
@@ -41,6 +42,27 @@ bool HoldsReservedName(std::string_view path) {
     }
     return false;
 }
+
+/// Names that the toolkit reads and writes elsewhere.
+struct Alias {
+    std::string_view mSchema;
+    std::string_view mName;
+    std::string_view mBaseSchema;
+    std::string_view mBasePath;
+};
+
+constexpr std::string_view kExif = "http://ns.adobe.com/exif/1.0/";
+constexpr std::string_view kTiff = "http://ns.adobe.com/tiff/1.0/";
+constexpr std::string_view kDublinCore = "http://purl.org/dc/elements/1.1/";
+constexpr std::string_view kBasic = "http://ns.adobe.com/xap/1.0/";
+constexpr auto kAliases = std::to_array<Alias>({
+    {kExif, "exif:DateTimeDigitized", kBasic, "xmp:CreateDate"},
+    {kTiff, "tiff:Artist", kDublinCore, "dc:creator[1]"},
+    {kTiff, "tiff:Copyright", kDublinCore, "dc:rights"},
+    {kTiff, "tiff:DateTime", kBasic, "xmp:ModifyDate"},
+    {kTiff, "tiff:ImageDescription", kDublinCore, "dc:description"},
+    {kTiff, "tiff:Software", kBasic, "xmp:CreatorTool"},
+});
 
 }  // namespace
 
@@ -91,6 +113,18 @@ UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8St
         }
     }
     return normal;
+}
+
+Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
+    UTF8String normal = NormalPath(tree, schema, path);
+    const std::string_view name = std::string_view(normal).substr(0, FirstStepLength(normal));
+    const auto* const alias = std::find_if(kAliases.begin(), kAliases.end(), [&](const Alias& candidate) {
+        return candidate.mSchema == schema && candidate.mName == name;
+    });
+    if (alias == kAliases.end()) {
+        return {schema, std::move(normal)};
+    }
+    return {UTF8String(alias->mBaseSchema), normal.replace(0, name.size(), alias->mBasePath)};
 }
 
 bool IsAtOrBelow(std::string_view path, std::string_view parent) {

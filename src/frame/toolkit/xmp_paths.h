@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "frame/toolkit/place.h"
 #include "frame/toolkit/toolkit.h"
 
 /// Checks of names, texts and path expressions before they reach the toolkit, which accepts what it cannot write back,
@@ -29,6 +30,10 @@ void CheckWritable(const UTF8String& schema, const UTF8String& path);
 
 /// The path as the toolkit's walks return it: with the prefix of the first step and with numbers for "[last()]".
 UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
+
+/// Where @p path leads. Some names stand for properties of other schemas (tiff:Artist for the first dc:creator); the
+/// two that stand for the x-default item of an alternative lead to the whole of it.
+Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 
 /// True when @p path is @p parent or lies below it, by whole steps.
 bool IsAtOrBelow(std::string_view path, std::string_view parent);

@@ -10,7 +10,7 @@ namespace zephmetadata::toolkit {
 namespace {
 
 // The marks at and below @p path; they stand together, but for those of siblings whose names begin with the same text.
-void EraseMarks(std::set<MixedMark>& marks, const UTF8String& schema, const UTF8String& path) {
+void EraseMarks(std::set<Place>& marks, const UTF8String& schema, const UTF8String& path) {
     for (auto mark = marks.lower_bound({schema, path});
          mark != marks.end() && mark->mSchema == schema && mark->mPath.starts_with(path);) {
         mark = IsAtOrBelow(mark->mPath, path) ? marks.erase(mark) : std::next(mark);
@@ -78,27 +78,28 @@ void RemoveProperties(XMPMetaHandle tree, const UTF8String& schema, const UTF8St
 }
 
 void MarkMixed(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
-    tree->mMixed.insert({schema, NormalPath(tree, schema, path)});
+    tree->mMixed.insert(NormalPlace(tree, schema, path));
 }
 
 bool IsMixed(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
     if (tree->mMixed.empty() || path.empty() || !PrefixOf(schema)) {
         return false;
     }
-    UTF8String parent = NormalPath(tree, schema, path);
-    while (!tree->mMixed.contains({schema, parent})) {
-        const std::size_t step = parent.find_last_of("/[");
+    Place place = NormalPlace(tree, schema, path);
+    while (!tree->mMixed.contains(place)) {
+        const std::size_t step = place.mPath.find_last_of("/[");
         if (step == UTF8String::npos || step == 0) {
             return false;
         }
-        parent.resize(step);
+        place.mPath.resize(step);
     }
     return true;
 }
 
 void ClearMixed(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
     if (!tree->mMixed.empty() && !path.empty() && PrefixOf(schema)) {
-        EraseMarks(tree->mMixed, schema, NormalPath(tree, schema, path));
+        const Place place = NormalPlace(tree, schema, path);
+        EraseMarks(tree->mMixed, place.mSchema, place.mPath);
     }
 }
 

@@ -9,8 +9,8 @@
 namespace zephmetadata::toolkit {
 namespace {
 
-/// The namespace of a top-level property and its path with prefix, as in "dc:title".
-using TopProperty = MixedMark;
+/// As in "dc:title".
+using TopProperty = Place;
 
 /// The external top-level properties of a tree. Of a merged tree, a property may be marked that the tree does not hold.
 struct TopProperties {
@@ -33,7 +33,7 @@ TopProperties ExternalProperties(XMPMetaHandle tree, const IsInternalProperty& i
             insert(properties.mHeld, node.mSchema, node.mPath);
         }
     }
-    for (const MixedMark& mark : tree->mMixed) {
+    for (const Place& mark : tree->mMixed) {
         insert(properties.mMixed, mark.mSchema, mark.mPath.substr(0, mark.mPath.find_first_of("/[")));
     }
     return properties;

@@ -70,11 +70,6 @@ void MoveDefaultsFirst(std::vector<Node>& nodes) {
     }
 }
 
-// What counts in a comparison. Whether an alternative is one of languages follows from its items.
-std::uint32_t Kind(const Node& node) {
-    return node.mOptions & ((kPropCompositeMask & ~kPropArrayIsAltText) | XMP_PROP_VALUE_IS_URI);
-}
-
 std::vector<Node> ComparableNodes(XMPMetaHandle tree) {
     std::vector<Node> nodes = Nodes(tree, {}, {}, Walk::kSubtree);
     MoveDefaultsFirst(nodes);
@@ -135,12 +130,16 @@ XMPMetaPtr CloneTree(XMPMetaHandle tree) {
     return clone;
 }
 
+std::uint32_t KindOf(const Node& node) {
+    return node.mOptions & ((kPropCompositeMask & ~kPropArrayIsAltText) | XMP_PROP_VALUE_IS_URI);
+}
+
 bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right) {
     const std::vector<Node> leftNodes = ComparableNodes(left);
     const std::vector<Node> rightNodes = ComparableNodes(right);
     return std::equal(
         leftNodes.begin(), leftNodes.end(), rightNodes.begin(), rightNodes.end(), [](const Node& l, const Node& r) {
-            return l.mSchema == r.mSchema && l.mPath == r.mPath && l.mValue == r.mValue && Kind(l) == Kind(r);
+            return l.mSchema == r.mSchema && l.mPath == r.mPath && l.mValue == r.mValue && KindOf(l) == KindOf(r);
         });
 }
 

@@ -12,7 +12,9 @@
 /// Throughout: @p schema is a namespace URI, @p path an expression relative to it ("title", "dc:title[2]",
 /// "CreatorContactInfo/Iptc4xmpCore:CiAdrCity", "title[1]/?xml:lang"), trees are not null. Functions throw XMPError
 /// when the toolkit refuses (ill-formed path, composite where a simple value is asked for, text that does not convert);
-/// "nothing there" is an empty optional or false. A change of a marked (mixed) path clears its mark and those below it.
+/// "nothing there" is an empty optional or false. A change of a marked (mixed) path clears its mark and those below it; a
+/// change of one item of a marked array leaves the array marked, and setting one language of a marked alternative leaves
+/// the other languages marked.
 namespace zephmetadata::toolkit {
 
 // Node options, as the XMP toolkits document them.
@@ -54,6 +56,9 @@ struct Node {
     UTF8String mValue;
     std::uint32_t mOptions = 0;
 };
+
+/// What counts of the options in a comparison. Whether an alternative is one of languages follows from its items.
+std::uint32_t KindOf(const Node& node);
 
 enum class Walk { kSubtree, kJustChildren };
 

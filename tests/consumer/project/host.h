@@ -38,5 +38,7 @@ int CheckPaths(const Arguments& arguments);
 int CheckValues(const Arguments& arguments);
 int CheckProviders(const Arguments& arguments);
 int CheckViews(const Arguments& arguments);
+/// Installs packages: to be run last.
+int CheckExtensions(const Arguments& arguments);
 
 }  // namespace host

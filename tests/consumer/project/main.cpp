@@ -11,9 +11,9 @@ int CheckAll(const host::Arguments& arguments) {
         int (*mCheck)(const host::Arguments&);
     };
     const Part parts[] = {
-        {"library", host::CheckLibrary}, {"platform", host::CheckPlatform}, {"definitions", host::CheckDefinitions},
-        {"paths", host::CheckPaths},     {"values", host::CheckValues},     {"providers", host::CheckProviders},
-        {"views", host::CheckViews},
+        {"library", host::CheckLibrary}, {"platform", host::CheckPlatform},     {"definitions", host::CheckDefinitions},
+        {"paths", host::CheckPaths},     {"values", host::CheckValues},         {"providers", host::CheckProviders},
+        {"views", host::CheckViews},     {"extensions", host::CheckExtensions},
     };
     int failures = 0;
     for (const Part& part : parts) {

@@ -63,6 +63,59 @@ private:
     XMPMetaPtr mTree = CreateXMPMeta();
 };
 
+/// A host's own way to present other providers: the tree of the first that has one.
+class FirstOf : public ProxyProviderImpl {
+public:
+    FirstOf() = default;
+    explicit FirstOf(const std::vector<sp<MetaDataProvider>>& providers)
+        : ProxyProviderImpl(providers), mProviders(providers) {
+        OnProxyMetaDataChange(nullptr);
+    }
+
+    void Add(const sp<MetaDataProvider>& provider) {
+        mProviders.push_back(provider);
+        AddProxyProvider(provider);
+        OnProxyMetaDataChange(nullptr);
+    }
+    void Replace(const std::vector<sp<MetaDataProvider>>& providers) {
+        mProviders = providers;
+        ResetProxyProviders(providers);
+    }
+    void Clear() { ResetProxyProviders(); }
+    int mRebuilds = 0;
+
+private:
+    void OnProxyMetaDataChange(XMPMetaHandle /*changed*/) override {
+        ++mRebuilds;
+        for (const auto& provider : mProviders) {
+            if (const XMPMetaPtr tree = *MetaDataReadAccess(provider)) {
+                GetAllDynamicSchemas(tree.get());
+                ResetMetaData(tree.get(), true);
+                return;
+            }
+        }
+    }
+    void DoWriteChanges(const std::vector<Path>& changes) override { ProxyProviderImpl::DoWriteChanges(changes); }
+    void WriteChanges(const std::vector<Path>& changes) override {
+        MetaDataUpdateAccess access(mProviders.front());
+        for (const Path& path : changes) {
+            access.AddChange(path);
+        }
+    }
+
+    std::vector<sp<MetaDataProvider>> mProviders;
+};
+
+/// What only a subclass of the library's own proxies can call.
+class TellingAggregate : public AggregateProvider {
+public:
+    void Tell() { AggregateProvider::OnProxyMetaDataChange(nullptr); }
+};
+class TellingDisjoint : public DisjointSchemaProxyProvider {
+public:
+    void Tell() { DisjointSchemaProxyProvider::OnProxyMetaDataChange(nullptr); }
+};
+
 Path At(const char* expression) {
     return PathForExpression(expression);
 }
@@ -150,6 +203,68 @@ int CheckBareProvider() {
     return 0;
 }
 
+sp<CountingProvider> Labelled(const char* label) {
+    const XMPMetaPtr tree = CreateXMPMeta();
+    SetValue(tree.get(), At("xmp:Label"), label);
+    return std::make_shared<CountingProvider>(tree.get());
+}
+
+int CheckAggregate() {
+    const auto red = Labelled("Red");
+    const auto blue = Labelled("Blue");
+    const auto aggregate = std::make_shared<TellingAggregate>();
+    aggregate->AddProvider(red, false);
+    aggregate->Tell();
+    CHECK(Read(aggregate, "xmp:Label") == "Red");
+    const std::vector<sp<MetaDataProvider>> both = {red, blue};
+    aggregate->ResetProviders(both);
+    CHECK(IsMixed(*MetaDataReadAccess(aggregate), At("xmp:Label")));
+    CHECK(aggregate->AggregateProvider::QueryPathStatus(At("xmp:Label"), kPathWritable));
+    Edit(aggregate, "xmp:Label", "Green");
+    CHECK(red->mWrites == 1 && blue->mWrites == 1 && Read(blue, "xmp:Label") == "Green");
+    CHECK(IsInstanceData(At("xmpMM:DocumentID")) && !IsInstanceData(At("xmp:Label")));
+
+    std::vector<sp<PropertyDefinition>> properties;
+    aggregate->AggregateProvider::GetAllPathsForDynamicSchema(MakeDynamicSchemaNamespace("none"), properties);
+    CHECK(properties.empty());
+    aggregate->ResetProviders();
+    CHECK(*MetaDataReadAccess(aggregate) == nullptr);
+    CHECK(Read(std::make_shared<AggregateProvider>(both), "xmp:Label") == "Green");
+    return 0;
+}
+
+int CheckDisjoint() {
+    const auto base = Labelled("Red");
+    const auto titles = Labelled("Blue");
+    const auto provider = std::make_shared<TellingDisjoint>();
+    provider->RegisterBaseProvider(base);
+    provider->RegisterProvider(NamespaceDefinition(At("dc:title").mNamespace), titles);
+    Edit(provider, "dc:title", "Tide");
+    CHECK(titles->mWrites == 1 && base->mWrites == 0 && Read(provider, "xmp:Label") == "Red");
+    CHECK(provider->DisjointSchemaProxyProvider::QueryPathStatus(At("dc:title"), kPathReadable));
+    provider->Tell();
+    CHECK(Read(provider, "dc:title") == "Tide");
+    provider->ClearProviders();
+    CHECK(*MetaDataReadAccess(provider) == nullptr && Read(base, "dc:title") == "<none>");
+    return 0;
+}
+
+int CheckHostProxy() {
+    const auto red = Labelled("Red");
+    const auto first = std::make_shared<FirstOf>();
+    first->Add(red);
+    red->MetaDataChanged();
+    CHECK(first->mRebuilds == 2 && Read(first, "xmp:Label") == "Red");
+    Edit(first, "xmp:Label", "Green");
+    CHECK(red->mWrites == 1 && !first->ProxyProviderImpl::WritesOwnChangeList());
+    first->Replace({Labelled("Blue")});
+    first->Clear();
+    red->MetaDataChanged();
+    CHECK(first->mRebuilds == 2);
+    CHECK(Read(std::make_shared<FirstOf>(std::vector<sp<MetaDataProvider>>{red}), "xmp:Label") == "Green");
+    return 0;
+}
+
 int CheckPhoto(const std::string& photo) {
     const UTF16String path = zephcore::PathFromNative(photo);
     const auto provider = std::make_shared<FileProvider>(path);
@@ -179,8 +294,8 @@ int CheckSidecar(const std::string& folder) {
 
 int CheckProviders(const Arguments& arguments) {
     const Session session;
-    return CheckMemoryProvider() | CheckNotification() | CheckBareProvider() | CheckPhoto(arguments.mPhoto) |
-           CheckSidecar(arguments.mFolder);
+    return CheckMemoryProvider() | CheckNotification() | CheckBareProvider() | CheckAggregate() | CheckDisjoint() |
+           CheckHostProxy() | CheckPhoto(arguments.mPhoto) | CheckSidecar(arguments.mFolder);
 }
 
 }  // namespace host

@@ -116,6 +116,48 @@ TEST(DirTest, IsCreatedAndDeletedWithoutFollowingLinks) {
     EXPECT_TRUE(fs::exists(outside));
 }
 
+TEST(DirTest, TellsAnEmptyFolderFromNone) {
+    const support::TempFolder folder;
+    const Dir dir(Wide(folder.Path()));
+    EXPECT_TRUE(dir.IsReadable());
+    EXPECT_FALSE(Dir(dir, u"missing").IsReadable());
+    folder.Write("file", "x");
+    EXPECT_FALSE(Dir(dir, u"file").IsReadable());
+}
+
+TEST(FileUtilsTest, TellsLinksFromWhatTheyLeadTo) {
+    const support::TempFolder folder;
+    folder.Write("file", "12345");
+    fs::create_symlink("file", folder.Path() / "link");
+    fs::create_symlink("nowhere", folder.Path() / "dangling");
+    struct Row {
+        const char* mName;
+        bool mIsLink;
+        std::optional<std::uint64_t> mLength;
+    };
+    for (const Row& row : {Row{"file", false, 5}, Row{"link", true, 5}, Row{"dangling", true, std::nullopt},
+                           Row{"missing", false, std::nullopt}, Row{".", false, std::nullopt}}) {
+        EXPECT_EQ(FileUtils::IsLink(Wide(folder.Path() / row.mName)), row.mIsLink) << row.mName;
+        EXPECT_EQ(FileUtils::FileLength(Wide(folder.Path() / row.mName)), row.mLength) << row.mName;
+    }
+}
+
+TEST(CanonicalPath, FollowsLinksToWhatIsThere) {
+    const support::TempFolder folder;
+    const fs::path base = fs::canonical(folder.Path());
+    folder.Write("sub/\xFF.xml", "x");
+    fs::create_directory_symlink("sub", base / "link");
+    fs::create_symlink("loop", base / "loop");
+    const UTF16String inner = Wide(base / "sub/\xFF.xml");
+    EXPECT_EQ(FileUtils::CanonicalPath(Wide(base / "link/../link/./\xFF.xml")), inner);
+    EXPECT_EQ(FileUtils::CanonicalPath(Wide(base / "link/")), Wide(base / "sub"));
+    EXPECT_EQ(FileUtils::CanonicalPath(u"/"), u"/");
+    for (const char* name : {"missing", "loop", "sub/\xFF.xml/below"}) {
+        EXPECT_EQ(FileUtils::CanonicalPath(Wide(base / name)), std::nullopt) << name;
+    }
+    EXPECT_EQ(FileUtils::CanonicalPath(u""), std::nullopt);
+}
+
 TEST(FileTest, CreateKeepsWhatIsThere) {
     const support::TempFolder folder;
     const File file(Wide(folder.Path() / "new"));

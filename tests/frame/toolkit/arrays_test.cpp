@@ -120,18 +120,25 @@ TEST_F(ArraysTest, SeparatingKeepsTheItemsAroundTheChange) {
     EXPECT_EQ(GetProperty(tree, kOwn, "b")->mOptions & kPropCompositeMask, kSeq);
 }
 
-TEST_F(ArraysTest, AChangeOfAnItemClearsTheMarkOfTheArray) {
-    const std::vector<void (*)(XMPMetaHandle)> changes = {
-        [](XMPMetaHandle t) { SetArrayItem(t, kOwn, "b", 1, "v"); },
-        [](XMPMetaHandle t) { AppendArrayItem(t, kOwn, "b", kBag, "v"); },
-        [](XMPMetaHandle t) { DeleteArrayItem(t, kOwn, "b", 1); },
-        [](XMPMetaHandle t) { SeparateArrayItems(t, kOwn, "b", kBag, "x"); },
-        [](XMPMetaHandle t) { SeparateArrayItems(t, kOwn, "b", kBag, *CatenateArrayItems(t, kOwn, "b")); },
+TEST_F(ArraysTest, ChangesOfItemsKeepTheMarkOfTheArrayAndChangesOfTheWholeClearIt) {
+    struct Row {
+        void (*mChange)(XMPMetaHandle);
+        bool mKeeps;
     };
-    for (std::size_t i = 0; i < changes.size(); ++i) {
+    const std::vector<Row> rows = {
+        {[](XMPMetaHandle t) { SetArrayItem(t, kOwn, "b", 1, "v"); }, true},
+        {[](XMPMetaHandle t) { SetArrayItem(t, kOwn, "b", 1, "v", kInsertBeforeItem); }, true},
+        {[](XMPMetaHandle t) { AppendArrayItem(t, kOwn, "b", kBag, "v"); }, true},
+        {[](XMPMetaHandle t) { SetProperty(t, kOwn, "b[1]", "v"); }, true},
+        {[](XMPMetaHandle t) { DeleteArrayItem(t, kOwn, "b", 1); }, true},
+        {[](XMPMetaHandle t) { SeparateArrayItems(t, kOwn, "b", kBag, "x"); }, false},
+        {[](XMPMetaHandle t) { SeparateArrayItems(t, kOwn, "b", kBag, *CatenateArrayItems(t, kOwn, "b")); }, false},
+        {[](XMPMetaHandle t) { DeleteProperty(t, kOwn, "b"); }, false},
+    };
+    for (std::size_t i = 0; i < rows.size(); ++i) {
         MarkMixed(mTree.get(), kOwn, "b");
-        changes[i](mTree.get());
-        EXPECT_FALSE(IsMixed(mTree.get(), kOwn, "b")) << "change " << i;
+        rows[i].mChange(mTree.get());
+        EXPECT_EQ(IsMixed(mTree.get(), kOwn, "b"), rows[i].mKeeps) << "change " << i;
     }
 }
 
@@ -185,6 +192,36 @@ TEST_F(LanguagesTest, SettingATextChangesNoOther) {
     EXPECT_EQ(GetLocalizedText(mTree.get(), kDC, "title", {}, "x-default"), "C");
     Set("x-default", "D");
     EXPECT_EQ(Texts(), "D:x-default C:de-CH F:fr ");
+}
+
+TEST_F(LanguagesTest, MarksStayWithTheLanguagesThatAreNotSet) {
+    const auto mixed = [&] {
+        std::string languages = IsMixed(mTree.get(), kDC, "title") ? "whole " : "";
+        for (const Node& node : Nodes(mTree.get(), kDC, "title", Walk::kSubtree)) {
+            const bool isItem = (node.mOptions & kPropIsQualifier) == 0;
+            languages += !isItem && IsMixed(mTree.get(), kDC, node.mPath) ? node.mValue + " " : "";
+        }
+        return languages;
+    };
+    Set("x-default", "X");
+    Set("de", "D");
+    Set("fr", "F");
+    MarkMixed(mTree.get(), kDC, "title");
+    Set("de", "D");
+    EXPECT_EQ(mixed(), "x-default fr ");
+    DeleteLocalizedText(mTree.get(), kDC, "title", "x-default");
+    EXPECT_EQ(mixed(), "fr ");
+    Set("x-default", "N");
+    EXPECT_EQ(mixed(), "fr ") << "the items moved";
+    Set("fr", "N");
+    EXPECT_EQ(mixed(), "");
+    for (const char* const language : {"x-default", "de"}) {
+        DeleteLocalizedText(mTree.get(), kDC, "title", language);
+    }
+    MarkMixed(mTree.get(), kDC, "title");
+    DeleteLocalizedText(mTree.get(), kDC, "title", "fr");
+    EXPECT_EQ(mixed(), "whole ") << "other sources may hold more";
+    EXPECT_EQ(Texts(), "");
 }
 
 TEST_F(LanguagesTest, TheFirstTextIsTheDefaultToo) {

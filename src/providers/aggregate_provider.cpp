@@ -1,0 +1,170 @@
+#include <algorithm>
+#include <unordered_set>
+
+#include "frame/toolkit/xmp_tree.h"
+#include "providers/merged_edits.h"
+#include "zephcore/text.h"
+#include "zephmetadata/providers.h"
+
+namespace zephmetadata {
+
+struct AggregateProvider::Merge {
+    XMPMetaPtr mTree;
+    PropertyUnits mUnits;  // what mTree held when it was built, or where it was written since
+};
+
+namespace {
+
+using Providers = std::vector<sp<MetaDataProvider>>;
+
+/// Each provider once.
+Providers Unique(const Providers& providers) {
+    std::unordered_set<const MetaDataProvider*> seen;
+    Providers unique;
+    std::copy_if(providers.begin(), providers.end(), std::back_inserter(unique),
+                 [&](const sp<MetaDataProvider>& provider) { return seen.insert(provider.get()).second; });
+    return unique;
+}
+
+XMPMetaPtr TreeOf(const sp<MetaDataProvider>& provider) {
+    return *MetaDataReadAccess(provider);
+}
+
+bool AddTo(TreeMerge& merge, const sp<MetaDataProvider>& provider) {
+    const XMPMetaPtr tree = TreeOf(provider);
+    try {
+        if (tree) {
+            merge.Add(tree.get());
+        }
+        return tree != nullptr;
+    } catch (const XMPError&) {
+        return false;
+    }
+}
+
+bool MayWriteAll(const MetaDataProvider& provider, const std::vector<Path>& changes) {
+    return std::all_of(changes.begin(), changes.end(),
+                       [&](const Path& path) { return provider.QueryPathStatus(path, kPathWritable); });
+}
+
+}  // namespace
+
+AggregateProvider::AggregateProvider() : mMerge(std::make_unique<Merge>()) {}
+
+AggregateProvider::AggregateProvider(const PolyRange<sp<MetaDataProvider>>& providers) : AggregateProvider() {
+    ResetProviders(providers);
+}
+
+AggregateProvider::~AggregateProvider() {
+    ResetProxyProviders();
+}
+
+void AggregateProvider::AddProvider(const sp<MetaDataProvider>& provider, bool rebuild) {
+    if (!provider) {
+        return;
+    }
+    mProviders.push_back(provider);
+    AddProxyProvider(provider);
+    if (rebuild) {
+        OnProxyMetaDataChange(nullptr);
+    }
+}
+
+void AggregateProvider::ResetProviders() {
+    ResetProviders(Providers());
+}
+
+void AggregateProvider::ResetProviders(const PolyRange<sp<MetaDataProvider>>& providers) {
+    const Providers released = std::exchange(mProviders, {});
+    ResetProxyProviders();
+    for (const sp<MetaDataProvider>& provider : providers) {
+        AddProvider(provider, false);
+    }
+    OnProxyMetaDataChange(nullptr);
+}
+
+bool AggregateProvider::QueryPathStatus(const Path& path, PathStatus status) const {
+    const Providers stayAlive = mProviders;
+    return std::any_of(stayAlive.begin(), stayAlive.end(),
+                       [&](const sp<MetaDataProvider>& provider) { return provider->QueryPathStatus(path, status); });
+}
+
+void AggregateProvider::GetAllPathsForDynamicSchema(const UTF8String& namespaceURI,
+                                                    std::vector<sp<PropertyDefinition>>& properties) {
+    properties.clear();
+    std::unordered_set<UTF8String> met;
+    for (const sp<MetaDataProvider>& provider : Providers(mProviders)) {
+        const XMPMetaPtr tree = TreeOf(provider);
+        if (!tree || namespaceURI.empty()) {
+            continue;
+        }
+        for (const toolkit::Node& node : toolkit::Nodes(tree.get(), namespaceURI, {}, toolkit::Walk::kSubtree)) {
+            if (node.mPath.empty() || !met.insert(node.mPath).second) {
+                continue;
+            }
+            const UTF8String name = node.mPath.substr(node.mPath.find(':') + 1);
+            const UTF16String label = zephcore::UTF8to16(name);
+            properties.push_back(CreateNewProperty(kPrimitiveType_Text, name, label, label, {}, {}));
+        }
+    }
+}
+
+void AggregateProvider::OnProxyMetaDataChange(XMPMetaHandle /*changed*/) {
+    const Providers providers = Unique(mProviders);
+    XMPMetaPtr tree;
+    *mMerge = {};
+    if (mProviders.size() == 1) {
+        tree = TreeOf(providers.front());
+    } else {
+        TreeMerge merge;
+        if (std::count_if(providers.begin(), providers.end(), [&](const auto& one) { return AddTo(merge, one); }) > 0) {
+            tree = merge.MergedTree();
+            *mMerge = {tree, merge.Units()};
+        }
+    }
+    for (const sp<MetaDataProvider>& provider : tree ? providers : Providers()) {
+        if (const XMPMetaPtr own = TreeOf(provider)) {
+            GetAllDynamicSchemas(own.get());
+        }
+    }
+    ResetMetaData(tree.get(), true);
+}
+
+void AggregateProvider::WriteChanges(const std::vector<Path>& changes) {
+    if (mProviders.size() != 1) {
+        WriteMerged(changes);
+        return;
+    }
+    MetaDataUpdateAccess access(mProviders.front());
+    for (const Path& path : changes) {
+        access.AddChange(path);
+    }
+}
+
+void AggregateProvider::WriteMerged(const std::vector<Path>& changes) {
+    std::vector<Path> shared;
+    std::copy_if(changes.begin(), changes.end(), std::back_inserter(shared),
+                 [](const Path& path) { return !IsInstanceData(path); });
+    const XMPMetaPtr tree = MetaDataAccess();
+    if (!tree || tree != mMerge->mTree || shared.empty()) {
+        return;
+    }
+    const MergedEdits edits(tree.get(), mMerge->mUnits, shared);
+    for (const sp<MetaDataProvider>& provider : Unique(mProviders)) {
+        if (!MayWriteAll(*provider, shared)) {
+            continue;
+        }
+        MetaDataUpdateAccess access(provider);
+        if (*access != nullptr) {
+            edits.ApplyTo(*access);
+        }
+        for (const Path& path : shared) {
+            access.AddChange(path);
+        }
+    }
+    if (tree == mMerge->mTree) {  // no source was replaced meanwhile
+        edits.Settle(mMerge->mUnits);
+    }
+}
+
+}  // namespace zephmetadata

@@ -1,0 +1,281 @@
+#include <algorithm>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "frame/toolkit/xmp_paths.h"
+#include "frame/xml_writer.h"
+#include "zephcore/files.h"
+#include "zephcore/text.h"
+#include "zephmetadata/views.h"
+
+namespace zephmetadata {
+
+namespace {
+
+using zephcore::UTF16to8;
+using Schemas = std::vector<sp<SchemaDefinition>>;
+
+constexpr std::string_view kMultiLineHeight = "3";
+
+/// Namespaces by prefix, in the order in which they are declared.
+using Prefixes = std::map<UTF8String, UTF8String>;
+
+/// Whether a document may declare @p prefix; any other would make it ill-formed.
+bool IsDeclarable(const UTF8String& prefix) {
+    return toolkit::IsNCName(prefix) && prefix != "xml" && prefix != "xmlns";
+}
+
+/// Of schemas that share a prefix the first keeps it.
+Prefixes PrefixesOf(const Schemas& schemas) {
+    Prefixes prefixes;
+    for (const auto& schema : schemas) {
+        if (schema && IsDeclarable(schema->mPrefix)) {
+            prefixes.try_emplace(schema->mPrefix, schema->mNamespace);
+        }
+    }
+    return prefixes;
+}
+
+bool HaveSameTexts(const EntryDefinition& left, const EntryDefinition& right) {
+    return left.mLabelZString == right.mLabelZString && left.mDescriptionZString == right.mDescriptionZString;
+}
+
+/// The properties of some schemas by name, those of one name in the order of the schemas.
+class PropertyIndex {
+public:
+    explicit PropertyIndex(const Schemas& schemas) {
+        for (const auto& schema : schemas) {
+            if (schema) {
+                Add(*schema);
+            }
+        }
+    }
+
+    /// The first of the name; null when there is none.
+    sp<PropertyDefinition> Find(const UTF8String& name) const {
+        const auto named = mProperties.find(name);
+        return named == mProperties.end() ? nullptr : named->second.front();
+    }
+
+    /// The first of the name that is not the same as @p property; null when there is none.
+    sp<PropertyDefinition> FindDifferent(const PropertyDefinition& property) const {
+        const auto named = mProperties.find(property.mName);
+        if (named == mProperties.end()) {
+            return nullptr;
+        }
+        const auto found = std::find_if(named->second.begin(), named->second.end(), [&](const auto& candidate) {
+            return candidate->mInternal != property.mInternal || !HaveSameTexts(*candidate, property);
+        });
+        return found == named->second.end() ? nullptr : *found;
+    }
+
+private:
+    void Add(const SchemaDefinition& schema) {
+        for (const auto& property : schema.mProperties) {
+            if (property) {
+                mProperties[property->mName].push_back(property);
+            }
+        }
+    }
+
+    std::unordered_map<UTF8String, std::vector<sp<PropertyDefinition>>> mProperties;
+};
+
+/// Finds the definitions of a registered schema by the names of properties as panels write them: "Name", or
+/// "Struct/prefix:field" for a field of a structure.
+class RegisteredEntries {
+public:
+    RegisteredEntries(const sp<SchemaDefinition>& schema, const Prefixes& prefixes)
+        : mSchema(schema), mProperties({schema}), mPrefixes(prefixes) {}
+
+    sp<EntryDefinition> Find(const UTF8String& name) const {
+        const sp<PropertyDefinition> property = mProperties.Find(name);
+        return property ? property : FindField(mSchema->mNamespace, name);
+    }
+
+private:
+    sp<EntryDefinition> FindField(const UTF8String& namespaceURI, const UTF8String& name) const {
+        const std::size_t slash = name.find('/');
+        const std::size_t colon = slash == UTF8String::npos ? slash : name.find(':', slash);
+        if (colon == UTF8String::npos) {
+            return nullptr;
+        }
+        const Path structure = PathForSchemaNameAndPropertyName(namespaceURI, name.substr(0, slash));
+        const sp<TypeDefinition> type = TypeEntryDefinition(structure);
+        if (!type) {
+            return nullptr;
+        }
+        const UTF8String fieldNamespace = NamespaceOf(name.substr(slash + 1, colon - slash - 1));
+        const UTF8String fieldName = name.substr(colon + 1);
+        const auto found = std::find_if(type->mFields.begin(), type->mFields.end(), [&](const auto& field) {
+            return field->mName == fieldName && field->mNamespace == fieldNamespace;
+        });
+        return found == type->mFields.end() ? nullptr : *found;
+    }
+
+    /// As the reader of the view resolves a prefix, else as paths do.
+    UTF8String NamespaceOf(const UTF8String& prefix) const {
+        const auto declared = mPrefixes.find(prefix);
+        return declared == mPrefixes.end() ? NamespaceForPrefix(prefix) : declared->second;
+    }
+
+    sp<SchemaDefinition> mSchema;
+    PropertyIndex mProperties;
+    const Prefixes& mPrefixes;
+};
+
+bool IsChoice(const std::optional<UTF8String>& type) {
+    return type == PrimitiveTypeAsPrimitiveTypeId(kPrimitiveType_OpenChoice) ||
+           type == PrimitiveTypeAsPrimitiveTypeId(kPrimitiveType_ClosedChoice);
+}
+
+/// What of a property differs from its definition.
+struct Differences {
+    bool mReadOnly = false;
+    bool mLabel = false;
+    bool mDescription = false;
+    bool mChoices = false;  ///< its values became those of a choice
+};
+
+Differences TextDifferences(const PropertyDefinition& property, const EntryDefinition& definition) {
+    Differences differences;
+    differences.mLabel = definition.mLabelZString != property.mLabelZString;
+    differences.mDescription = definition.mDescriptionZString != property.mDescriptionZString;
+    return differences;
+}
+
+class ViewWriter {
+public:
+    ViewWriter(XMLWriter& document, const Schemas& presented, const Schemas& comparison)
+        : mDocument(document), mPresented(presented), mComparison(comparison), mPrefixes(PrefixesOf(presented)) {}
+
+    void Write(const GenericPanelManifestParser::ManifestInfo& info) {
+        mDocument.Begin("views");
+        mDocument.Attribute("xmlns", UINamespaceURI);
+        mDocument.BeginChildren();
+        mDocument.Begin("view");
+        for (const auto& [prefix, namespaceURI] : mPrefixes) {
+            mDocument.Attribute("xmlns:" + prefix, namespaceURI);
+        }
+        mDocument.Attribute("name", UTF16to8(info.name));
+        mDocument.Attribute("label", UTF16to8(info.label));
+        mDocument.Attribute("description", UTF16to8(info.description));
+        mDocument.BeginChildren();
+        for (const auto& schema : mPresented) {
+            if (schema) {
+                WriteSchema(*schema);
+            }
+        }
+        mDocument.EndChildren("view");
+        mDocument.EndChildren("views");
+    }
+
+private:
+    void WriteSchema(const SchemaDefinition& schema) {
+        const bool isSection = !schema.mLabelZString.empty();
+        if (isSection) {
+            mDocument.Begin("section");
+            mDocument.Attribute("label", UTF16to8(schema.mLabelZString));
+            mDocument.BeginChildren();
+        }
+        const sp<SchemaDefinition> registered = NamespaceDefinition(schema.mNamespace);
+        const auto entries = registered ? std::optional(RegisteredEntries(registered, mPrefixes)) : std::nullopt;
+        for (const auto& property : schema.mProperties) {
+            if (property) {
+                WriteEntry(schema.mPrefix, *property, entries);
+            }
+        }
+        if (isSection) {
+            mDocument.EndChildren("section");
+        }
+    }
+
+    void WriteEntry(const UTF8String& prefix, const PropertyDefinition& property,
+                    const std::optional<RegisteredEntries>& registered) {
+        const std::optional<UIAttributes>& hints = property.mUIAttributes;
+        if (!hints || !property.mName.empty()) {
+            WriteProperty(prefix, property,
+                          registered ? FromRegistered(property, *registered) : FromComparison(property));
+        }
+        if (hints && hints->mSeparator) {
+            mDocument.Empty("separator");
+        }
+    }
+
+    static Differences FromRegistered(const PropertyDefinition& property, const RegisteredEntries& registered) {
+        const sp<EntryDefinition> definition = registered.Find(property.mName);
+        if (!definition) {
+            return {};
+        }
+        Differences differences = TextDifferences(property, *definition);
+        differences.mChoices = property.mType != definition->mType && property.mElementType &&
+                               definition->mType == property.mElementType && IsChoice(property.mType);
+        return differences;
+    }
+
+    Differences FromComparison(const PropertyDefinition& property) const {
+        const sp<PropertyDefinition> definition = mComparison.FindDifferent(property);
+        if (!definition) {
+            return {};
+        }
+        Differences differences = TextDifferences(property, *definition);
+        differences.mReadOnly = property.mInternal && !definition->mInternal;
+        return differences;
+    }
+
+    void WriteProperty(const UTF8String& prefix, const PropertyDefinition& property, const Differences& differences) {
+        mDocument.Begin("property");
+        mDocument.Attribute("name", prefix + ":" + property.mName);
+        Attribute("readOnly", "true", differences.mReadOnly);
+        Attribute("label", UTF16to8(property.mLabelZString), differences.mLabel);
+        Attribute("description", UTF16to8(property.mDescriptionZString), differences.mDescription);
+        Attribute("widget", "dropdown", differences.mChoices);
+        Attribute("openChoice", "true",
+                  differences.mChoices && property.mType == PrimitiveTypeAsPrimitiveTypeId(kPrimitiveType_OpenChoice));
+        Attribute("multiLines", UTF8String(kMultiLineHeight),
+                  property.mUIAttributes && property.mUIAttributes->mMultiLine);
+        if (!differences.mChoices) {
+            mDocument.EndEmpty();
+            return;
+        }
+        mDocument.BeginChildren();
+        for (const auto& choice : property.mChoices) {
+            mDocument.Begin("choice");
+            mDocument.Attribute("label", UTF16to8(choice->mLabelZString));
+            mDocument.Attribute("value", choice->mRawValue);
+            mDocument.EndEmpty();
+        }
+        mDocument.EndChildren("property");
+    }
+
+    void Attribute(std::string_view name, const UTF8String& value, bool isWritten) {
+        if (isWritten) {
+            mDocument.Attribute(name, value);
+        }
+    }
+
+    XMLWriter& mDocument;
+    const Schemas& mPresented;
+    PropertyIndex mComparison;
+    Prefixes mPrefixes;
+};
+
+}  // namespace
+
+bool WriteViewDefinitionsFileFromSchema(const Schemas& presented, const Schemas& comparison,
+                                        const GenericPanelManifestParser::ManifestInfo& info, const UTF16String& path) {
+    XMLWriter document;
+    if (!presented.empty()) {
+        ViewWriter(document, presented, comparison).Write(info);
+    }
+    if (!zephcore::FileUtils::EnsureDirectoryExists(zephcore::File(path).Parent().FullPath())) {
+        return false;
+    }
+    static_cast<void>(zephcore::FileUtils::SimpleWriteStringToFile(path, document.Text()));
+    return true;
+}
+
+}  // namespace zephmetadata

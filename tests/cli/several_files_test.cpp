@@ -1,0 +1,82 @@
+#include "cli/cli_runner.h"
+
+namespace cli {
+namespace {
+
+/// Commands over several files, which they take for one.
+class SeveralFiles : public CliTest {
+protected:
+    std::vector<Json> Values(const Arguments& files, const std::string& path) const {
+        std::vector<Json> values;
+        for (const std::string& file : files) {
+            values.push_back(Get(file, {path}).at(path));
+        }
+        return values;
+    }
+};
+
+TEST_F(SeveralFiles, AreReadAsOne) {
+    EXPECT_EQ(Zephmeta({"get", "packet.jpg", "packet.png", "dc:creator", "dc:title"}),
+              Zephmeta({"get", "packet.jpg", "dc:creator", "dc:title"}))
+        << "equal files";
+    const Outcome outcome = Zephmeta({"get", "--json", "packet.jpg", "harbour.jpg", "dc:creator", "dc:title"});
+    EXPECT_EQ(outcome.mStatus, 0);
+    const Json shown = Json::parse(outcome.mOutput);
+    EXPECT_EQ(shown, (Json{{"dc:creator", "Ines Calder; Tomas Wren"}, {"dc:title", {{"state", "mixed"}}}}));
+    EXPECT_EQ(Zephmeta({"get", "packet.jpg", "plain.jpg", "dc:title"}), (Outcome{0, "(different values)\n", ""}))
+        << "a file without XMP has no title";
+    EXPECT_EQ(Zephmeta({"get", "packet.jpg", "broken-packet.jpg", "dc:title"}).mErrors, kBrokenPacket);
+}
+
+TEST_F(SeveralFiles, ShareAPanel) {
+    const Outcome outcome = Zephmeta({"panel", "packet.jpg", "harbour.jpg", "packet.jpg", "--json"});
+    EXPECT_EQ(outcome.mStatus, 0) << outcome;
+    const Json panel = Json::parse(outcome.mOutput);
+    EXPECT_EQ(panel.at("files"), (Json{"packet.jpg", "harbour.jpg"})) << "each once";
+    Json states = Json::object();
+    for (const Json& item : panel.at("items")) {
+        if (item.contains("path")) {
+            states[item.at("path").get<std::string>()] = item.at("state");
+        }
+    }
+    EXPECT_EQ(states.at("dc:title"), "mixed");
+    EXPECT_EQ(states.at("dc:creator"), "value");
+}
+
+TEST_F(SeveralFiles, AreEditedTogetherAndKeepWhatIsTheirOwn) {
+    const Arguments files = {"harbour.jpg", "packet.png", "plain.jpg"};
+    const std::vector<Json> titles = Values(files, "dc:title");
+    EXPECT_EQ(Zephmeta({"set", "harbour.jpg", "packet.png", "plain.jpg", "drawing.svg", "dc:source=Together", "--add",
+                        "dc:subject=new", "dc:title[?xml:lang=\"de\"]=Hafen"}),
+              (Outcome{1, "harbour.jpg: written\npacket.png: written\nplain.jpg: written\n",
+                       "drawing.svg: XMP of this format can be read but not written\n"}));
+    EXPECT_EQ(Values(files, "dc:source"), (std::vector<Json>{"Together", "Together", "Together"}));
+    EXPECT_EQ(Values(files, "dc:subject"),
+              (std::vector<Json>{"harbour; boats; \"dawn; early\"; sea; new", "boats; \"dawn; early\"; new", "new"}));
+    EXPECT_EQ(Values(files, "dc:title"), (std::vector<Json>{titles[0], titles[1], "Hafen"}));
+    const std::vector<Json> documents = Values(files, "xmpMM:DocumentID");
+    EXPECT_EQ(std::set<Json>(documents.begin(), documents.end()).size(), files.size()) << "each is its own document";
+}
+
+TEST_F(SeveralFiles, ThatHoldTheValueAlreadyStayAsTheyAre) {
+    ASSERT_EQ(Zephmeta({"set", "packet.png", "dc:source=same"}).mStatus, 0);
+    const std::string bytes = Bytes("packet.png");
+    EXPECT_EQ(Zephmeta({"set", "packet.png", "packet.jpg", "dc:source=same"}),
+              (Outcome{0, "packet.png: unchanged\npacket.jpg: written\n", ""}));
+    EXPECT_EQ(Bytes("packet.png"), bytes);
+}
+
+TEST_F(SeveralFiles, RefuseWhatMakesSenseForOneAlone) {
+    for (const char* const assignment : {"dc:subject[1]=x", "xmpMM:DocumentID=x"}) {
+        const std::string first = Bytes("harbour.jpg");
+        const std::string second = Bytes("packet.png");
+        const Outcome outcome = Zephmeta({"set", "harbour.jpg", "packet.png", assignment});
+        EXPECT_EQ(outcome.mStatus, 1) << assignment;
+        EXPECT_EQ(outcome.mOutput, "") << assignment;
+        EXPECT_THAT(outcome.mErrors, ::testing::HasSubstr("packet.png: ")) << assignment;
+        EXPECT_TRUE(Bytes("harbour.jpg") == first && Bytes("packet.png") == second) << assignment;
+    }
+}
+
+}  // namespace
+}  // namespace cli

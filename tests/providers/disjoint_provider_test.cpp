@@ -1,0 +1,127 @@
+#include "support/test_provider.h"
+#include "support/values_test.h"
+
+namespace zephmetadata {
+namespace {
+
+using support::Callback;
+using support::TestProvider;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// A base provider, and Dublin Core in a provider of its own.
+class Disjoint : public support::TreeTest {
+protected:
+    sp<TestProvider> Source(const std::string& body) {
+        Load(body);
+        const auto source = std::make_shared<TestProvider>(Tree());
+        source->mOwnChangeList = true;
+        return source;
+    }
+
+    static std::string Shown(const sp<MetaDataProvider>& provider, const std::string& expression) {
+        const MetaDataReadAccess access(provider);
+        std::string text;
+        return GetValue(*access, At(expression), text) ? text : "<none>";
+    }
+
+    static void Edit(const sp<MetaDataProvider>& provider, const std::string& expression, const std::string& value) {
+        MetaDataUpdateAccess access(provider);
+        const Path path = At(expression);
+        value.empty() ? DeleteValue(*access, path) : SetValue(*access, path, value);
+        access.AddChange(path);
+    }
+
+    void Connect() {
+        mProvider->RegisterBaseProvider(mBase);
+        mProvider->RegisterProvider(NamespaceDefinition(At("dc:source").mNamespace), mRouted);
+    }
+
+    sp<TestProvider> mBase = Source("<xmp:Label>base</xmp:Label><dc:source>covered</dc:source>");
+    sp<TestProvider> mRouted = Source("<dc:source>routed</dc:source><xmp:Rating>5</xmp:Rating>");
+    sp<DisjointSchemaProxyProvider> mProvider = std::make_shared<DisjointSchemaProxyProvider>();
+};
+
+TEST_F(Disjoint, ShowsEachSchemaFromItsProvider) {
+    EXPECT_EQ(*MetaDataReadAccess(mProvider), nullptr);
+    Connect();
+    EXPECT_EQ(Shown(mProvider, "xmp:Label"), "base");
+    EXPECT_EQ(Shown(mProvider, "dc:source"), "routed");
+    EXPECT_EQ(Shown(mProvider, "xmp:Rating"), "<none>") << "not of the routed schema";
+    EXPECT_EQ(*MetaDataReadAccess(mProvider), *MetaDataReadAccess(mBase)) << "the base provider's own tree";
+    Load("<dc:format>f</dc:format>");
+    mRouted->ResetMetaData(Tree(), true);
+    EXPECT_EQ(Shown(mProvider, "dc:source"), "covered") << "what the route no longer holds is the base's again";
+    EXPECT_EQ(Shown(mProvider, "dc:format"), "f");
+}
+
+TEST_F(Disjoint, WritesEachChangeToItsProvider) {
+    Connect();
+    Edit(mProvider, "dc:source", "n");
+    EXPECT_THAT(mRouted->mWrites, ElementsAre(ElementsAre(At("dc:source"))));
+    EXPECT_THAT(mBase->mWrites, IsEmpty());
+    EXPECT_EQ(Shown(mRouted, "dc:source"), "n");
+
+    std::string duringWrite;
+    mBase->mDuringWrite = [&] { duringWrite = Shown(mBase, "dc:source") + Shown(mBase, "xmp:Label"); };
+    Edit(mProvider, "xmp:Label", "l");
+    EXPECT_EQ(duringWrite, "<none>l") << "the base provider is written without the routed schema";
+    EXPECT_EQ(Shown(mProvider, "dc:source"), "n") << "and shows it again afterwards";
+    EXPECT_EQ(mRouted->mWrites.size(), 1U);
+
+    Edit(mProvider, "dc:source", "");
+    EXPECT_EQ(Shown(mRouted, "dc:source"), "<none>");
+    {
+        MetaDataUpdateAccess access(mProvider);
+        SetValue(*access, At("dc:subject"), "x; y; z");
+        access.AddChange(At("dc:subject"));
+    }
+    {
+        MetaDataUpdateAccess access(mProvider);
+        DeleteArrayItem(*access, At("dc:subject"), 0);
+        access.AddChange(At("dc:subject[1]"));
+    }
+    EXPECT_EQ(Shown(mRouted, "dc:subject"), "y; z") << "an item's path stands for its array";
+}
+
+TEST_F(Disjoint, KeepsASchemaInTheBaseWhileItsProviderHasNoTree) {
+    mRouted->ResetMetaData(nullptr, false);
+    Connect();
+    EXPECT_EQ(Shown(mProvider, "dc:source"), "covered");
+    std::string duringWrite;
+    mBase->mDuringWrite = [&] { duringWrite = Shown(mBase, "dc:source"); };
+    Edit(mProvider, "dc:source", "n");
+    EXPECT_THAT(mBase->mWrites, ElementsAre(ElementsAre(At("dc:source"))));
+    EXPECT_EQ(duringWrite, "n");
+}
+
+TEST_F(Disjoint, AsksTheProviderOfThePath) {
+    EXPECT_TRUE(mProvider->QueryPathStatus(At("dc:source"), kPathWritable)) << "without any, the base behaviour";
+    Connect();
+    mRouted->mReadOnlyNamespaces = {At("dc:source").mNamespace, At("xmp:Label").mNamespace};
+    EXPECT_FALSE(mProvider->QueryPathStatus(At("dc:source"), kPathWritable));
+    EXPECT_TRUE(mProvider->QueryPathStatus(At("xmp:Label"), kPathWritable));
+}
+
+TEST_F(Disjoint, GivesTheBaseItsTreeBackWhenCleared) {
+    Connect();
+    std::vector<XMPMetaHandle> told;
+    const auto callback = Callback([&](XMPMetaHandle tree) { told.push_back(tree); });
+    mProvider->NotifyWhenMetaDataChanged(callback);
+    mProvider->ClearProviders();
+    EXPECT_THAT(told, ElementsAre(nullptr));
+    EXPECT_EQ(*MetaDataReadAccess(mProvider), nullptr);
+    EXPECT_EQ(Shown(mBase, "dc:source"), "covered");
+    mBase->MetaDataChanged();
+    EXPECT_EQ(told.size(), 1U);
+    Connect();
+    for (const char* const expression : {"dc:source", "dc:coverage"}) {
+        Edit(mProvider, expression, "n");
+    }
+    mProvider.reset();
+    EXPECT_EQ(Shown(mBase, "dc:source"), "covered") << "an edit of a routed schema is the route's";
+    EXPECT_EQ(Shown(mBase, "dc:coverage"), "<none>");
+}
+
+}  // namespace
+}  // namespace zephmetadata

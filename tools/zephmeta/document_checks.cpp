@@ -1,0 +1,178 @@
+#include "document_checks.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <optional>
+#include <set>
+
+#include "console.h"
+#include "zephcore/files.h"
+#include "zephmetadata/zephmetadata.h"
+
+namespace zephmeta {
+
+namespace {
+
+namespace fs = std::filesystem;
+using namespace zephmetadata;
+
+/// The folder of the extension package that has @p file in its folder @p subfolder.
+std::optional<zephcore::Dir> PackageOf(const std::string& file, const char* subfolder) {
+    const fs::path folder = fs::absolute(file).lexically_normal().parent_path();
+    if (folder.filename() != subfolder || !fs::is_regular_file(folder.parent_path() / "manifest.xml")) {
+        return std::nullopt;
+    }
+    return zephcore::Dir(zephcore::PathFromNative(folder.parent_path().native()));
+}
+
+/// The documents of a folder in the order in which they are loaded; only those before @p end, when it is given.
+std::vector<UTF16String> Documents(const zephcore::Dir& folder, const std::string& end = {}) {
+    std::vector<UTF16String> paths;
+    for (const zephcore::File& document : folder.Files()) {
+        if (!end.empty() && zephcore::PathToNative(document.GetName()) == fs::path(end).filename()) {
+            break;
+        }
+        if (document.GetExtension(true) == u".xml") {
+            paths.push_back(document.FullPath());
+        }
+    }
+    return paths;
+}
+
+/// Merging adds properties without a look at their types.
+void CheckMergedTypes(Definitions parsed, const Definitions& registered, const UTF16String& path) {
+    std::set<UTF8String> checked;
+    for (const auto& schema : registered.first) {
+        checked.insert(schema->mNamespace);
+    }
+    std::erase_if(parsed.first, [&](const auto& schema) { return checked.contains(schema->mNamespace); });
+    CheckPropertyTypes(parsed.first, path);
+}
+
+/// The names of the registered views, but for those of an installed package of the same name as @p package, which the
+/// package would replace.
+std::set<UTF8String> TakenViewNames(const std::optional<zephcore::Dir>& package) {
+    std::set<UTF8String> names;
+    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
+        names.insert(view->mName);
+    }
+    if (!package) {
+        return names;
+    }
+    ExtensionManifestParser::ManifestInfo manifest;
+    ParseExtensionManifestFromDocument(zephcore::File(*package, u"manifest.xml").FullPath(), manifest);
+    for (const ExtensionPackage& installed : ExtensionPackages()) {
+        if (installed.name == manifest.name) {
+            std::for_each(installed.views.begin(), installed.views.end(), [&](const auto& view) { names.erase(view); });
+        }
+    }
+    return names;
+}
+
+/// The value of the attribute @p name in a start tag.
+std::string AttributeOf(const std::string& tag, const std::string& name) {
+    for (std::size_t at = tag.find(name); at != std::string::npos; at = tag.find(name, at + 1)) {
+        const std::size_t equals = tag.find_first_not_of(" \t\r\n", at + name.size());
+        const std::size_t quote = equals == std::string::npos ? equals : tag.find_first_of("\"'", equals);
+        const bool isWhole = std::string_view(" \t\r\n").find(tag[at - 1]) != std::string_view::npos;
+        if (isWhole && quote != std::string::npos && tag[equals] == '=') {
+            return tag.substr(quote + 1, tag.find(tag[quote], quote + 1) - quote - 1);
+        }
+    }
+    return {};
+}
+
+}  // namespace
+
+RootElement RootOf(const std::string& text) {
+    std::size_t at = text.find('<');
+    while (at != std::string::npos && at + 1 < text.size() && (text[at + 1] == '?' || text[at + 1] == '!')) {
+        const std::string_view end = text.compare(at, 4, "<!--") == 0 ? "-->" : ">";
+        at = text.find('<', std::min(text.find(end, at), text.size()));
+    }
+    if (at == std::string::npos) {
+        return {};
+    }
+    const std::string tag = text.substr(at + 1, text.find('>', at) - at - 1);
+    const std::string name = tag.substr(0, tag.find_first_of(" \t\r\n/"));
+    const std::size_t colon = name.find(':');
+    const std::string declaration = colon == std::string::npos ? "xmlns" : "xmlns:" + name.substr(0, colon);
+    return {name.substr(colon + 1), AttributeOf(tag, declaration)};
+}
+
+DocumentCheck::DocumentCheck(const std::string& file, const std::string& text) : mFile(file), mText(text) {
+    Begin();
+}
+
+UTF16String DocumentCheck::Path() const {
+    return zephcore::PathFromNative(mFile);
+}
+
+void DocumentCheck::Begin() {
+    mBefore = GetErrorInfos().size();
+}
+
+DocumentProblems DocumentCheck::Problems() const {
+    DocumentProblems problems = mOwn;
+    const std::vector<ErrorInfo> infos = GetErrorInfos();
+    for (std::size_t i = mBefore; i < infos.size(); ++i) {
+        problems.push_back({infos[i].line, Shown(infos[i].message)});
+    }
+    std::stable_sort(problems.begin(), problems.end(), [](const DocumentProblem& left, const DocumentProblem& right) {
+        return left.mLine < right.mLine;
+    });
+    return problems;
+}
+
+void CheckDefinitions(DocumentCheck& check) {
+    const auto package = PackageOf(check.File(), "schema");
+    if (package) {
+        for (const UTF16String& earlier : Documents(zephcore::Dir(*package, u"schema"), check.File())) {
+            ParseDocumentAndRegisterDefinitions(earlier, true);
+        }
+    }
+    const Definitions parsed = ParseDocumentForDefinitions(check.Path());
+    check.Begin();  // the problems of the document come again as it is registered
+    const Definitions registered = ParseDocumentAndRegisterDefinitions(check.Path(), package.has_value());
+    if (package) {
+        CheckMergedTypes(parsed, registered, check.Path());
+    }
+    if (parsed.first.empty() && parsed.second.empty() && check.Problems().empty()) {
+        check.Report("defines nothing");
+    }
+}
+
+void CheckViews(DocumentCheck& check) {
+    LoadAllViewDefinitions();
+    const auto package = PackageOf(check.File(), "view");
+    std::set<UTF8String> names = TakenViewNames(package);
+    if (package) {
+        for (const UTF16String& schema : Documents(zephcore::Dir(*package, u"schema"))) {
+            ParseDocumentAndRegisterDefinitions(schema, true);
+        }
+        for (const UTF16String& earlier : Documents(zephcore::Dir(*package, u"view"), check.File())) {
+            for (const sp<ViewDefinition>& view : ParseViewDefinitionsFromDocument(earlier)) {
+                names.insert(view->mName);
+            }
+        }
+    }
+    check.Begin();
+    for (const sp<ViewDefinition>& view : ParseViewDefinitionsFromDocument(check.Path())) {
+        if (!names.insert(view->mName).second) {
+            check.Report("a view named \"" + view->mName + "\" already exists");
+        }
+    }
+}
+
+void CheckPaths(DocumentCheck& check) {
+    LoadAllViewDefinitions();  // with the packages, whose properties have paths too
+    check.Begin();
+    std::set<Path> paths;
+    if (!ReadIncludedLeafPathsAsXMLFile(paths, check.Path())) {
+        check.Report("invalid XML.");
+    } else if (paths.empty()) {
+        check.Report("names no path that is defined and holds a value of its own");
+    }
+}
+
+}  // namespace zephmeta

@@ -1,0 +1,124 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <iostream>
+#include <string_view>
+
+#include "commands.h"
+#include "console.h"
+#include "json.h"
+#include "zephcore/files.h"
+#include "zephcore/text.h"
+#include "zephmetadata/zephmetadata.h"
+
+namespace zephmeta {
+
+namespace {
+
+using namespace zephmetadata;
+
+/// The names of the kinds of records, in the order of their numbers.
+constexpr auto kKindNames = std::to_array<std::string_view>({
+    "DefinitionParsingError",
+    "DefinitionRegistrationError",
+    "ErrorReadingXMP",
+    "ErrorWritingXMP",
+    "ViewDefinitionParsingError",
+    "ViewDefinitionRegistrationError",
+    "GenericPanelManifestError",
+    "ExtensionManifestParsingError",
+    "ExtensionPackageRegistrationError",
+});
+static_assert(kKindNames.size() == ErrorKind::ExtensionPackageRegistrationError + 1);
+
+/// The shortest text that is this number: 2024.1, not what lies nearest to it.
+std::string VersionText(float version) {
+    std::array<char, 64> text{};
+    const auto [end, error] = std::to_chars(text.data(), text.data() + text.size(), version);
+    return {text.data(), end};
+}
+
+bool LiesIn(const UTF16String& path, const UTF16String& folder) {
+    return path.size() > folder.size() && path.starts_with(folder) && path[folder.size()] == u'/';
+}
+
+/// Whether a record is about packages, by its kind or by the file that it is about.
+bool ConcernsPackages(const ErrorInfo& info) {
+    return info.kind == ErrorKind::ExtensionManifestParsingError ||
+           info.kind == ErrorKind::ExtensionPackageRegistrationError ||
+           LiesIn(info.context, CustomExtensionsGlobalDirectory()) ||
+           LiesIn(info.context, CustomExtensionsUserDirectory());
+}
+
+Json ToJson(const ExtensionPackage& package) {
+    return {{"name", zephcore::UTF16to8(package.name)},
+            {"version", std::stod(VersionText(package.version))},
+            {"path", zephcore::PathToNative(package.path)},
+            {"locFilePrefix", zephcore::UTF16to8(package.locFilePrefix)},
+            {"schemas", package.schemas},
+            {"views", package.views}};
+}
+
+void PrintPackagesAsJson() {
+    Json packages = Json::array();
+    for (const ExtensionPackage& package : ExtensionPackages()) {
+        packages.push_back(ToJson(package));
+    }
+    Json problems = Json::array();
+    for (const ErrorInfo& info : GetErrorInfos()) {
+        if (ConcernsPackages(info)) {
+            const auto kind = static_cast<std::size_t>(info.kind);
+            problems.push_back({{"kind", kKindNames.at(kind)},
+                                {"message", Shown(info.message)},
+                                {"context", zephcore::PathToNative(info.context)}});
+        }
+    }
+    std::cout << JsonPage({{"packages", packages}, {"problems", problems}}) << '\n';
+}
+
+std::string Count(std::size_t number, const std::string& thing, const std::string& things) {
+    return std::to_string(number) + " " + (number == 1 ? thing : things);
+}
+
+void PrintPackage(const ExtensionPackage& package) {
+    std::cout << OneLine(zephcore::UTF16to8(package.name)) << "  " << VersionText(package.version) << "  "
+              << OneLine(zephcore::PathToNative(package.path)) << '\n';
+    std::cout << "  " << Count(package.schemas.size(), "schema", "schemas") << '\n';
+    for (const UTF8String& uri : package.schemas) {
+        // What a package added to a schema of another one cannot be told from what was there.
+        const sp<SchemaDefinition> schema = NamespaceDefinition(uri);
+        std::cout << "    " << OneLine(schema ? schema->mPrefix : "") << "  " << OneLine(uri) << '\n';
+    }
+    std::cout << "  " << Count(package.views.size(), "view", "views") << '\n';
+    for (const UTF8String& name : package.views) {
+        const sp<ViewDefinition> view = GetViewDefinitionForName(name);
+        std::cout << "    " << OneLine(name) << "  " << Count(view ? view->mItems.size() : 0, "item", "items") << '\n';
+    }
+}
+
+void PrintPackages() {
+    for (const ExtensionPackage& package : ExtensionPackages()) {
+        PrintPackage(package);
+    }
+    if (ExtensionPackages().empty()) {
+        std::cout << "no extension packages in these folders:\n";
+        for (const UTF16String& folder : {CustomExtensionsGlobalDirectory(), CustomExtensionsUserDirectory()}) {
+            std::cout << "  " << OneLine(zephcore::PathToNative(folder)) << '\n';
+        }
+    }
+}
+
+}  // namespace
+
+int ShowPackages(bool json) {
+    Problems problems;
+    if (json) {
+        PrintPackagesAsJson();
+    } else {
+        PrintPackages();
+        problems.ReportCollected({});
+    }
+    return problems.ExitStatus();
+}
+
+}  // namespace zephmeta
