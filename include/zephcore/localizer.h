@@ -20,9 +20,10 @@ public:
 
     /// Loads a localisation file (docs/localisation.md describes its format). Entries replace earlier ones of the same
     /// key; lines that are no entry are skipped. False when the file cannot be read.
-    bool LoadFile(const UTF16String& path);
+    /// Entries whose key begins with @p keptGroup, when one is given, are left out.
+    bool LoadFile(const UTF16String& path, std::u16string_view keptGroup = {});
     /// The same for the bytes of such a file.
-    void LoadBuffer(std::string_view bytes);
+    void LoadBuffer(std::string_view bytes, std::u16string_view keptGroup = {});
     void Clear();
 
 private:

@@ -205,9 +205,9 @@ protected:
     ProxyProviderImpl();
     explicit ProxyProviderImpl(const PolyRange<sp<MetaDataProvider>>& providers);
 
-    /// Listens to @p provider from now on; no rebuild happens. Nothing for a null pointer, for this provider and for a
-    /// proxy that has this provider among its own.
-    void AddProxyProvider(const sp<MetaDataProvider>& provider);
+    /// Listens to @p provider from now on; no rebuild happens. False, and nothing happens, for a null pointer, for this
+    /// provider and for a proxy that has this provider among its own.
+    bool AddProxyProvider(const sp<MetaDataProvider>& provider);
     void ResetProxyProviders();
     void ResetProxyProviders(const PolyRange<sp<MetaDataProvider>>& providers);
 
@@ -245,7 +245,8 @@ public:
     explicit AggregateProvider(const PolyRange<sp<MetaDataProvider>>& providers);
     ~AggregateProvider() override;
 
-    /// Nothing for a null pointer. A provider that is added twice is written once.
+    /// Nothing for a null pointer, for this provider and for a proxy that holds it. A provider that is added twice is
+    /// written once.
     void AddProvider(const sp<MetaDataProvider>& provider, bool rebuild);
     void ResetProviders();
     void ResetProviders(const PolyRange<sp<MetaDataProvider>>& providers);
@@ -269,8 +270,9 @@ private:
 
 /// A provider in which some schemas live in providers of their own and everything else in a base provider.
 ///
-/// The tree is the base provider's own, into which the properties of the routed schemas are copied; the base provider is
-/// written without them.
+/// The tree is the base provider's own, into which the properties of the routed schemas are copied. Through this provider
+/// the base is written without them; whoever writes the base by itself writes them too. A base belongs to one such
+/// provider at a time.
 class ZEPHMETADATA_EXPORT DisjointSchemaProxyProvider : public ProxyProviderImpl {
 public:
     DisjointSchemaProxyProvider();
@@ -292,7 +294,6 @@ private:
     using Routes = std::map<sp<SchemaDefinition>, sp<MetaDataProvider>, std::owner_less<sp<SchemaDefinition>>>;
 
     void WriteChanges(const std::vector<Path>& changes) override;
-    void WriteRoute(const Routes::value_type& route, XMPMetaHandle tree, std::vector<Path>& remaining) const;
     void WriteBase(XMPMetaHandle tree, const std::vector<Path>& changes);
     bool CopyRoutes(XMPMetaHandle tree);
     void TakeRoutesOut();

@@ -69,29 +69,37 @@ std::vector<sp<Definition>> Registered(const std::map<UTF8String, sp<Definition>
     return definitions;
 }
 
-/// Takes in the properties that have been added to @p schema.
-void Update(PropertyNames& names, const SchemaDefinition& schema) {
-    if (schema.mProperties.size() < names.mProperties) {
+/// Takes in what has been added to @p entries.
+template <typename Entry>
+void Update(EntryNames& names, const std::vector<sp<Entry>>& entries) {
+    if (entries.size() < names.mEntries) {
         names = {};
     }
-    for (; names.mProperties < schema.mProperties.size(); ++names.mProperties) {
-        names.mNames.insert(schema.mProperties[names.mProperties]->mName);
+    for (; names.mEntries < entries.size(); ++names.mEntries) {
+        names.mNames.insert(entries[names.mEntries]->mName);
     }
+}
+
+/// The names in a schema or structure, kept where a MergingScope is, else made in @p unkept.
+template <typename Entry>
+EntryNames& NamesOf(const std::vector<sp<Entry>>& entries, EntryNames& unkept) {
+    auto& index = Registry().mMergeIndex;
+    EntryNames& names = index ? (*index)[&entries] : unkept;
+    Update(names, entries);
+    return names;
 }
 
 /// Adds the properties that @p registered does not have yet.
 void MergeProperties(const SchemaDefinition& added, SchemaDefinition& registered, const UTF16String& file) {
-    PropertyNames unkept;
-    auto& index = Registry().mMergeIndex;
-    PropertyNames& names = index ? (*index)[&registered] : unkept;
-    Update(names, registered);
+    EntryNames unkept;
+    EntryNames& names = NamesOf(registered.mProperties, unkept);
     for (const auto& property : added.mProperties) {
         if (names.mNames.contains(property->mName)) {
             ReportRegistration(kDuplicateProperty, {added.mNamespace, property->mName}, file);
             continue;
         }
         registered.mProperties.push_back(property);
-        Update(names, registered);
+        Update(names, registered.mProperties);
         NormalizeEntryTypes(*property, registered.mPrefix, file);
     }
 }
@@ -164,12 +172,15 @@ bool RegisterSchemaDefinition(const sp<SchemaDefinition>& schema, const UTF16Str
 
 bool AddsFieldsAlone(const TypeDefinition& added) {
     const sp<TypeDefinition> registered = TypeIdDefinition(added.mName);
-    const auto isNew = [&](const sp<FieldDefinition>& field) {
-        return std::none_of(registered->mFields.begin(), registered->mFields.end(),
-                            [&](const sp<FieldDefinition>& own) { return own->mName == field->mName; });
-    };
-    return registered && !registered->mFields.empty() && !added.mFields.empty() &&
-           std::all_of(added.mFields.begin(), added.mFields.end(), isNew);
+    if (!registered || registered->mFields.empty() || added.mFields.empty()) {
+        return false;
+    }
+    EntryNames unkept;
+    const EntryNames& names = NamesOf(registered->mFields, unkept);
+    std::unordered_set<UTF8String> seen;
+    return std::all_of(added.mFields.begin(), added.mFields.end(), [&](const sp<FieldDefinition>& field) {
+        return !names.mNames.contains(field->mName) && seen.insert(field->mName).second;
+    });
 }
 
 bool AddFields(const TypeDefinition& added, const UTF16String& file) {

@@ -11,10 +11,10 @@
 
 namespace zephmetadata {
 
-/// The names of the first properties of a schema.
-struct PropertyNames {
+/// The names of the first properties of a schema, or of the first fields of a structure.
+struct EntryNames {
     std::unordered_set<UTF8String> mNames;
-    std::size_t mProperties = 0;
+    std::size_t mEntries = 0;
 };
 
 /// What the registry holds, process-wide. An entry that is null counts as not registered.
@@ -24,14 +24,14 @@ struct DefinitionRegistry {
     std::vector<sp<SchemaDefinition>> mCommonSchemas;     ///< in load order
     std::vector<sp<SchemaDefinition>> mDynamicSchemas;    ///< in load order
     std::map<StandardSchema, UTF8String> mStandardNamespaces;
-    /// The names in schemas that documents were merged into; absent outside of a MergingScope.
-    std::optional<std::unordered_map<const SchemaDefinition*, PropertyNames>> mMergeIndex;
+    /// The names in the lists of properties and fields that documents were merged into; absent outside of a MergingScope.
+    std::optional<std::unordered_map<const void*, EntryNames>> mMergeIndex;
 };
 
 DefinitionRegistry& Registry();
 
-/// While it lives, the property names of schemas that are merged into are kept, so that many documents can add to one
-/// schema in a time that is linear in what they add. Nothing else may rename properties meanwhile. Not nested.
+/// While it lives, the names in what is merged into are kept, so that many documents can add to one schema or structure
+/// in a time that is linear in what they add. Nothing else may rename properties or fields meanwhile. Not nested.
 class MergingScope {
 public:
     MergingScope() { Registry().mMergeIndex.emplace(); }
@@ -45,8 +45,8 @@ void ReportRegistration(std::u16string_view key, std::initializer_list<UTF8Strin
 /// Gives an entry without a type, or an array or choice without an element type, "text", and reports it.
 void NormalizeEntryTypes(EntryDefinition& entry, const UTF8String& prefix, const UTF16String& file);
 
-/// Whether @p added names a registered structure and lists nothing but fields that it does not have yet: that is how an
-/// extension package extends a structure.
+/// Whether @p added names a registered structure and lists nothing but fields whose names it does not have yet: that is
+/// how an extension package extends a structure. Paths tell the fields of a structure by their names alone.
 bool AddsFieldsAlone(const TypeDefinition& added);
 /// Appends these fields to the registered structure; false when the namespace of one cannot be registered.
 bool AddFields(const TypeDefinition& added, const UTF16String& file);

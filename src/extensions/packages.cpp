@@ -28,6 +28,9 @@ constexpr std::u16string_view kNothingToLoad =
 constexpr std::u16string_view kUnreadableTranslations =
     u"$$$/zephmetadata/ExtensionPackages/UnreadableLocFile=localization file can't be read.";
 
+/// What the library itself has to say, of packages among others, is in nobody else's words.
+constexpr std::u16string_view kOwnMessages = u"$$$/zephmetadata/";
+
 std::vector<ExtensionPackage>& Loaded() {
     static std::vector<ExtensionPackage> packages;
     return packages;
@@ -60,7 +63,7 @@ void LoadTranslations(const ExtensionPackage& package, const PackageFolder& fold
         if (name.empty() || !file.Exists() || !folder.MayRead(file, kKind)) {
             continue;
         }
-        if (!zephcore::Localizer::Get().LoadFile(file.FullPath())) {
+        if (!zephcore::Localizer::Get().LoadFile(file.FullPath(), kOwnMessages)) {
             SendError(kKind, zephcore::ZString(kUnreadableTranslations), file.FullPath());
         }
     }

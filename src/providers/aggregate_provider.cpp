@@ -60,11 +60,10 @@ AggregateProvider::~AggregateProvider() {
 }
 
 void AggregateProvider::AddProvider(const sp<MetaDataProvider>& provider, bool rebuild) {
-    if (!provider) {
+    if (!AddProxyProvider(provider)) {
         return;
     }
     mProviders.push_back(provider);
-    AddProxyProvider(provider);
     if (rebuild) {
         OnProxyMetaDataChange(nullptr);
     }
@@ -149,17 +148,19 @@ void AggregateProvider::WriteMerged(const std::vector<Path>& changes) {
     if (!tree || tree != mMerge->mTree || shared.empty()) {
         return;
     }
+    Providers writable = Unique(mProviders);
+    std::erase_if(writable, [&](const sp<MetaDataProvider>& provider) { return !MayWriteAll(*provider, shared); });
     const MergedEdits edits(tree.get(), mMerge->mUnits, shared);
-    for (const sp<MetaDataProvider>& provider : Unique(mProviders)) {
-        if (!MayWriteAll(*provider, shared)) {
-            continue;
-        }
-        MetaDataUpdateAccess access(provider);
-        if (*access != nullptr) {
-            edits.ApplyTo(*access);
-        }
-        for (const Path& path : shared) {
-            access.AddChange(path);
+    std::unordered_set<XMPMetaHandle> edited;  // providers may share a tree
+    for (const sp<MetaDataProvider>& provider : writable) {
+        try {
+            MetaDataUpdateAccess access(provider);
+            if (*access != nullptr && edited.insert(*access).second) {
+                edits.ApplyTo(*access);
+            }
+            std::for_each(shared.begin(), shared.end(), [&](const Path& path) { access.AddChange(path); });
+        } catch (...) {
+            // A provider that cannot even hand out its tree keeps the edit from no other.
         }
     }
     if (tree == mMerge->mTree) {  // no source was replaced meanwhile

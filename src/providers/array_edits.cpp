@@ -81,7 +81,7 @@ ItemChanges Compare(const std::vector<ArrayItem>& before, const std::vector<Arra
     }
     ItemChanges changes;
     for (const std::size_t i : gone) {
-        if (i < after.size() && isNew[i] && IsSimple(before[i]) && IsSimple(after[i])) {
+        if (i < after.size() && isNew[i]) {
             changes.mReplaced.push_back({before[i], after[i]});
             isNew[i] = false;
         } else {
@@ -96,6 +96,8 @@ ItemChanges Compare(const std::vector<ArrayItem>& before, const std::vector<Arra
     return changes;
 }
 
+constexpr int kOtherShape = -102;  // what the toolkit answers for a path that does not fit a tree
+
 /// The array of a source, as edits of single items meet it.
 class SourceArray {
 public:
@@ -106,18 +108,29 @@ public:
             toolkit::CopyNode(source, model.mNodes.front(), place.mPath);
             units = UnitsAt(source, place);
         }
-        mItems = ItemsOf(units.begin()->second);
-        mIsOrdered = (units.begin()->second.mNodes.front().mOptions & toolkit::kPropArrayIsOrdered) != 0;
+        mUnit = units.begin()->second;
+        if (!mUnit.IsArray()) {
+            throw XMPError(kOtherShape, "\"" + place.mPath + "\" is no array");
+        }
+        mItems = ItemsOf(mUnit);
+        mIsOrdered = (mUnit.mNodes.front().mOptions & toolkit::kPropArrayIsOrdered) != 0;
     }
 
+    const PropertyUnit& Unit() const { return mUnit; }
+
+    /// Where there is no such item, the change has nothing to do with this source.
     void Replace(const ArrayItem& old, const ArrayItem& item) {
         const std::size_t index = FindItem(mItems, old);
         if (index == mItems.size()) {
-            Add(item);
             return;
         }
-        toolkit::SetProperty(mSource, mPlace.mSchema, PathOf(index), item.front().mValue);
-        mItems[index] = item;
+        if (IsSimple(old) && IsSimple(item)) {
+            toolkit::SetProperty(mSource, mPlace.mSchema, PathOf(index), item.front().mValue);
+            mItems[index] = item;
+        } else {
+            Remove(old);
+            Add(item);
+        }
     }
 
     void Remove(const ArrayItem& item) {
@@ -145,6 +158,7 @@ private:
 
     XMPMetaHandle mSource;
     const Place& mPlace;
+    PropertyUnit mUnit;
     std::vector<ArrayItem> mItems;
     bool mIsOrdered = false;
 };
@@ -154,6 +168,11 @@ private:
 void EditItems(XMPMetaHandle source, const UnitEdit& edit) {
     const ItemChanges changes = Compare(ItemsOf(*edit.mBefore), ItemsOf(*edit.mAfter));
     SourceArray array(source, edit.mPlace, *edit.mAfter);
+    const bool hasItems = !ItemsOf(*edit.mAfter).empty();
+    if (hasItems && !array.Unit().mMixed && SameContent(array.Unit(), *edit.mBefore)) {
+        ReplaceUnit(source, *edit.mAfter);  // in the order that the tree shows
+        return;
+    }
     for (const auto& [old, item] : changes.mReplaced) {
         array.Replace(old, item);
     }

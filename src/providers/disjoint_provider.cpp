@@ -1,7 +1,8 @@
 #include <algorithm>
+#include <set>
 
-#include "frame/toolkit/xmp_paths.h"
 #include "frame/toolkit/xmp_tree.h"
+#include "providers/merged_edits.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {
@@ -22,17 +23,34 @@ void CopySchema(XMPMetaHandle source, XMPMetaHandle destination, const UTF8Strin
     }
 }
 
-/// The whole that a changed path is part of: an array for one of its items, the outermost structure that is gone.
-UTF8String ChangedPath(XMPMetaHandle tree, const Path& path) {
-    UTF8String whole = toolkit::NormalPath(tree, path.mNamespace, path.mPathDescription);
-    whole.resize(std::min(whole.find('['), whole.size()));
-    for (std::size_t step = whole.rfind('/'); step != UTF8String::npos; step = whole.rfind('/')) {
-        if (toolkit::PropertyExists(tree, path.mNamespace, whole.substr(0, step))) {
-            break;
+/// Takes the paths that lead into @p schema out of @p changes, in their order.
+std::vector<Path> TakeOut(std::vector<Path>& changes, XMPMetaHandle tree, const UTF8String& schema) {
+    const auto leadsElsewhere = [&](const Path& path) {
+        try {
+            return ChangedRegion(tree, path).mSchema != schema;
+        } catch (const XMPError&) {
+            return path.mNamespace != schema;
         }
-        whole.resize(step);
+    };
+    const auto first = std::stable_partition(changes.begin(), changes.end(), leadsElsewhere);
+    std::vector<Path> taken(first, changes.end());
+    changes.erase(first, changes.end());
+    return taken;
+}
+
+/// Makes what a tree holds at a region what @p edited holds there.
+void CopyRegion(XMPMetaHandle edited, XMPMetaHandle tree, const toolkit::Place& region) {
+    const auto& [schema, path] = region;
+    try {
+        // What the sources of the base differ in is theirs, and no value for another provider.
+        const bool isForeign = toolkit::IsMixed(edited, schema, path) && !toolkit::IsMixed(tree, schema, path);
+        if (!isForeign) {
+            toolkit::RemoveProperties(tree, schema, path);
+            toolkit::DuplicateSubtree(edited, tree, schema, path);
+        }
+    } catch (const XMPError&) {
+        // What the tree cannot take is not written; its provider is told of the change all the same.
     }
-    return whole;
 }
 
 }  // namespace
@@ -45,20 +63,21 @@ DisjointSchemaProxyProvider::~DisjointSchemaProxyProvider() {
 }
 
 void DisjointSchemaProxyProvider::RegisterBaseProvider(const sp<MetaDataProvider>& provider) {
+    if (provider && !AddProxyProvider(provider)) {
+        return;
+    }
     const sp<MetaDataProvider> released = std::exchange(mBase, provider);
     if (provider) {
-        AddProxyProvider(provider);
         OnProxyMetaDataChange(nullptr);
     }
 }
 
 void DisjointSchemaProxyProvider::RegisterProvider(const sp<SchemaDefinition>& schema,
                                                    const sp<MetaDataProvider>& provider) {
-    if (!schema || !provider) {
+    if (!schema || !AddProxyProvider(provider)) {
         return;
     }
-    mRoutes[schema] = provider;
-    AddProxyProvider(provider);
+    const sp<MetaDataProvider> released = std::exchange(mRoutes[schema], provider);
     OnProxyMetaDataChange(nullptr);
 }
 
@@ -93,7 +112,7 @@ bool DisjointSchemaProxyProvider::CopyRoutes(XMPMetaHandle tree) {
     *mCopies = {tree, {}, toolkit::NewTree()};
     for (const auto& [schema, provider] : Routes(mRoutes)) {
         const MetaDataReadAccess source(provider);
-        if (*source == nullptr) {
+        if (*source == nullptr || *source == tree) {
             continue;
         }
         std::vector<UTF8String>& copied = mCopies->mSchemas;
@@ -132,46 +151,36 @@ void DisjointSchemaProxyProvider::WriteChanges(const std::vector<Path>& changes)
     if (!tree) {
         return;
     }
+    // Taken before the first provider is written, which may bring about a rebuild.
+    const XMPMetaPtr edited = toolkit::NewTree();
+    const std::set<toolkit::Place> regions = ChangedRegions(tree.get(), changes);
+    for (const auto& [schema, path] : regions) {
+        toolkit::DuplicateSubtree(tree.get(), edited.get(), schema, path);
+    }
     std::vector<Path> remaining = changes;
     for (const Routes::value_type& route : Routes(mRoutes)) {
-        WriteRoute(route, tree.get(), remaining);
+        MetaDataUpdateAccess access(route.second);
+        if (*access != nullptr) {
+            for (const Path& path : TakeOut(remaining, tree.get(), route.first->mNamespace)) {
+                access.AddChange(path);
+            }
+            for (const toolkit::Place& region : regions) {
+                if (region.mSchema == route.first->mNamespace && *access != tree) {
+                    CopyRegion(edited.get(), *access, region);
+                }
+            }
+        }
     }
     if (mBase && !remaining.empty()) {
         WriteBase(tree.get(), remaining);
     }
 }
 
-/// Writes the changes of one schema to its provider and takes them out of @p remaining; all stay when the provider has
-/// no tree.
-void DisjointSchemaProxyProvider::WriteRoute(const Routes::value_type& route, XMPMetaHandle tree,
-                                             std::vector<Path>& remaining) const {
-    const auto& [schema, provider] = route;
-    MetaDataUpdateAccess access(provider);
-    if (*access == nullptr) {
-        return;
-    }
-    std::vector<Path> others;
-    for (const Path& path : remaining) {
-        if (path.mNamespace != schema->mNamespace) {
-            others.push_back(path);
-            continue;
-        }
-        try {
-            const UTF8String changed = ChangedPath(tree, path);
-            toolkit::RemoveProperties(*access, path.mNamespace, changed);
-            toolkit::DuplicateSubtree(tree, *access, path.mNamespace, changed);
-        } catch (const XMPError&) {
-            // No such path can be written; the provider is told of it all the same.
-        }
-        access.AddChange(path);
-    }
-    remaining = std::move(others);
-}
-
 void DisjointSchemaProxyProvider::WriteBase(XMPMetaHandle tree, const std::vector<Path>& changes) {
     for (const auto& [schema, provider] : mRoutes) {
-        // A schema whose provider has no tree has no other place than the base provider.
-        if (*MetaDataReadAccess(provider) != nullptr) {
+        // A schema whose provider has no tree of its own has no other place than the base provider.
+        const MetaDataReadAccess routed(provider);
+        if (*routed != nullptr && *routed != tree) {
             toolkit::RemoveProperties(tree, schema->mNamespace, {});
         }
     }

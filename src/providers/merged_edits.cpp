@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <string_view>
 
 #include "frame/toolkit/xmp_paths.h"
@@ -25,21 +26,6 @@ bool IsInstanceData(const Place& place) {
            std::find(kInstanceData.begin(), kInstanceData.end(), name) != kInstanceData.end();
 }
 
-/// The whole that a changed path is part of: an array or alternative for one of its items, and the outermost structure
-/// that went with its last field.
-Place RegionOf(XMPMetaHandle merged, const Path& path) {
-    Place place = toolkit::NormalPlace(merged, path.mNamespace, path.mPathDescription);
-    place.mPath.resize(std::min(place.mPath.find('['), place.mPath.size()));
-    place.mPath.resize(std::min(place.mPath.find("/?"), place.mPath.size()));
-    for (std::size_t step = place.mPath.rfind('/'); step != UTF8String::npos; step = place.mPath.rfind('/')) {
-        if (toolkit::PropertyExists(merged, place.mSchema, place.mPath.substr(0, step))) {
-            break;
-        }
-        place.mPath.resize(step);
-    }
-    return place;
-}
-
 bool WasSettled(const PropertyUnit& before, const PropertyUnit& after) {
     const bool itemsSettled = !std::includes(after.mMixedItems.begin(), after.mMixedItems.end(),
                                              before.mMixedItems.begin(), before.mMixedItems.end());
@@ -55,6 +41,43 @@ bool IsChanged(const UnitEdit& edit) {
 
 }  // namespace
 
+Place ChangedRegion(XMPMetaHandle tree, const Path& path) {
+    Place place = toolkit::NormalPlace(tree, path.mNamespace, path.mPathDescription);
+    place.mPath.resize(std::min(place.mPath.find('['), place.mPath.size()));
+    place.mPath.resize(std::min(place.mPath.find("/?"), place.mPath.size()));
+    for (std::size_t step = place.mPath.rfind('/'); step != UTF8String::npos; step = place.mPath.rfind('/')) {
+        if (toolkit::PropertyExists(tree, place.mSchema, place.mPath.substr(0, step))) {
+            break;
+        }
+        place.mPath.resize(step);
+    }
+    return place;
+}
+
+std::set<Place> ChangedRegions(XMPMetaHandle tree, const std::vector<Path>& changes) {
+    std::set<Place> regions;
+    for (const Path& path : changes) {
+        try {
+            regions.insert(ChangedRegion(tree, path));
+        } catch (const XMPError&) {
+            // No such path can exist in a tree, so there is nothing of it to write.
+        }
+    }
+    const auto isWithinAnother = [&regions](Place place) {
+        for (std::size_t step = place.mPath.rfind('/'); step != UTF8String::npos; step = place.mPath.rfind('/')) {
+            place.mPath.resize(step);
+            if (regions.contains(place)) {
+                return true;
+            }
+        }
+        return false;
+    };
+    std::set<Place> outermost;
+    std::copy_if(regions.begin(), regions.end(), std::inserter(outermost, outermost.end()),
+                 [&](const Place& place) { return !isWithinAnother(place); });
+    return outermost;
+}
+
 bool IsInstanceData(const Path& path) {
     const std::size_t prefixEnd = path.mPathDescription.find(':');
     const std::size_t nameEnd = path.mPathDescription.find_first_of("/[");
@@ -64,17 +87,12 @@ bool IsInstanceData(const Path& path) {
 
 MergedEdits::MergedEdits(XMPMetaHandle merged, const PropertyUnits& before, const std::vector<Path>& changes) {
     std::map<Place, UnitEdit> edits;
-    for (const Path& path : changes) {
-        try {
-            const Place region = RegionOf(merged, path);
-            for (auto& [place, unit] : UnitsAt(before, region)) {
-                edits[place].mBefore = unit;
-            }
-            for (auto& [place, unit] : UnitsAt(merged, region)) {
-                edits[place].mAfter = unit;
-            }
-        } catch (const XMPError&) {
-            // No such path can exist in a tree, so there is nothing of it to write.
+    for (const Place& region : ChangedRegions(merged, changes)) {
+        for (auto& [place, unit] : UnitsAt(before, region)) {
+            edits[place].mBefore = unit;
+        }
+        for (auto& [place, unit] : UnitsAt(merged, region)) {
+            edits[place].mAfter = unit;
         }
     }
     for (auto& [place, edit] : edits) {

@@ -155,7 +155,9 @@ void TreeMerge::Add(XMPMetaHandle source) {
         if (!isNew) {
             PropertyUnit& merged = known->second;
             ++merged.mSources;
-            merged.mMixed = merged.mMixed || unit.mMixed || !unit.mMixedItems.empty() || !SameContent(merged, unit);
+            // Where some hold no structure, the fields are missing there, which marks each of them.
+            const bool differs = !merged.IsStructure() && !SameContent(merged, unit);
+            merged.mMixed = merged.mMixed || unit.mMixed || !unit.mMixedItems.empty() || differs;
             if (merged.IsLanguageAlternative() && unit.IsLanguageAlternative()) {
                 AddLanguages(merged, unit);
             }

@@ -25,16 +25,17 @@ bool ProxyProviderImpl::Reaches(const MetaDataProvider* provider) const {
            });
 }
 
-void ProxyProviderImpl::AddProxyProvider(const sp<MetaDataProvider>& provider) {
+bool ProxyProviderImpl::AddProxyProvider(const sp<MetaDataProvider>& provider) {
     const auto* const proxy = dynamic_cast<const ProxyProviderImpl*>(provider.get());
     if (!provider || (proxy != nullptr && proxy->Reaches(this))) {
-        return;
+        return false;
     }
     const auto callback = std::make_shared<std::function<void(XMPMetaHandle)>>(
         [this](XMPMetaHandle changed) { OnProxyMetaDataChange(changed); });
     mInnerProviders.push_back(provider);
     mCallbacks.push_back(callback);
     provider->NotifyWhenMetaDataChanged(callback);
+    return true;
 }
 
 void ProxyProviderImpl::ResetProxyProviders() {
@@ -60,8 +61,14 @@ bool ProxyProviderImpl::WritesOwnChangeList() {
 }
 
 void ProxyProviderImpl::DoWriteChanges(const std::vector<Path>& changes) {
-    if (MetaDataAccess() != nullptr && !changes.empty() && !IsInWrite()) {
-        GuardedWriteChanges(changes);
+    const XMPMetaPtr written = MetaDataAccess();
+    if (!written || changes.empty() || IsInWrite()) {
+        return;
+    }
+    GuardedWriteChanges(changes);
+    if (written != MetaDataAccess()) {
+        // A provider replaced its tree meanwhile, of which nobody could be told during the write.
+        OnProxyMetaDataChange(nullptr);
     }
 }
 

@@ -49,6 +49,12 @@ bool IsItemMixed(const PropertyUnit& unit, const toolkit::Alternative& alternati
 
 /// Sets and removes the languages that were, and no other.
 void EditLanguages(XMPMetaHandle source, const UnitEdit& edit) {
+    const PropertyUnits present = UnitsAt(source, edit.mPlace);
+    const bool isAlike = !present.empty() && SameContent(present.begin()->second, *edit.mBefore);
+    if (isAlike && !edit.mBefore->mMixed && edit.mBefore->mMixedItems.empty()) {
+        ReplaceUnit(source, *edit.mAfter);
+        return;
+    }
     const toolkit::Alternative before = toolkit::Alternatives(edit.mBefore->mNodes).front();
     const toolkit::Alternative after = toolkit::Alternatives(edit.mAfter->mNodes).front();
     for (const toolkit::AlternativeItem& item : before.mItems) {

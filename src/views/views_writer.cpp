@@ -111,7 +111,7 @@ private:
         const UTF8String fieldNamespace = NamespaceOf(name.substr(slash + 1, colon - slash - 1));
         const UTF8String fieldName = name.substr(colon + 1);
         const auto found = std::find_if(type->mFields.begin(), type->mFields.end(), [&](const auto& field) {
-            return field->mName == fieldName && field->mNamespace == fieldNamespace;
+            return field && field->mName == fieldName && field->mNamespace == fieldNamespace;
         });
         return found == type->mFields.end() ? nullptr : *found;
     }
@@ -243,6 +243,9 @@ private:
         }
         mDocument.BeginChildren();
         for (const auto& choice : property.mChoices) {
+            if (!choice) {
+                continue;
+            }
             mDocument.Begin("choice");
             mDocument.Attribute("label", UTF16to8(choice->mLabelZString));
             mDocument.Attribute("value", choice->mRawValue);

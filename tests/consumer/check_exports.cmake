@@ -12,7 +12,6 @@ set(unnameable
   "zephmetadata::DisjointSchemaProxyProvider::TakeRoutesOut("
   "zephmetadata::DisjointSchemaProxyProvider::WriteBase("
   "zephmetadata::DisjointSchemaProxyProvider::WriteChanges("
-  "zephmetadata::DisjointSchemaProxyProvider::WriteRoute("
   "zephmetadata::ProxyProviderImpl::Reaches("
   "zephmetadata::FileProvider::WriteChanges("
   "zephmetadata::SidecarProvider::WriteBuffer(")

@@ -206,7 +206,8 @@ TEST_F(Packages, KeepTheirOrderWhenOneIsReplaced) {
 TEST_F(Packages, TranslateTheirSchemas) {
     Write("p/manifest.xml", Manifest("A", "1", "locFilePrefix='words'"));
     Write("p/schema/s.xml", Schema("tsta", kProperty));
-    Write("p/loc/words_en_US.dict", "\"$$$/test/tsta=Prefixed\"\n\"$$$/test/tstb=Of another\"\n");
+    Write("p/loc/words_en_US.dict",
+          "\"$$$/test/tsta=Prefixed\"\n\"$$$/test/tstb=Of another\"\n\"$$$/zephmetadata/own=Forged\"\n");
     Write("p/loc/en_US.dict", "\"$$$/test/tsta=Bare\"\n");
     Write("q/manifest.xml", Manifest("B", "1"));
     Write("q/schema/s.xml", Schema("tstb", kProperty));
@@ -217,6 +218,7 @@ TEST_F(Packages, TranslateTheirSchemas) {
     LoadAllViewDefinitions();
     EXPECT_THAT(Records(), IsEmpty());
     EXPECT_EQ(NamespaceDefinition("http://test/tsta/")->mLabel, u"Prefixed");
+    EXPECT_EQ(LocalizedText("$$$/zephmetadata/own=Own"), u"Own") << "messages of the library are its own";
     EXPECT_EQ(NamespaceDefinition("http://test/tstb/")->mLabel, u"Bare");
     EXPECT_EQ(NamespaceDefinition("http://test/tstc/")->mLabel, u"General") << "of the base language";
 }
@@ -264,6 +266,7 @@ TEST_F(Packages, AddFieldsToStructuresThatExist) {
     Write("p/manifest.xml", Manifest("A", "1"));
     Write("p/schema/1.xml", location(field("Depth") + field("Width")));
     Write("p/schema/2.xml", location(field("City") + field("Height")));
+    Write("p/schema/4.xml", location(field("Twice") + field("Twice")));
     Write("p/schema/3.xml", "<xmp_definitions><xmp_type name='url' extends='text'/></xmp_definitions>");
     const std::size_t before = TypeIdDefinition("LocationDetails")->mFields.size();
     LoadAllViewDefinitions();
@@ -272,7 +275,8 @@ TEST_F(Packages, AddFieldsToStructuresThatExist) {
                       "Error registering definition: type definition for #{quot}" + name + "#{quot} already exists.",
                       "G/p/schema/" + file};
     };
-    EXPECT_THAT(ShortRecords(), ElementsAre(duplicate("LocationDetails", "2.xml"), duplicate("url", "3.xml")));
+    EXPECT_THAT(ShortRecords(), ElementsAre(duplicate("LocationDetails", "2.xml"), duplicate("url", "3.xml"),
+                                            duplicate("LocationDetails", "4.xml")));
     EXPECT_EQ(TypeIdDefinition("LocationDetails")->mFields.size(), before + 2);
     const Path depth = PathForExpression("Iptc4xmpExt:LocationShown[1]/tsta:Depth");
     const XMPMetaPtr tree = CreateXMPMeta();

@@ -183,7 +183,7 @@ TEST_F(Aggregate, TakesAnEditToEverySource) {
          "xmpMM:DerivedFrom/stRef:instanceID",
          "n",
          {"n", "<none>"}},
-        {"sets an item of another name",
+        {"sets a list that one lacks",
          {"",
           "<dc:creator><rdf:Seq><rdf:li>a</rdf:li><rdf:li>b</rdf:li></rdf:Seq>"
           "</dc:creator>"},
@@ -274,13 +274,61 @@ TEST_F(Aggregate, EditsItemsOfMixedArraysInEachSource) {
     edit(aggregate, add("n"));
     EXPECT_EQ(items(), (Items{{"x", "y", "n"}, {"n"}, {"n"}})) << "a bag holds an item once";
     edit(aggregate, [](XMPMetaHandle tree) { SetValue(tree, At("dc:subject[2]"), "Y"); });
-    EXPECT_EQ(items(), (Items{{"x", "Y", "n"}, {"n", "Y"}, {"n", "Y"}}));
+    EXPECT_EQ(items(), (Items{{"x", "Y", "n"}, {"n"}, {"n"}})) << "the others have no such item";
     edit(aggregate, [](XMPMetaHandle tree) { DeleteArrayItem(tree, At("dc:subject"), 0); });
-    EXPECT_EQ(items(), (Items{{"Y", "n"}, {"n", "Y"}, {"n", "Y"}}));
+    EXPECT_EQ(items(), (Items{{"Y", "n"}, {"n"}, {"n"}}));
+    edit(aggregate, [](XMPMetaHandle tree) {
+        AddArrayItem(tree, At("dc:subject"), 0);
+        SetValue(tree, At("dc:subject[1]"), "first");
+    });
+    EXPECT_EQ(items(), (Items{{"first", "Y", "n"}, {"n", "first"}, {"n", "first"}})) << "as far as there is an order";
 
     const auto single = Of({Bag({"x"}), Bag({"y"})});
     edit(single, [](XMPMetaHandle tree) { DeleteArrayItem(tree, At("dc:subject"), 0); });
     EXPECT_EQ(items(), (Items{{}, {"y"}})) << "the last item of one source is not that of all";
+}
+
+TEST_F(Aggregate, LeavesWhatHasAnotherShapeToItsSource) {
+    const std::string structure = "<dc:subject rdf:parseType='Resource'><xmp:Label>s</xmp:Label></dc:subject>";
+    const auto aggregate = Of({Bag({"x"}), structure});
+    {
+        MetaDataUpdateAccess access(aggregate);
+        EXPECT_TRUE(DeleteArrayItem(*access, At("dc:subject"), 0));
+        access.AddChange(At("dc:subject"));
+    }
+    EXPECT_FALSE(HasValue(*MetaDataReadAccess(mSources[0]), At("dc:subject")));
+    EXPECT_EQ(XMPNodes(*MetaDataReadAccess(mSources[1])).size(), 2U) << "the structure and its field";
+}
+
+TEST_F(Aggregate, DeletesOneLanguageThroughANameThatStandsForIt) {
+    const auto description = [](const char* text, const char* german) {
+        return std::string("<dc:description><rdf:Alt><rdf:li xml:lang='x-default'>") + text +
+               "</rdf:li><rdf:li xml:lang='de'>" + german + "</rdf:li></rdf:Alt></dc:description>";
+    };
+    const auto aggregate = Of({description("A", "a"), description("B", "b")});
+    EXPECT_TRUE(Edit(aggregate, "tiff:ImageDescription", ""));
+    for (std::size_t i = 0; i < mSources.size(); ++i) {
+        EXPECT_THAT(GetLanguages(*MetaDataReadAccess(mSources[i]), At("dc:description")),
+                    ElementsAre(Pair("de", i == 0 ? "a" : "b")));
+    }
+    EXPECT_EQ(Shown(Of({Title({{"x-default", "A"}}), Title({{"x-default", "B"}})}), "dc:title"), "<mixed>");
+    const Path undefined{false, "http://ns.adobe.com/pdf/1.3/", "Title", "", ""};
+    EXPECT_TRUE(
+        IsMixed(*MetaDataReadAccess(Of({Title({{"x-default", "A"}}), Title({{"x-default", "B"}})})), undefined));
+}
+
+TEST_F(Aggregate, WritesATreeThatTwoProvidersShareOnce) {
+    const auto shared = Source(Bag({"x"}));
+    const auto alone = std::make_shared<AggregateProvider>(std::vector<sp<MetaDataProvider>>{shared});
+    const auto other = Source("<dc:creator><rdf:Seq><rdf:li>b</rdf:li></rdf:Seq></dc:creator>");
+    const auto aggregate = std::make_shared<AggregateProvider>(std::vector<sp<MetaDataProvider>>{shared, alone, other});
+    {
+        MetaDataUpdateAccess access(aggregate);
+        EXPECT_TRUE(SetValue(*access, At("dc:creator[2]"), "n"));
+        access.AddChange(At("dc:creator"));
+    }
+    EXPECT_EQ(Shown(shared, "dc:creator"), "n");
+    EXPECT_EQ(Shown(other, "dc:creator"), "b; n");
 }
 
 TEST_F(Aggregate, KeepsQualifiersOfEachSource) {

@@ -95,6 +95,52 @@ TEST_F(Disjoint, KeepsASchemaInTheBaseWhileItsProviderHasNoTree) {
     EXPECT_EQ(duringWrite, "n");
 }
 
+TEST_F(Disjoint, OverAnAggregateKeepsWhatIsMixed) {
+    const auto title = [](const char* text, const char* german) {
+        return std::string("<dc:source>") + text + "</dc:source><dc:title><rdf:Alt><rdf:li xml:lang='x-default'>" +
+               text + "</rdf:li><rdf:li xml:lang='de'>" + german + "</rdf:li></rdf:Alt></dc:title>";
+    };
+    const auto first = Source(title("A", "a"));
+    const auto second = Source(title("B", "b"));
+    const auto both = std::make_shared<AggregateProvider>(std::vector<sp<MetaDataProvider>>{first, second});
+    const sp<SchemaDefinition> dublinCore = NamespaceDefinition(At("dc:source").mNamespace);
+    mProvider->RegisterBaseProvider(mBase);
+    mProvider->RegisterProvider(dublinCore, both);
+    EXPECT_TRUE(IsMixed(*MetaDataReadAccess(mProvider), At("dc:source")));
+    {
+        MetaDataUpdateAccess access(mProvider);
+        SetValue(*access, At("dc:title"), "N");
+        access.AddChange(At("dc:title"));
+        access.AddChange(At("dc:source"));
+    }
+    EXPECT_EQ(Shown(first, "dc:title") + Shown(second, "dc:title"), "NN");
+    EXPECT_EQ(GetLanguages(*MetaDataReadAccess(second), At("dc:title")).at("de"), "b");
+    EXPECT_EQ(Shown(second, "dc:source"), "B");
+
+    mProvider->ClearProviders();
+    mProvider->RegisterBaseProvider(both);
+    mProvider->RegisterProvider(dublinCore, mRouted);
+    mProvider->ClearProviders();
+    EXPECT_TRUE(IsMixed(*MetaDataReadAccess(both), At("dc:source"))) << "given back as it was";
+    EXPECT_FALSE(IsMixed(*MetaDataReadAccess(mRouted), At("dc:source")));
+}
+
+TEST_F(Disjoint, WithTheBaseAsItsOwnRouteLosesNothing) {
+    mProvider->RegisterBaseProvider(mBase);
+    mProvider->RegisterProvider(NamespaceDefinition(At("dc:source").mNamespace), mBase);
+    Edit(mProvider, "dc:source", "n");
+    Edit(mProvider, "xmp:Label", "l");
+    mProvider.reset();
+    EXPECT_EQ(Shown(mBase, "dc:source") + Shown(mBase, "xmp:Label"), "nl");
+}
+
+TEST_F(Disjoint, FollowsNamesThatLeadIntoARoutedSchema) {
+    Connect();
+    Edit(mProvider, "tiff:Artist", "a");
+    EXPECT_EQ(Shown(mRouted, "dc:creator"), "a");
+    EXPECT_THAT(mBase->mWrites, IsEmpty());
+}
+
 TEST_F(Disjoint, AsksTheProviderOfThePath) {
     EXPECT_TRUE(mProvider->QueryPathStatus(At("dc:source"), kPathWritable)) << "without any, the base behaviour";
     Connect();

@@ -106,6 +106,40 @@ TEST_F(ProxyLifetimes, AProxyCannotHoldItself) {
     inner->ResetProviders();
     outer->ResetProviders();
     EXPECT_EQ(inner.use_count() + outer.use_count(), 2);
+
+    const auto disjoint = std::make_shared<DisjointSchemaProxyProvider>();
+    const auto around = std::make_shared<AggregateProvider>(std::vector<sp<MetaDataProvider>>{disjoint});
+    disjoint->RegisterBaseProvider(around);
+    disjoint->RegisterProvider(NamespaceDefinition(At("dc:source").mNamespace), disjoint);
+    EXPECT_TRUE(around->QueryPathStatus(At("dc:source"), kPathWritable)) << "as without providers";
+    EXPECT_EQ(around.use_count(), 1);
+}
+
+TEST_F(ProxyLifetimes, AProviderThatThrowsWhenAskedWritesNothingTwice) {
+    class Throwing : public TestProvider {
+    public:
+        using TestProvider::TestProvider;
+        bool QueryPathStatus(const Path& path, PathStatus status) const override {
+            return mThrows ? throw std::runtime_error("host") : TestProvider::QueryPathStatus(path, status);
+        }
+        bool mThrows = true;
+    };
+    const auto first = Source();
+    Load("");
+    const auto second = std::make_shared<Throwing>(Tree());
+    const auto aggregate = std::make_shared<AggregateProvider>(std::vector<sp<MetaDataProvider>>{first, second});
+    for (const char* const item : {"n", "m"}) {
+        MetaDataUpdateAccess access(aggregate);
+        const int count = CountArrayItems(*access, At("dc:creator"));
+        SetValue(*access, CreatePathFromArrayItem(At("dc:creator"), count + 1), item);
+        access.AddChange(At("dc:creator"));
+        if (*item == 'm') {
+            second->mThrows = false;
+        }
+    }
+    for (const sp<MetaDataProvider>& source : std::vector<sp<MetaDataProvider>>{first, second}) {
+        EXPECT_EQ(CountArrayItems(*MetaDataReadAccess(source), At("dc:creator")), 2);
+    }
 }
 
 /// Sources, proxies over any of them and accesses to all, dropped in a random order with edits and changes between.

@@ -7,6 +7,7 @@
 
 #include "console.h"
 #include "zephcore/files.h"
+#include "zephcore/text.h"
 #include "zephmetadata/zephmetadata.h"
 
 namespace zephmeta {
@@ -71,7 +72,7 @@ std::set<UTF8String> TakenViewNames(const std::optional<zephcore::Dir>& package)
 
 /// The value of the attribute @p name in a start tag.
 std::string AttributeOf(const std::string& tag, const std::string& name) {
-    for (std::size_t at = tag.find(name); at != std::string::npos; at = tag.find(name, at + 1)) {
+    for (std::size_t at = tag.find(name, 1); at != std::string::npos; at = tag.find(name, at + 1)) {
         const std::size_t equals = tag.find_first_not_of(" \t\r\n", at + name.size());
         const std::size_t quote = equals == std::string::npos ? equals : tag.find_first_of("\"'", equals);
         const bool isWhole = std::string_view(" \t\r\n").find(tag[at - 1]) != std::string_view::npos;
@@ -82,9 +83,35 @@ std::string AttributeOf(const std::string& tag, const std::string& name) {
     return {};
 }
 
+/// Where the tag that begins at @p start ends; a value in quotes may hold the sign that ends a tag.
+std::size_t TagEnd(const std::string& text, std::size_t start) {
+    std::size_t end = text.find_first_of("\"'>", start);
+    while (end != std::string::npos && text[end] != '>') {
+        const std::size_t close = text.find(text[end], end + 1);
+        end = close == std::string::npos ? close : text.find_first_of("\"'>", close + 1);
+    }
+    return std::min(end, text.size());
+}
+
+/// The document as UTF-8 where a mark says that it is UTF-16, which is read too.
+std::string AsUTF8(const std::string& bytes) {
+    const bool isBig = bytes.starts_with("\xFE\xFF");
+    if (!isBig && !bytes.starts_with("\xFF\xFE")) {
+        return bytes;
+    }
+    UTF16String text;
+    for (std::size_t at = 2; at + 1 < bytes.size(); at += 2) {
+        const auto high = static_cast<unsigned char>(bytes[isBig ? at : at + 1]);
+        const auto low = static_cast<unsigned char>(bytes[isBig ? at + 1 : at]);
+        text += static_cast<char16_t>((high << 8U) | low);
+    }
+    return zephcore::UTF16to8(text);
+}
+
 }  // namespace
 
-RootElement RootOf(const std::string& text) {
+RootElement RootOf(const std::string& bytes) {
+    const std::string text = AsUTF8(bytes);
     std::size_t at = text.find('<');
     while (at != std::string::npos && at + 1 < text.size() && (text[at + 1] == '?' || text[at + 1] == '!')) {
         const std::string_view end = text.compare(at, 4, "<!--") == 0 ? "-->" : ">";
@@ -93,7 +120,7 @@ RootElement RootOf(const std::string& text) {
     if (at == std::string::npos) {
         return {};
     }
-    const std::string tag = text.substr(at + 1, text.find('>', at) - at - 1);
+    const std::string tag = text.substr(at + 1, TagEnd(text, at) - at - 1);
     const std::string name = tag.substr(0, tag.find_first_of(" \t\r\n/"));
     const std::size_t colon = name.find(':');
     const std::string declaration = colon == std::string::npos ? "xmlns" : "xmlns:" + name.substr(0, colon);

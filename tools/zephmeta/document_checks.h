@@ -20,7 +20,7 @@ struct RootElement {
     std::string mName;  ///< without its prefix
     std::string mNamespace;
 };
-RootElement RootOf(const std::string& text);
+RootElement RootOf(const std::string& bytes);
 
 /// The check of one document by a library that has just been started.
 class DocumentCheck {

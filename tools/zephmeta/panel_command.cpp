@@ -121,9 +121,9 @@ namespace {
 
 std::string ItemLine(const PanelItem& item) {
     if (item.mKind == PanelItem::Kind::kProperty) {
-        return item.mPath + "  " + OneLine(item.mLabel);
+        return OneLine(item.mPath) + "  " + OneLine(item.mLabel);
     }
-    return "[" + item.mWidget + "]" + (item.mLabel.empty() ? "" : "  " + OneLine(item.mLabel));
+    return "[" + OneLine(item.mWidget) + "]" + (item.mLabel.empty() ? "" : "  " + OneLine(item.mLabel));
 }
 
 void PrintItems(const std::vector<PanelItem>& items, std::size_t indent) {
@@ -154,7 +154,7 @@ int ShowViews(const std::string& name, bool json) {
             list.push_back(DescriptionJson(panel));
         } else {
             constexpr std::size_t kNameColumns = 36;
-            std::cout << Padded(panel.mName, kNameColumns) << "  " << OneLine(panel.mLabel) << '\n';
+            std::cout << Padded(OneLine(panel.mName), kNameColumns) << "  " << OneLine(panel.mLabel) << '\n';
             if (!name.empty()) {
                 PrintItems(panel.mItems, 2);
             }

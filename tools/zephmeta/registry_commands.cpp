@@ -25,11 +25,14 @@ struct Row {
     std::string mLabel;
 };
 
-void PrintRows(const std::vector<Row>& rows) {
+void PrintRows(std::vector<Row> rows) {
     std::size_t names = 0;
     std::size_t types = 0;
     std::size_t notes = 0;
-    for (const Row& row : rows) {
+    for (Row& row : rows) {
+        for (std::string* const cell : {&row.mName, &row.mType, &row.mNote, &row.mLabel}) {
+            *cell = OneLine(*cell);  // they come from documents of strangers
+        }
         names = std::max(names, Columns(row.mName));
         types = std::max(types, Columns(row.mType));
         notes = std::max(notes, Columns(row.mNote));
@@ -46,34 +49,35 @@ void PrintSchemaList(const std::vector<sp<SchemaDefinition>>& schemas) {
         const std::size_t number = schema->mProperties.size();
         const std::string count =
             schema->mDynamic ? "dynamic" : std::to_string(number) + (number == 1 ? " property" : " properties");
-        rows.push_back({schema->mPrefix, count, schema->mNamespace, OneLine(Shown(schema->mLabel))});
+        rows.push_back({schema->mPrefix, count, schema->mNamespace, Shown(schema->mLabel)});
     }
-    PrintRows(rows);
+    PrintRows(std::move(rows));
 }
 
 void PrintSchema(const SchemaDefinition& schema) {
-    std::cout << schema.mPrefix << "  " << OneLine(Shown(schema.mLabel)) << "  " << schema.mNamespace << '\n';
+    std::cout << OneLine(schema.mPrefix) << "  " << OneLine(Shown(schema.mLabel)) << "  " << OneLine(schema.mNamespace)
+              << '\n';
     std::vector<Row> rows;
     for (const auto& property : schema.mProperties) {
-        rows.push_back({property->mName, TypeText(*property), property->mInternal ? "internal" : "",
-                        OneLine(Shown(property->mLabel))});
+        rows.push_back(
+            {property->mName, TypeText(*property), property->mInternal ? "internal" : "", Shown(property->mLabel)});
     }
-    PrintRows(rows);
+    PrintRows(std::move(rows));
 }
 
 void PrintType(const TypeDefinition& type) {
-    std::cout << type.mName << "  " << OneLine(Shown(type.mLabel)) << '\n';
+    std::cout << OneLine(type.mName) << "  " << OneLine(Shown(type.mLabel)) << '\n';
     if (!type.mDescription.empty()) {
         std::cout << "  " << OneLine(Shown(type.mDescription)) << '\n';
     }
     std::vector<Row> rows;
     for (const auto& field : type.mFields) {
-        rows.push_back({field->mPrefix + ":" + field->mName, TypeText(*field), "", OneLine(Shown(field->mLabel))});
+        rows.push_back({field->mPrefix + ":" + field->mName, TypeText(*field), "", Shown(field->mLabel)});
     }
     for (const auto& choice : type.mChoices) {
-        rows.push_back({"\"" + OneLine(choice->mRawValue) + "\"", "choice", "", OneLine(Shown(choice->mLabel))});
+        rows.push_back({"\"" + choice->mRawValue + "\"", "choice", "", Shown(choice->mLabel)});
     }
-    PrintRows(rows);
+    PrintRows(std::move(rows));
 }
 
 std::string BuiltOn(const TypeDefinition& type) {
@@ -140,9 +144,9 @@ int ShowTypes(const std::string& id, bool json) {
         std::vector<Row> rows;
         rows.reserve(types.size());
         for (const auto& type : types) {
-            rows.push_back({type->mName, BuiltOn(*type), "", OneLine(Shown(type->mLabel))});
+            rows.push_back({type->mName, BuiltOn(*type), "", Shown(type->mLabel)});
         }
-        PrintRows(rows);
+        PrintRows(std::move(rows));
     }
     return problems.ExitStatus();
 }

@@ -101,6 +101,26 @@ bool Delete(XMPMetaHandle tree, const Edit& edit) {
     return zephmetadata::DeleteValue(tree, edit.mTarget.mPath);
 }
 
+/// Whether the edit is about one item of a list: by its number, or by a name that stands for one, as tiff:Artist does.
+bool LeadsToItem(const Edit& edit) {
+    if (edit.mKind == Edit::Kind::kAdd || !edit.mTarget.mLanguage.empty()) {
+        return false;
+    }
+    const Path& path = edit.mTarget.mPath;
+    if (path.mPathDescription.find('[') != std::string::npos) {
+        return true;
+    }
+    const auto kind = zephmetadata::PrimitiveTypeOfPath(path);
+    const zephmetadata::XMPMetaPtr scratch = zephmetadata::CreateXMPMeta();
+    if ((kind && !zephmetadata::PrimitiveTypeIsSimple(*kind)) ||
+        !zephmetadata::SetValue(scratch.get(), path, edit.mKind == Edit::Kind::kSet ? edit.mValue : "1")) {
+        return false;
+    }
+    const std::vector<zephmetadata::XMPNode> nodes = zephmetadata::XMPNodes(scratch.get());
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [](const zephmetadata::XMPNode& node) { return node.mPath.ends_with(']'); });
+}
+
 /// Does the edit to a tree; whether it changed anything.
 bool Apply(XMPMetaHandle tree, const Edit& edit, Appender& appender) {
     switch (edit.mKind) {
@@ -216,7 +236,7 @@ private:
         zephmetadata::MetaDataUpdateAccess access(provider);
         for (const Edit& edit : mEdits) {
             const Path& path = edit.mTarget.mPath;
-            if (SplitItem(edit.mExpression) && zephmetadata::IsMixed(*access, path)) {
+            if (LeadsToItem(edit) && zephmetadata::IsMixed(*access, path)) {
                 for (const MediaFile& file : files) {
                     mProblems.Report(file.Name(), edit.mExpression +
                                                       ": the files hold different lists; set or delete "
@@ -226,8 +246,15 @@ private:
             }
         }
         std::vector<std::string> changed;
-        ApplyAll(*access, changed);
+        const std::string refused = ApplyAll(*access, changed);
         mProblems.PassOverCollected();
+        if (!refused.empty()) {
+            for (const MediaFile& file : files) {
+                mProblems.Report(file.Name(),
+                                 refused + ": cannot be changed in these files together; nothing was written");
+            }
+            return false;
+        }
         for (const std::string& expression : changed) {
             access.AddChange(ResolveTarget(expression).mPath);
         }

@@ -85,16 +85,16 @@ UTF16String Localizer::Translate(std::u16string_view key) const {
     return found != mTranslations.end() ? found->second : UTF16String(key.substr(*end + 1));
 }
 
-bool Localizer::LoadFile(const UTF16String& path) {
+bool Localizer::LoadFile(const UTF16String& path, std::u16string_view keptGroup) {
     const auto bytes = FileUtils::ReadFileToString(path, kMaxLocalisationFileBytes);
     if (!bytes) {
         return false;
     }
-    LoadBuffer(*bytes);
+    LoadBuffer(*bytes, keptGroup);
     return true;
 }
 
-void Localizer::LoadBuffer(std::string_view bytes) {
+void Localizer::LoadBuffer(std::string_view bytes, std::u16string_view keptGroup) {
     const UTF16String text = DecodedFile(bytes);
     std::u16string_view rest = text;
     while (!rest.empty()) {
@@ -102,7 +102,8 @@ void Localizer::LoadBuffer(std::string_view bytes) {
         std::u16string_view line = rest.substr(0, end);
         rest.remove_prefix(std::min(end + 1, rest.size()));
         line.remove_suffix(line.ends_with(u'\r') ? 1 : 0);
-        if (const std::optional<UTF16String> entry = EntryOf(line)) {
+        const std::optional<UTF16String> entry = EntryOf(line);
+        if (entry && (keptGroup.empty() || !entry->starts_with(keptGroup))) {
             const std::size_t keyEnd = *KeyEnd(*entry);
             mTranslations[entry->substr(0, keyEnd)] = entry->substr(keyEnd + 1);
         }

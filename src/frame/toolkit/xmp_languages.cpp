@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <array>
 
 #include "frame/toolkit/exempi_handles.h"
 #include "frame/toolkit/xmp_alternatives.h"

@@ -1,5 +1,6 @@
 #include <limits>
 
+#include "frame/toolkit/xmp_alternatives.h"
 #include "frame/toolkit/xmp_meta_handle.h"
 #include "frame/toolkit/xmp_paths.h"
 #include "frame/toolkit/xmp_tree.h"
@@ -42,6 +43,11 @@ int ToInt(std::string_view text) {
         ThrowError(XMPErr_BadValue, "integer out of range");
     }
     return static_cast<int>(value);
+}
+
+bool IsLanguageAlternative(XMPMetaHandle tree, const Place& place) {
+    const std::optional<Property> property = GetProperty(tree, place.mSchema, place.mPath);
+    return property && (property->mOptions & kPropArrayIsAltText) != 0;
 }
 
 }  // namespace
@@ -134,6 +140,10 @@ bool DeleteProperty(XMPMetaHandle tree, const UTF8String& schema, const UTF8Stri
         return false;
     }
     const UTF8String normal = NormalPath(tree, schema, path);
+    const Place place = NormalPlace(tree, schema, path);
+    if (place.mSchema != schema && IsLanguageAlternative(tree, place)) {
+        return DeleteLocalizedText(tree, place.mSchema, place.mPath, kDefaultLanguage);
+    }
     if (normal.ends_with(LanguagePath("]"))) {
         // An item of an alternative without its language makes a packet that cannot be read back.
         ThrowError(XMPErr_BadOptions, "\"" + path + "\" cannot be deleted; delete the item");

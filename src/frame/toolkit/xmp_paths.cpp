@@ -1,12 +1,13 @@
 #include "frame/toolkit/xmp_paths.h"
 
 #include <algorithm>
-#include <array>
+#include <map>
 #include <optional>
 #include <utility>
 
 #include "frame/toolkit/exempi_handles.h"
 #include "frame/toolkit/utf8.h"
+#include "frame/toolkit/xmp_meta_handle.h"
 #include "frame/toolkit/xmp_tree.h"
 
 namespace zephmetadata::toolkit {
@@ -43,26 +44,41 @@ bool HoldsReservedName(std::string_view path) {
     return false;
 }
 
-/// Names that the toolkit reads and writes elsewhere.
-struct Alias {
-    std::string_view mSchema;
-    std::string_view mName;
-    std::string_view mBaseSchema;
-    std::string_view mBasePath;
-};
+/// Where the toolkit keeps the top-level property @p name, which it writes there when it is asked to; the same place but
+/// for the names that stand for other properties. The whole of an alternative stands for its x-default item.
+Place KeptPlace(const UTF8String& schema, const UTF8String& name) {
+    const XMPMetaPtr scratch = NewTree();
+    const QuietToolkit quiet;
+    if (!xmp_set_property(Native(scratch.get()), schema.c_str(), name.c_str(), "x", 0)) {
+        return {schema, name};
+    }
+    Place place;
+    for (const Node& node : Nodes(scratch.get(), {}, {}, Walk::kSubtree)) {
+        const bool isItem = node.mPath.ends_with(']');
+        if (place.mPath.empty()) {
+            place = {node.mSchema, node.mPath};
+        } else if (isItem) {
+            place.mPath = node.mPath;
+        } else if ((node.mOptions & kPropIsQualifier) != 0) {
+            place.mPath.resize(place.mPath.find('['));
+        }
+    }
+    return place;
+}
 
-constexpr std::string_view kExif = "http://ns.adobe.com/exif/1.0/";
-constexpr std::string_view kTiff = "http://ns.adobe.com/tiff/1.0/";
-constexpr std::string_view kDublinCore = "http://purl.org/dc/elements/1.1/";
-constexpr std::string_view kBasic = "http://ns.adobe.com/xap/1.0/";
-constexpr auto kAliases = std::to_array<Alias>({
-    {kExif, "exif:DateTimeDigitized", kBasic, "xmp:CreateDate"},
-    {kTiff, "tiff:Artist", kDublinCore, "dc:creator[1]"},
-    {kTiff, "tiff:Copyright", kDublinCore, "dc:rights"},
-    {kTiff, "tiff:DateTime", kBasic, "xmp:ModifyDate"},
-    {kTiff, "tiff:ImageDescription", kDublinCore, "dc:description"},
-    {kTiff, "tiff:Software", kBasic, "xmp:CreatorTool"},
-});
+/// The same, remembered: paths are resolved again and again.
+const Place& RememberedPlace(const UTF8String& schema, const UTF8String& name) {
+    constexpr std::size_t kMostNames = 4096;  // files may hold any number of them
+    thread_local std::map<Place, Place> places;
+    const Place asked{schema, name};
+    if (const auto known = places.find(asked); known != places.end()) {
+        return known->second;
+    }
+    if (places.size() >= kMostNames) {
+        places.clear();
+    }
+    return places.emplace(asked, KeptPlace(schema, name)).first->second;
+}
 
 }  // namespace
 
@@ -117,14 +133,9 @@ UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8St
 
 Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
     UTF8String normal = NormalPath(tree, schema, path);
-    const std::string_view name = std::string_view(normal).substr(0, FirstStepLength(normal));
-    const auto* const alias = std::find_if(kAliases.begin(), kAliases.end(), [&](const Alias& candidate) {
-        return candidate.mSchema == schema && candidate.mName == name;
-    });
-    if (alias == kAliases.end()) {
-        return {schema, std::move(normal)};
-    }
-    return {UTF8String(alias->mBaseSchema), normal.replace(0, name.size(), alias->mBasePath)};
+    const std::size_t length = FirstStepLength(normal);
+    const Place& kept = RememberedPlace(schema, normal.substr(0, length));
+    return {kept.mSchema, normal.replace(0, length, kept.mPath)};
 }
 
 bool IsAtOrBelow(std::string_view path, std::string_view parent) {

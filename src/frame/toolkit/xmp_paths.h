@@ -31,8 +31,8 @@ void CheckWritable(const UTF8String& schema, const UTF8String& path);
 /// The path as the toolkit's walks return it: with the prefix of the first step and with numbers for "[last()]".
 UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 
-/// Where @p path leads. Some names stand for properties of other schemas (tiff:Artist for the first dc:creator); the
-/// two that stand for the x-default item of an alternative lead to the whole of it.
+/// Where @p path leads. Some names stand for properties of other schemas (tiff:Artist for the first dc:creator); those
+/// that stand for the x-default item of an alternative (tiff:ImageDescription) lead to the whole of it.
 Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 
 /// True when @p path is @p parent or lies below it, by whole steps.

@@ -41,6 +41,21 @@ void MakeArrayOf(XMPMetaHandle source, XMPMetaHandle destination, const UTF8Stri
     }
 }
 
+/// The marks at and below a path, and that of what the path is part of.
+void CopyMarks(XMPMetaHandle source, XMPMetaHandle destination, const UTF8String& schema, const UTF8String& path) {
+    if (IsMixed(source, schema, path)) {
+        MarkMixed(destination, schema, path);
+    }
+    const Place place = NormalPlace(source, schema, path);
+    for (auto mark = source->mMixed.lower_bound(place);
+         mark != source->mMixed.end() && mark->mSchema == place.mSchema && mark->mPath.starts_with(place.mPath);
+         ++mark) {
+        if (IsAtOrBelow(mark->mPath, place.mPath)) {
+            destination->mMixed.insert(*mark);
+        }
+    }
+}
+
 }  // namespace
 
 bool DuplicateSubtree(XMPMetaHandle source, XMPMetaHandle destination, const UTF8String& schema,
@@ -64,6 +79,7 @@ bool DuplicateSubtree(XMPMetaHandle source, XMPMetaHandle destination, const UTF
         CopyNode(destination, node, target + node.mPath.substr(sourcePath.size()));
     }
     ClearMixed(destination, schema, target);
+    CopyMarks(source, destination, schema, target);
     return true;
 }
 

@@ -148,7 +148,7 @@ bool DeleteLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF
 
 // Between trees.
 
-/// Copies the node at @p path with all below it from @p source to @p destination, replacing what is there (same schema and path).
+/// Copies the node at @p path with all below it, marks included, from @p source to @p destination, replacing what is there (same schema and path).
 /// False when the source has no such node (the destination is then left alone).
 bool DuplicateSubtree(XMPMetaHandle source, XMPMetaHandle destination, const UTF8String& schema,
                       const UTF8String& path);
