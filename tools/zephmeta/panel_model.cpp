@@ -225,12 +225,10 @@ private:
         if (!item.mParameters.contains("required_path")) {
             return true;
         }
-        const UTF8String schema = item.GetParameter("required_path_uri", "");
-        const Path named = PathForExpression(item.GetParameter("required_path", ""));
-        // A document may give a prefix a meaning of its own; then the property is known, but none of its fields.
-        const Path required = named.mNamespace == schema ? named
-                                                         : PathForSchemaNameAndPropertyName(
-                                                               schema, item.GetParameter("required_path_name", ""));
+        const Path required = item.mParameters.contains("required_path_field")
+                                  ? PathForExpression(item.GetParameter("required_path", ""))
+                                  : PathForSchemaNameAndPropertyName(item.GetParameter("required_path_uri", ""),
+                                                                     item.GetParameter("required_path_name", ""));
         for (std::size_t i = 0; i < filled.mItems.size(); ++i) {
             if (item.mChildItems[i]->mPath == required) {
                 return filled.mItems[i].HasValue();
