@@ -39,9 +39,7 @@ bool IsSimple(const ArrayItem& item) {
 }
 
 bool SameItem(const ArrayItem& left, const ArrayItem& right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](const Node& l, const Node& r) {
-        return l.mPath == r.mPath && l.mValue == r.mValue && toolkit::KindOf(l) == toolkit::KindOf(r);
-    });
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), SameNode);
 }
 
 std::size_t FindItem(const std::vector<ArrayItem>& items, const ArrayItem& wanted) {

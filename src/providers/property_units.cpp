@@ -73,11 +73,12 @@ bool PropertyUnit::IsArray() const {
     return (mNodes.front().mOptions & toolkit::kPropValueIsArray) != 0;
 }
 
+bool SameNode(const Node& left, const Node& right) {
+    return left.mPath == right.mPath && left.mValue == right.mValue && toolkit::KindOf(left) == toolkit::KindOf(right);
+}
+
 bool SameContent(const PropertyUnit& left, const PropertyUnit& right) {
-    return std::equal(left.mNodes.begin(), left.mNodes.end(), right.mNodes.begin(), right.mNodes.end(),
-                      [](const Node& l, const Node& r) {
-                          return l.mPath == r.mPath && l.mValue == r.mValue && toolkit::KindOf(l) == toolkit::KindOf(r);
-                      });
+    return std::equal(left.mNodes.begin(), left.mNodes.end(), right.mNodes.begin(), right.mNodes.end(), SameNode);
 }
 
 PropertyUnits UnitsOf(XMPMetaHandle tree) {

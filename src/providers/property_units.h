@@ -33,6 +33,8 @@ PropertyUnits UnitsAt(XMPMetaHandle tree, const toolkit::Place& place);
 /// The range of @p units at and below one place, as a copy.
 PropertyUnits UnitsAt(const PropertyUnits& units, const toolkit::Place& place);
 
+/// Whether two nodes are the same but for the schema, whatever the toolkit works out about them.
+bool SameNode(const toolkit::Node& left, const toolkit::Node& right);
 /// Whether two units say the same; of structures only that both are such, as their fields are units.
 bool SameContent(const PropertyUnit& left, const PropertyUnit& right);
 

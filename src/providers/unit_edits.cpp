@@ -19,9 +19,7 @@ bool IsQualifier(const Node& node) {
 }
 
 bool Holds(const PropertyUnit& unit, const Node& node) {
-    return std::any_of(unit.mNodes.begin(), unit.mNodes.end(), [&](const Node& own) {
-        return own.mPath == node.mPath && own.mValue == node.mValue && toolkit::KindOf(own) == toolkit::KindOf(node);
-    });
+    return std::any_of(unit.mNodes.begin(), unit.mNodes.end(), [&](const Node& own) { return SameNode(own, node); });
 }
 
 void SetSimple(XMPMetaHandle source, const PropertyUnit& before, const PropertyUnit& after) {
