@@ -51,7 +51,7 @@ function(zephmetadata_embed_resources target)
   endforeach()
   set(table "${folder}/resource_table.cpp")
   file(CONFIGURE OUTPUT "${table}" @ONLY CONTENT [[
-#include "frame/platform/resource_table.h"
+#include "platform/resource_table.h"
 
 #include <array>
 

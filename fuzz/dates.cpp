@@ -1,6 +1,6 @@
 // Dates as they stand in packets: what is accepted has one canonical text, and conversions to other zones are dates.
-#include "frame/toolkit/xmp_dates.h"
 #include "support.h"
+#include "xmp/xmp_dates.h"
 
 namespace toolkit = zephmetadata::toolkit;
 

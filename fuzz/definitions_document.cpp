@@ -1,4 +1,5 @@
 // Definitions documents, from parsing to the paths over what was registered, and written back.
+#include "library_session.h"
 #include "support.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/paths.h"

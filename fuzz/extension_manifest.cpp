@@ -1,6 +1,7 @@
 // The manifests of extension packages and of panels, and what is written of them.
 #include <fstream>
 
+#include "library_session.h"
 #include "support.h"
 #include "zephcore/files.h"
 #include "zephmetadata/extensions.h"

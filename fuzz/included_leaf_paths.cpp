@@ -1,6 +1,7 @@
 // Documents of included leaf paths: what is read can be written and read again, what is refused changes nothing.
 #include <algorithm>
 
+#include "library_session.h"
 #include "support.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/paths.h"

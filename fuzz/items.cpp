@@ -1,6 +1,6 @@
 // Text of people split into items: items that were split off join into text that splits into the same items.
-#include "frame/toolkit/xmp_tree.h"
 #include "support.h"
+#include "xmp/xmp_tree.h"
 
 namespace toolkit = zephmetadata::toolkit;
 

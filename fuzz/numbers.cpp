@@ -1,8 +1,8 @@
 // Numbers and flags as they stand in packets and definitions, and the conversion of any text between UTF-8 and UTF-16.
 #include <cmath>
 
-#include "frame/toolkit/xmp_tree.h"
 #include "support.h"
+#include "xmp/xmp_tree.h"
 #include "zephcore/text.h"
 
 namespace toolkit = zephmetadata::toolkit;

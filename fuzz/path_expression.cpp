@@ -1,4 +1,5 @@
 // Path expressions: each is refused, or is written back as it was; none hurts the tree that it is used on.
+#include "library_session.h"
 #include "support.h"
 #include "zephmetadata/zephmetadata.h"
 

@@ -18,12 +18,6 @@ inline std::string_view Text(const std::uint8_t* data, std::size_t size) {
 std::u16string Text16(const std::uint8_t* data, std::size_t size);
 
 /// Ends the program, so that the input counts as a finding, when a promise of the library does not hold.
-void Require(bool holds, const char* promise);
-
-/// Has the library started over empty folders of the program's own, and started anew every few hundred inputs: error
-/// records and registered namespaces pile up while it runs.
-void StartLibrary();
-/// The temporary folder of the program; for targets that called StartLibrary.
-const std::string& Folder();
+void Require(bool holds, std::string_view promise);
 
 }  // namespace fuzz

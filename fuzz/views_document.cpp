@@ -1,4 +1,5 @@
 // Views documents, from parsing to a host that walks the views.
+#include "library_session.h"
 #include "support.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/views.h"

@@ -1,6 +1,6 @@
 // XML escapes: what can be carried comes back, and what was escaped holds no markup.
-#include "frame/toolkit/utf8.h"
 #include "support.h"
+#include "xmp/utf8.h"
 #include "zephcore/text.h"
 #include "zephcore/xml.h"
 

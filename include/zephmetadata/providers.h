@@ -8,6 +8,7 @@
 #include "zephcore/files.h"
 #include "zephmetadata/definitions.h"
 #include "zephmetadata/file_status.h"
+#include "zephmetadata/media.h"
 #include "zephmetadata/paths.h"
 
 /// Providers own an XMP tree, hand it out under scoped access and write changes back.
@@ -127,24 +128,27 @@ public:
 protected:
     BufferProviderImpl(const unsigned char* data, std::size_t size);
 
-    /// Stores the packet; its bytes are valid during the call only. Exceptions are discarded.
+    /// Stores the packet; its bytes are valid during the call only. Exceptions are discarded. Not called, but an error
+    /// record made (ErrorWritingXMP), for a tree that cannot be made a packet.
     virtual void WriteBuffer(const std::vector<Path>& changes, const char* data, std::size_t size) = 0;
-
-private:
     void WriteChanges(const std::vector<Path>& changes) override;
 };
 
 /// What a provider over a file can say of it.
 struct FileReport {
     FileStatus mStatus = FileStatus::kFileStatus_NoFile;
-    UTF8String mDetail;  ///< in English, where more is known: the system's reason, the path that did not read back
+    /// In English, where more is known: the system's reason, the path that did not read back; beside kFileStatus_Success
+    /// of a reading what is damaged in a file that was read as far as it goes and is not written.
+    UTF8String mDetail;
 };
 
-/// A provider over the XMP embedded in a media file.
+/// A provider over the metadata of a media file: its XMP packet, joined with what its native metadata (Exif, IPTC-IIM, the
+/// format's own fields) says. It never looks at sidecars.
 ///
+/// An edit changes the packet and the native fields that mirror the changed properties; every other byte stays as it is.
 /// Writing never leaves a damaged file behind: the new content is made in a copy, read back, and only then takes the
-/// file's place, with owner, mode, extended attributes and links as they were. An XMP packet that could not be read is
-/// never written over.
+/// file's place, with owner, mode, extended attributes and links as they were. What could not be read is never written
+/// over.
 class ZEPHMETADATA_EXPORT FileProvider : public TypicalProviderImpl {
 public:
     /// Reads the file; an empty path reads nothing. Without XMP, or when the file cannot be read, the tree is null.
@@ -173,6 +177,42 @@ private:
     std::unique_ptr<FileState> mFile;
 };
 
+/// A provider over a media file and its sidecar, as one.
+///
+/// The sidecar of photo.cr2 is photo.cr2.xmp or photo.xmp, whichever exists; a photo.xmp that says that it belongs to a
+/// file of another extension, or that lies beside another file of its name while this file can be written itself, is not
+/// taken. What stands in the sidecar wins over what stands in the file. A missing sidecar is made at the first write:
+/// photo.xmp for raw pictures, photo.jpg.xmp for others.
+class ZEPHMETADATA_EXPORT MediaProvider : public TypicalProviderImpl {
+public:
+    /// Reads both. Without metadata in either, or when the file cannot be read, the tree is null.
+    explicit MediaProvider(const UTF16String& path, SidecarPolicy policy = SidecarPolicy::kSidecarPolicy_Automatic);
+    ~MediaProvider() override;
+
+    const UTF16String& FilePath() const;
+    /// Where changes go when it is not into the file; empty when they go into the file.
+    const UTF16String& SidecarPath() const;
+    /// Reads both again and notifies.
+    void ReloadFile();
+    /// As FileProvider::StartMetaData, also for a file whose changes go to a sidecar.
+    bool StartMetaData();
+
+    /// How the last reading went.
+    const FileReport& LastRead() const;
+    /// How the last write-back went; kFileStatus_Success before the first.
+    const FileReport& LastWrite() const;
+
+private:
+    void WriteChanges(const std::vector<Path>& changes) override;
+
+    struct MediaState;
+    std::unique_ptr<MediaState> mMedia;
+};
+
+/// A media file with its sidecar.
+ZEPHMETADATA_EXPORT sp<MediaProvider> OpenMedia(const UTF16String& path,
+                                                SidecarPolicy policy = SidecarPolicy::kSidecarPolicy_Automatic);
+
 /// A provider over a `.xmp` sidecar: a file that is an XMP packet. Written as FileProvider writes, and stays a sidecar.
 class ZEPHMETADATA_EXPORT SidecarProvider : public BufferProviderImpl {
 public:
@@ -184,6 +224,7 @@ public:
     const FileReport& LastWrite() const;
 
 private:
+    void WriteChanges(const std::vector<Path>& changes) override;
     void WriteBuffer(const std::vector<Path>& changes, const char* data, std::size_t size) override;
 
     struct FileState;

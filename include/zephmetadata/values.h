@@ -44,6 +44,16 @@ ZEPHMETADATA_EXPORT bool HasValue(XMPMetaHandle tree, const Path& path);
 /// kGetValueResult_Mixed there.
 ZEPHMETADATA_EXPORT bool IsMixed(XMPMetaHandle tree, const Path& path);
 
+enum ValueOrigin : std::int32_t {
+    kValueOrigin_None = 0,    ///< there is no value
+    kValueOrigin_XMP = 1,     ///< read from an XMP packet, or set by the host
+    kValueOrigin_Native = 2,  ///< read from native metadata of the file (Exif, IPTC-IIM, fields of its format)
+};
+
+/// Where the property that @p path leads to, or into, was read from. Setting a value that differs makes it one of XMP,
+/// until the file is read again.
+ZEPHMETADATA_EXPORT ValueOrigin OriginOf(XMPMetaHandle tree, const Path& path);
+
 // Reads. False leaves @p value as it was.
 
 ZEPHMETADATA_EXPORT bool GetValue(XMPMetaHandle tree, const Path& path, int& value, GetValueResult* result = nullptr);

@@ -4,6 +4,7 @@
 #include "zephmetadata/extensions.h"
 #include "zephmetadata/formatting.h"
 #include "zephmetadata/library.h"
+#include "zephmetadata/media.h"
 #include "zephmetadata/paths.h"
 #include "zephmetadata/providers.h"
 #include "zephmetadata/values.h"

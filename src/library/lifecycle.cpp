@@ -5,11 +5,11 @@
 #include "frame/errors.h"
 #include "frame/initialization.h"
 #include "frame/switches.h"
-#include "frame/toolkit/toolkit.h"
 #include "frame/translations.h"
 #include "values/constructed_values.h"
 #include "values/formatting/formatting.h"
 #include "views/view_registry.h"
+#include "xmp/toolkit.h"
 #include "zephcore/localizer.h"
 #include "zephmetadata/library.h"
 

@@ -1,4 +1,4 @@
-#include "frame/toolkit/toolkit.h"
+#include "xmp/toolkit.h"
 #include "zephmetadata/library.h"
 
 namespace zephmetadata {

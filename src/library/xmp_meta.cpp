@@ -1,6 +1,6 @@
 #include "zephmetadata/xmp_meta.h"
 
-#include "frame/toolkit/xmp_tree.h"
+#include "xmp/xmp_tree.h"
 
 namespace zephmetadata {
 

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "frame/toolkit/toolkit.h"
+#include "xmp/toolkit.h"
 #include "zephcore/text.h"
 #include "zephmetadata/paths.h"
 

@@ -2,8 +2,8 @@
 #include <charconv>
 #include <string_view>
 
-#include "frame/toolkit/toolkit.h"
-#include "frame/toolkit/xmp_paths.h"
+#include "xmp/toolkit.h"
+#include "xmp/xmp_paths.h"
 #include "zephmetadata/paths.h"
 
 namespace zephmetadata {

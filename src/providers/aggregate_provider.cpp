@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "frame/toolkit/xmp_tree.h"
 #include "providers/merged_edits.h"
+#include "xmp/xmp_tree.h"
 #include "zephcore/text.h"
 #include "zephmetadata/providers.h"
 

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "frame/toolkit/node_copy.h"
-#include "frame/toolkit/xmp_paths.h"
 #include "providers/unit_edits.h"
+#include "xmp/node_copy.h"
+#include "xmp/xmp_paths.h"
 
 namespace zephmetadata {
 
@@ -39,7 +39,7 @@ bool IsSimple(const ArrayItem& item) {
 }
 
 bool SameItem(const ArrayItem& left, const ArrayItem& right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), SameNode);
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), &toolkit::SameNode);
 }
 
 std::size_t FindItem(const std::vector<ArrayItem>& items, const ArrayItem& wanted) {

@@ -1,6 +1,9 @@
 #include <limits>
 
-#include "frame/toolkit/xmp_tree.h"
+#include "frame/errors.h"
+#include "xmp/xmp_tree.h"
+#include "zephcore/localizer.h"
+#include "zephcore/text.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {
@@ -32,8 +35,16 @@ void BufferProviderImpl::WriteChanges(const std::vector<Path>& changes) {
     if (!tree) {
         return;
     }
+    UTF8String packet;
     try {
-        const UTF8String packet = toolkit::SerializePacket(tree.get());
+        packet = toolkit::SerializePacket(tree.get());
+    } catch (const XMPError& error) {
+        constexpr std::u16string_view kNotWritable =
+            u"$$$/zephmetadata/ErrorInXMPData/NotWritable=the metadata cannot be stored (@0).";
+        SendError(ErrorKind::ErrorWritingXMP, zephcore::ZString(kNotWritable, {zephcore::UTF8to16(error.what())}), {});
+        return;
+    }
+    try {
         WriteBuffer(changes, packet.data(), packet.size());
     } catch (...) {
         // Whether storing the packet worked is the subclass's to keep.

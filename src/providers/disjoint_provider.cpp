@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <set>
 
-#include "frame/toolkit/xmp_tree.h"
 #include "providers/merged_edits.h"
+#include "xmp/xmp_tree.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {

@@ -1,5 +1,5 @@
-#include "frame/toolkit/media/xmp_files.h"
-#include "frame/toolkit/xmp_tree.h"
+#include "media/media_store.h"
+#include "xmp/xmp_tree.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
 
@@ -8,7 +8,7 @@ namespace zephmetadata {
 struct FileProvider::FileState {
     UTF16String mPath;
     bool mCanWrite = false;
-    toolkit::FileStamp mStamp;  // of the file as it was read or written last
+    media::FileStamp mStamp;  // of the file as it was read or written last
     FileReport mLastRead;
     FileReport mLastWrite{FileStatus::kFileStatus_Success, {}};
 };
@@ -32,14 +32,9 @@ void FileProvider::ResetFilePath(const UTF16String& path) {
 }
 
 void FileProvider::ReloadFile() {
-    toolkit::FileXMP file;
-    if (mFile->mPath.empty()) {
-        file.mStatus = FileStatus::kFileStatus_NoFile;
-    } else {
-        file = toolkit::ReadFileXMP(mFile->mPath);
-    }
+    const media::MediaReading file = media::ReadMedia(mFile->mPath);
     mFile->mLastRead = {file.mStatus, file.mDetail};
-    mFile->mCanWrite = file.mCanWrite;
+    mFile->mCanWrite = file.mWriteStatus == FileStatus::kFileStatus_Success;
     mFile->mStamp = file.mStamp;
     ResetMetaData(file.mTree.get(), true);
 }
@@ -69,7 +64,7 @@ void FileProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
         mFile->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
         return;
     }
-    const toolkit::WriteOutcome outcome = toolkit::WriteFileXMP(mFile->mPath, tree.get(), mFile->mStamp);
+    const media::WriteOutcome outcome = media::WriteMedia(mFile->mPath, tree.get(), mFile->mStamp);
     mFile->mLastWrite = {outcome.mStatus, outcome.mDetail};
     if (outcome.mStatus == FileStatus::kFileStatus_Success) {
         mFile->mStamp = outcome.mStamp;

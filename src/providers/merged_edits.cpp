@@ -5,8 +5,8 @@
 #include <iterator>
 #include <string_view>
 
-#include "frame/toolkit/xmp_paths.h"
 #include "providers/unit_edits.h"
+#include "xmp/xmp_paths.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {

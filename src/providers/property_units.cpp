@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "frame/toolkit/node_copy.h"
-#include "frame/toolkit/xmp_alternatives.h"
-#include "frame/toolkit/xmp_paths.h"
+#include "xmp/node_copy.h"
+#include "xmp/xmp_alternatives.h"
+#include "xmp/xmp_paths.h"
 
 namespace zephmetadata {
 
@@ -73,12 +73,9 @@ bool PropertyUnit::IsArray() const {
     return (mNodes.front().mOptions & toolkit::kPropValueIsArray) != 0;
 }
 
-bool SameNode(const Node& left, const Node& right) {
-    return left.mPath == right.mPath && left.mValue == right.mValue && toolkit::KindOf(left) == toolkit::KindOf(right);
-}
-
 bool SameContent(const PropertyUnit& left, const PropertyUnit& right) {
-    return std::equal(left.mNodes.begin(), left.mNodes.end(), right.mNodes.begin(), right.mNodes.end(), SameNode);
+    return std::equal(left.mNodes.begin(), left.mNodes.end(), right.mNodes.begin(), right.mNodes.end(),
+                      &toolkit::SameNode);
 }
 
 PropertyUnits UnitsOf(XMPMetaHandle tree) {

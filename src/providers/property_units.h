@@ -4,8 +4,8 @@
 #include <set>
 #include <vector>
 
-#include "frame/toolkit/place.h"
-#include "frame/toolkit/xmp_tree.h"
+#include "xmp/place.h"
+#include "xmp/xmp_tree.h"
 
 /// Trees in the pieces by which several sources are compared and edited: a simple property, an array or an alternative
 /// is one piece with all below it; a structure is a piece by itself, and so is each of its fields.
@@ -33,8 +33,6 @@ PropertyUnits UnitsAt(XMPMetaHandle tree, const toolkit::Place& place);
 /// The range of @p units at and below one place, as a copy.
 PropertyUnits UnitsAt(const PropertyUnits& units, const toolkit::Place& place);
 
-/// Whether two nodes are the same but for the schema, whatever the toolkit works out about them.
-bool SameNode(const toolkit::Node& left, const toolkit::Node& right);
 /// Whether two units say the same; of structures only that both are such, as their fields are units.
 bool SameContent(const PropertyUnit& left, const PropertyUnit& right);
 

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "frame/toolkit/xmp_tree.h"
+#include "xmp/xmp_tree.h"
 #include "zephcore/text.h"
 #include "zephmetadata/providers.h"
 

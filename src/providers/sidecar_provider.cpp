@@ -1,5 +1,5 @@
-#include "frame/toolkit/media/packet_file.h"
-#include "frame/toolkit/xmp_tree.h"
+#include "media/files/packet_file.h"
+#include "xmp/xmp_tree.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
 
@@ -35,6 +35,12 @@ const FileReport& SidecarProvider::LastWrite() const {
     return mFile->mLastWrite;
 }
 
+void SidecarProvider::WriteChanges(const std::vector<Path>& changes) {
+    // What holds unless the packet is made and handed over.
+    mFile->mLastWrite = {FileStatus::kFileStatus_NotWritten, "the metadata cannot be made a packet"};
+    BufferProviderImpl::WriteChanges(changes);
+}
+
 void SidecarProvider::WriteBuffer(const std::vector<Path>& /*changes*/, const char* data, std::size_t size) {
     if (IsXMPWritingDisabled()) {
         mFile->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
@@ -45,7 +51,7 @@ void SidecarProvider::WriteBuffer(const std::vector<Path>& /*changes*/, const ch
         mFile->mLastWrite = {FileStatus::kFileStatus_NotWritten, "the written metadata does not read back"};
         return;
     }
-    const toolkit::WriteOutcome outcome = mFile->mPacket.Write({data, size});
+    const media::WriteOutcome outcome = mFile->mPacket.Write({data, size});
     mFile->mLastWrite = {outcome.mStatus, outcome.mDetail};
 }
 

@@ -1,4 +1,4 @@
-#include "frame/toolkit/xmp_tree.h"
+#include "xmp/xmp_tree.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {

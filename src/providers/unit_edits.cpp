@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "frame/toolkit/node_copy.h"
-#include "frame/toolkit/xmp_alternatives.h"
-#include "frame/toolkit/xmp_paths.h"
 #include "providers/array_edits.h"
+#include "xmp/node_copy.h"
+#include "xmp/xmp_alternatives.h"
+#include "xmp/xmp_paths.h"
 
 namespace zephmetadata {
 
@@ -19,7 +19,8 @@ bool IsQualifier(const Node& node) {
 }
 
 bool Holds(const PropertyUnit& unit, const Node& node) {
-    return std::any_of(unit.mNodes.begin(), unit.mNodes.end(), [&](const Node& own) { return SameNode(own, node); });
+    return std::any_of(unit.mNodes.begin(), unit.mNodes.end(),
+                       [&](const Node& own) { return toolkit::SameNode(own, node); });
 }
 
 void SetSimple(XMPMetaHandle source, const PropertyUnit& before, const PropertyUnit& after) {

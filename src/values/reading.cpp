@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "frame/toolkit/xmp_dates.h"
 #include "values/constructed_values.h"
 #include "values/text_access.h"
 #include "values/value_procedures.h"
+#include "xmp/xmp_dates.h"
 #include "zephmetadata/formatting.h"
 
 namespace zephmetadata {
@@ -96,6 +96,14 @@ bool HasValue(XMPMetaHandle tree, const Path& path) {
         ReportInvalidData(ErrorKind::ErrorReadingXMP, path);
         return false;
     }
+}
+
+ValueOrigin OriginOf(XMPMetaHandle tree, const Path& path) {
+    if (!HasValue(tree, path)) {
+        return ValueOrigin::kValueOrigin_None;
+    }
+    const bool isNative = toolkit::IsNative(tree, path.mNamespace, path.mPathDescription);
+    return isNative ? ValueOrigin::kValueOrigin_Native : ValueOrigin::kValueOrigin_XMP;
 }
 
 bool IsMixed(XMPMetaHandle tree, const Path& path) {

@@ -2,7 +2,7 @@
 #include <array>
 
 #include "frame/errors.h"
-#include "frame/toolkit/xmp_template.h"
+#include "xmp/xmp_template.h"
 #include "zephcore/localizer.h"
 #include "zephmetadata/values.h"
 

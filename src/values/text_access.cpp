@@ -1,7 +1,7 @@
 #include "values/text_access.h"
 
-#include "frame/toolkit/xmp_dates.h"
-#include "frame/toolkit/xmp_tree.h"
+#include "xmp/xmp_dates.h"
+#include "xmp/xmp_tree.h"
 
 namespace zephmetadata {
 

@@ -2,8 +2,8 @@
 #include <set>
 #include <string_view>
 
-#include "frame/toolkit/xmp_tree.h"
 #include "values/value_checks.h"
+#include "xmp/xmp_tree.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 

@@ -2,12 +2,12 @@
 #include <optional>
 #include <string_view>
 
-#include "frame/toolkit/utf8.h"
-#include "frame/toolkit/xmp_dates.h"
-#include "frame/toolkit/xmp_tree.h"
 #include "values/formatting/rationals.h"
 #include "values/text_access.h"
 #include "values/value_checks.h"
+#include "xmp/utf8.h"
+#include "xmp/xmp_dates.h"
+#include "xmp/xmp_tree.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 

@@ -4,6 +4,7 @@
 
 #include "values/text_access.h"
 #include "values/value_procedures.h"
+#include "xmp/xmp_paths.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {
@@ -20,6 +21,16 @@ bool WriteNumber(XMPMetaHandle tree, const Path& path, Value value, const Get& g
 
 UTF8String TextOf(std::int64_t value) {
     return toolkit::ConvertFromInt64(value);
+}
+
+/// Whether the value is one that is written at all: what will be refused must not leave items behind.
+bool IsWritable(const TextAccess& access, const UTF8String& value) {
+    try {
+        toolkit::CheckedValue(access.mCanonical(value));
+        return IsWorthWriting(value);
+    } catch (const XMPError&) {
+        return false;
+    }
 }
 
 /// The canonical form where the text has one; any other text is left for the setter to refuse.
@@ -81,7 +92,7 @@ bool SetValue(XMPMetaHandle tree, const Path& path, const UTF8String& value) {
         return false;
     }
     const TextAccess& access = IsDate(*entry) ? DateTextAccess() : TextAccessFor(*kind);
-    if (tree != nullptr && IsWorthWriting(value)) {
+    if (tree != nullptr && IsWritable(access, value)) {
         MakeMissingItems(tree, path);
     }
     return WriteValue(

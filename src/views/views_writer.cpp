@@ -5,8 +5,8 @@
 #include <unordered_map>
 #include <utility>
 
-#include "frame/toolkit/xmp_paths.h"
 #include "frame/xml_writer.h"
+#include "xmp/xmp_paths.h"
 #include "zephcore/files.h"
 #include "zephcore/text.h"
 #include "zephmetadata/views.h"

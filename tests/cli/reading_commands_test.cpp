@@ -60,13 +60,12 @@ const ReadingRow kReadingRows[] = {
      {"dump", "--json", "plain.png"},
      {0, "{\"file\":\"plain.png\",\"hasXMP\":false,\"properties\":[]}\n", ""}},
     {"DumpOfGoodAndBadFiles",
-     {"dump", "nowhere.jpg", "plain.png", "folder", "notes.txt", "truncated.jpg", "broken-packet.jpg", "sidecar.xmp"},
+     {"dump", "nowhere.jpg", "plain.png", "folder", "notes.txt", "broken-packet.jpg", "sidecar.xmp"},
      {1, std::string("plain.png\n  no XMP\n\n") + kSidecarText,
       "nowhere.jpg: no such file\n"
       "folder: not a file (a folder)\n"
-      "notes.txt: not a media file of a known format\n"
-      "truncated.jpg: the file is damaged\n" +
-          kBrokenPacket}},
+      "notes.txt: not a media file of a known format\n" +
+          std::string(kBrokenPacket)}},
     {"DumpOfControlCharacters", {"dump", "hostile.xmp"}, {0, std::string("hostile.xmp\n") + kHostileText, ""}},
     {"DumpOfAControlCharacterInAName",
      {"dump", "na\x1bme.xmp"},
@@ -104,6 +103,14 @@ const ReadingRow kReadingRows[] = {
 INSTANTIATE_TEST_SUITE_P(Rows, Reading, ::testing::ValuesIn(kReadingRows),
                          [](const auto& row) { return row.param.mLabel; });
 
+TEST_F(ReadingFiles, DumpWhatIsLeftOfADamagedFileAndSaySo) {
+    const Outcome outcome = Zephmeta({"dump", "truncated.jpg"});
+    EXPECT_EQ(outcome.mStatus, 1) << outcome;
+    EXPECT_NE(outcome.mOutput.find("Lumenta L40"), std::string::npos) << outcome;
+    EXPECT_THAT(outcome.mErrors,
+                ::testing::EndsWith("truncated.jpg: the file is damaged (a segment is damaged or cut off)\n"));
+}
+
 TEST_F(ReadingFiles, DumpAsJsonWithEveryMember) {
     const std::string dc = "http://purl.org/dc/elements/1.1/";
     const std::string mm = "http://ns.adobe.com/xap/1.0/mm/";
@@ -117,6 +124,7 @@ TEST_F(ReadingFiles, DumpAsJsonWithEveryMember) {
          {"type", "mimetype"},
          {"internal", true},
          {"defined", true},
+         {"origin", "xmp"},
          {"raw", "image/jpeg"},
          {"display", "image/jpeg"}},
         {{"path", "odd:list"},
@@ -125,6 +133,7 @@ TEST_F(ReadingFiles, DumpAsJsonWithEveryMember) {
          {"type", "bag"},
          {"internal", false},
          {"defined", false},
+         {"origin", "xmp"},
          {"raw", "a; b;c"},
          {"display", "a; b;c"},
          {"items", {"a", "b;c"}}},
@@ -134,6 +143,7 @@ TEST_F(ReadingFiles, DumpAsJsonWithEveryMember) {
          {"type", "openchoice"},
          {"internal", true},
          {"defined", true},
+         {"origin", "xmp"},
          {"raw", "saved"},
          {"display", "saved"}},
     });

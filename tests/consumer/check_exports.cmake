@@ -14,7 +14,9 @@ set(unnameable
   "zephmetadata::DisjointSchemaProxyProvider::WriteChanges("
   "zephmetadata::ProxyProviderImpl::Reaches("
   "zephmetadata::FileProvider::WriteChanges("
-  "zephmetadata::SidecarProvider::WriteBuffer(")
+  "zephmetadata::MediaProvider::WriteChanges("
+  "zephmetadata::SidecarProvider::WriteBuffer("
+  "zephmetadata::SidecarProvider::WriteChanges(")
 
 # symbols_of(<result> <file> <types>): names of the dynamic symbols whose type letter is among the given.
 function(symbols_of result file types)

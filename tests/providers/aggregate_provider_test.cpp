@@ -1,7 +1,7 @@
-#include "frame/toolkit/xmp_paths.h"
-#include "frame/toolkit/xmp_tree.h"
 #include "support/test_provider.h"
 #include "support/values_test.h"
+#include "xmp/xmp_paths.h"
+#include "xmp/xmp_tree.h"
 
 namespace zephmetadata {
 namespace {

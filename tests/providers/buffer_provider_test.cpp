@@ -52,6 +52,31 @@ TEST_F(BufferProvider, HoldsWhatThePacketHolds) {
     EXPECT_EQ(calls, 4);
 }
 
+// What an edit of another property leaves of a packet.
+TEST_F(BufferProvider, KeepsEmptyTextsAndWhatThePacketIsAbout) {
+    const std::string body =
+        "<dc:format/><dc:subject><rdf:Bag><rdf:li/><rdf:li>b</rdf:li><rdf:li/></rdf:Bag></"
+        "dc:subject><dc:title><rdf:Alt>"
+        "<rdf:li xml:lang='x-default'/><rdf:li xml:lang='de'>T</rdf:li></rdf:Alt></dc:title>";
+    const auto provider = std::make_shared<TestBuffer>(
+        "<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><rdf:Description rdf:about='uuid:1-2' "
+        "xmlns:dc='http://purl.org/dc/elements/1.1/'>" +
+        body + "</rdf:Description></rdf:RDF>");
+    {
+        MetaDataUpdateAccess access(provider);
+        ASSERT_TRUE(SetValue(*access, At("dc:source"), "changed"));
+        access.AddChange(At("dc:source"));
+    }
+    const auto reread = std::make_shared<TestBuffer>(provider->mStored);
+    const MetaDataReadAccess tree(reread);
+    ASSERT_NE(*tree, nullptr) << provider->mStored;
+    EXPECT_TRUE(HasValue(*tree, At("dc:format"))) << provider->mStored;
+    EXPECT_EQ(GetItems(*tree, At("dc:subject")), (std::vector<std::string>{"", "b", ""}));
+    EXPECT_EQ(GetLanguages(*tree, At("dc:title")),
+              (std::map<std::string, std::string>{{"x-default", ""}, {"de", "T"}}));
+    EXPECT_NE(provider->mStored.find("rdf:about=\"uuid:1-2\""), std::string::npos) << provider->mStored;
+}
+
 TEST_F(BufferProvider, KeepsAnExceptionOfItsSubclassIn) {
     const auto provider = std::make_shared<TestBuffer>(SerializeXMPMeta(Tree()));
     provider->mThrows = true;

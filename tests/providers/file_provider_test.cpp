@@ -90,6 +90,22 @@ TEST_F(FileProviders, LeaveAFileAloneThatChangedMeanwhile) {
     EXPECT_EQ(Set(provider, "xmp:Nickname", "mine"), FileStatus::kFileStatus_Success);
 }
 
+// A name space that the toolkit writes as it stands, and so makes no XML.
+const char* const kUnwritable =
+    "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+    "<rdf:Description xmlns:z='http://z.test/?a=1&amp;b=2'><z:a>v</z:a></rdf:Description></rdf:RDF></x:xmpmeta>";
+
+TEST_F(FileProviders, TellOfASidecarThatCannotBeMadeAPacket) {
+    const auto file = Folder().Write("unwritable.xmp", kUnwritable);
+    const auto provider = std::make_shared<SidecarProvider>(zephcore::PathFromNative(file.string()));
+    ASSERT_EQ(provider->LastRead().mStatus, FileStatus::kFileStatus_Success);
+    EXPECT_EQ(Set(provider, "xmp:Label", "Blue"), FileStatus::kFileStatus_NotWritten);
+    EXPECT_NE(provider->LastWrite().mDetail, "");
+    ASSERT_TRUE(HasErrors());
+    EXPECT_EQ(GetErrorInfos().back().kind, ErrorKind::ErrorWritingXMP);
+    EXPECT_EQ(support::ReadFile(file), kUnwritable);
+}
+
 TEST_F(FileProviders, KeepASidecarASidecar) {
     const UTF16String path = Copy("sidecar.xmp");
     const auto provider = std::make_shared<SidecarProvider>(path);

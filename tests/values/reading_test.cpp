@@ -1,4 +1,5 @@
 #include "support/values_test.h"
+#include "xmp/xmp_tree.h"
 
 namespace zephmetadata {
 namespace {
@@ -100,6 +101,23 @@ TEST_F(Reading, ReportsTextThatItsTypeDoesNotAllowAndReturnsIt) {
             EXPECT_EQ(Records().back(), Invalid(ErrorKind::ErrorReadingXMP, row.mExpression));
         }
     }
+}
+
+TEST_F(Reading, TellsWhereAValueWasReadFrom) {
+    Load(
+        "<dc:source>s</dc:source><dc:format>f</dc:format><dc:subject><rdf:Bag><rdf:li>a</rdf:li></rdf:Bag></"
+        "dc:subject>");
+    toolkit::MarkNative(Tree(), "http://purl.org/dc/elements/1.1/", "format");
+    toolkit::MarkNative(Tree(), "http://purl.org/dc/elements/1.1/", "subject");
+    EXPECT_EQ(OriginOf(Tree(), At("dc:source")), kValueOrigin_XMP);
+    EXPECT_EQ(OriginOf(Tree(), At("dc:format")), kValueOrigin_Native);
+    EXPECT_EQ(OriginOf(Tree(), At("dc:subject[1]")), kValueOrigin_Native);
+    EXPECT_EQ(OriginOf(Tree(), At("dc:subject[2]")), kValueOrigin_None);
+    EXPECT_EQ(OriginOf(nullptr, At("dc:format")), kValueOrigin_None);
+    SetValue(Tree(), At("dc:format"), "f");
+    EXPECT_EQ(OriginOf(Tree(), At("dc:format")), kValueOrigin_Native) << "that is what it was";
+    SetValue(Tree(), At("dc:format"), "g");
+    EXPECT_EQ(OriginOf(Tree(), At("dc:format")), kValueOrigin_XMP);
 }
 
 TEST_F(Reading, ConvertsDatesToUTC) {

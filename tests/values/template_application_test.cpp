@@ -1,5 +1,5 @@
-#include "frame/toolkit/xmp_tree.h"
 #include "support/values_test.h"
+#include "xmp/xmp_tree.h"
 
 namespace zephmetadata {
 namespace {

@@ -104,6 +104,38 @@ TEST_F(Writing, RefusesAndReportsWhatCannotBe) {
     EXPECT_FALSE(SetValue(Tree(), At("dc:source"), static_cast<const char*>(nullptr)));
 }
 
+TEST_F(Writing, ReplacesWhatHasAnotherShape) {
+    const std::string alternative =
+        "<rdf:Alt><rdf:li xml:lang='x-default'>a</rdf:li><rdf:li xml:lang='de'>b</rdf:li></rdf:Alt>";
+    const std::string structure = "<rdf:Description><stRef:a>a</stRef:a></rdf:Description>";
+    const struct {
+        const char* mName;
+        std::string mContent;
+        const char* mValue;
+    } rows[] = {{"dc:creator", alternative, "n; m"},
+                {"dc:subject", structure, "n; m"},
+                {"dc:title", structure, "T"},
+                {"dc:source", alternative, "s"},
+                {"xmp:MetadataDate", "<rdf:Bag><rdf:li>2024</rdf:li></rdf:Bag>", "2025"}};
+    for (const auto& row : rows) {
+        Load(std::string("<") + row.mName + ">" + row.mContent + "</" + row.mName + ">");
+        EXPECT_TRUE(SetValue(Tree(), At(row.mName), row.mValue)) << row.mName;
+        mTree = ParseXMPMeta(SerializeXMPMeta(Tree()));
+        ASSERT_TRUE(mTree) << row.mName;
+        EXPECT_EQ(Text(row.mName), row.mValue);
+    }
+    Load("<dc:creator>" + alternative + "</dc:creator>");
+    SetValue(Tree(), At("dc:creator"), "n; m");
+    EXPECT_THAT(GetItems(Tree(), At("dc:creator")), ElementsAre("n", "m"));
+}
+
+TEST_F(Writing, LeavesNoItemOfAValueThatIsRefused) {
+    for (const char* const expression : {"dc:language[1]", "Iptc4xmpExt:LocationShown[1]/Iptc4xmpExt:City"}) {
+        EXPECT_FALSE(SetValue(Tree(), At(expression), "\x01")) << expression;
+        EXPECT_TRUE(XMPNodes(Tree()).empty()) << expression;
+    }
+}
+
 TEST_F(Writing, RefusesAnEmptyTextForADateThatIsThere) {
     EXPECT_TRUE(SetValue(Tree(), At("xmp:CreateDate"), "2024"));
     EXPECT_FALSE(SetValue(Tree(), At("xmp:CreateDate"), ""));

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "commands.h"
+#include "media_file.h"
 #include "session.h"
 #include "zephcore/environment.h"
 
@@ -46,12 +47,26 @@ CLI::App* CommandLine::Add(CLI::App& parent, const char* name, const char* descr
     return command;
 }
 
+void CommandLine::AddSidecarOption(CLI::App* command) {
+    using namespace zephmetadata;
+    static const std::map<std::string, SidecarPolicy> policies = {
+        {"never", kSidecarPolicy_Never}, {"auto", kSidecarPolicy_Automatic}, {"always", kSidecarPolicy_Always}};
+    command
+        ->add_option("--sidecar", mSidecars,
+                     "auto: read the sidecar beside a file and change it where there is one or where the format cannot "
+                     "be written; never: the file alone; always: change sidecars only")
+        ->transform(CLI::CheckedTransformer(policies))
+        ->type_name("never|auto|always")
+        ->default_str("auto");
+}
+
 void CommandLine::OnRunAlone(CLI::App* command, std::function<int()> run) {
     command->final_callback([this, run = std::move(run)] {
         if (!mLanguage.empty()) {
             setenv("ZEPHCORE_LANGUAGE", mLanguage.c_str(), 1);
         }
         zephcore::SetSuiteClientName(u"zephmeta");
+        UseSidecars(mSidecars);
         mStatus = run();
     });
 }
@@ -67,6 +82,7 @@ void CommandLine::AddReading() {
     CLI::App* const dump = Add(mApp, "dump", "Print every value of the files", "zephmeta dump photo.jpg");
     const auto dumped = Kept<Texts>();
     dump->add_option("FILE", *dumped, "Media files and .xmp sidecars")->required();
+    AddSidecarOption(dump);
     OnRun(dump, [this, dumped] { return Dump(*dumped, mJson); });
 
     struct GetRequest {
@@ -81,12 +97,14 @@ void CommandLine::AddReading() {
                     "Media files and .xmp sidecars, then prefix:name, prefix:name[2], prefix:struct/prefix:field")
         ->required();
     get->add_flag("--raw", wanted->mRaw, "Print the stored text instead of the display text");
+    AddSidecarOption(get);
     OnRun(get, [this, wanted] { return Get(wanted->mArguments, wanted->mRaw, mJson); });
 
     CLI::App* const validate =
         Add(mApp, "validate", "Hold the XMP of files against the definitions", "zephmeta validate photo.jpg");
     const auto validated = Kept<Texts>();
     validate->add_option("FILE", *validated, "Media files and .xmp sidecars")->required();
+    AddSidecarOption(validate);
     OnRun(validate, [this, validated] { return Validate(*validated, mJson); });
 }
 
@@ -102,6 +120,7 @@ void CommandLine::AddWriting() {
     set->add_option("--delete", edits->mDeletions, "Remove a value, an item or a language")
         ->type_name("PATH")
         ->allow_extra_args(false);
+    AddSidecarOption(set);
     OnRun(set, [this, edits] { return Set(*edits, mJson); });
 
     using namespace zephmetadata;
@@ -120,6 +139,7 @@ void CommandLine::AddWriting() {
         ->type_name("add|replace|clear")
         ->default_str("add");
     apply->add_flag("--dry-run", merge->mDryRun, "List what would change, and write nothing");
+    AddSidecarOption(apply);
     OnRun(apply, [this, merge] { return Apply(*merge, mJson); });
 }
 
@@ -136,6 +156,7 @@ void CommandLine::AddPanels() {
         ->check(CLI::IsMember({"text", "html", "json"}))
         ->type_name("FORMAT")
         ->capture_default_str();
+    AddSidecarOption(panel);
     OnRun(panel, [this, request] {
         request->mFormat = mJson ? "json" : request->mFormat;
         return ShowPanel(*request);
@@ -143,6 +164,10 @@ void CommandLine::AddPanels() {
 }
 
 void CommandLine::AddRegistry() {
+    CLI::App* const formats =
+        Add(mApp, "formats", "List the media formats with what can be read and written", "zephmeta formats");
+    OnRunAlone(formats, [this] { return ShowFormats(mJson); });
+
     struct ListRow {
         const char* mName;
         const char* mDescription;

@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include "zephmetadata/providers.h"
+
 namespace zephmeta {
 
 /// The commands with their options. Parsing runs the one that is named.
@@ -27,6 +29,7 @@ private:
     /// A command with the options that every command takes, before or after its name.
     CLI::App* Add(CLI::App& parent, const char* name, const char* description, const char* example);
     void AddCommonOptions(CLI::App& app);
+    void AddSidecarOption(CLI::App* command);
     /// Has @p command run between the library's start and its stop.
     void OnRun(CLI::App* command, std::function<int()> run);
     /// The same for one that starts and stops the library itself.
@@ -35,6 +38,7 @@ private:
     CLI::App& mApp;
     bool mJson = false;
     std::string mLanguage;
+    zephmetadata::SidecarPolicy mSidecars = zephmetadata::kSidecarPolicy_Automatic;
     int mStatus = 0;
 };
 

@@ -22,6 +22,9 @@ struct SetRequest {
 /// 2 when the request itself is wrong (no file, nothing to set).
 int Set(const SetRequest& request, bool json);
 
+/// What can be read and written of each format.
+int ShowFormats(bool json);
+
 int ShowSchemas(const std::string& prefix, bool json);
 int ShowTypes(const std::string& id, bool json);
 

@@ -12,9 +12,15 @@ namespace zephmeta {
 namespace {
 
 Json ToJson(const ListedValue& value) {
-    Json json = {{"path", value.mExpression}, {"namespace", value.mNamespace}, {"label", value.mLabel},
-                 {"type", value.mType},       {"internal", value.mInternal},   {"defined", value.mDefined},
-                 {"raw", value.mRaw},         {"display", value.mDisplay}};
+    Json json = {{"path", value.mExpression},
+                 {"namespace", value.mNamespace},
+                 {"label", value.mLabel},
+                 {"type", value.mType},
+                 {"internal", value.mInternal},
+                 {"defined", value.mDefined},
+                 {"origin", value.mIsNative ? "native" : "xmp"},
+                 {"raw", value.mRaw},
+                 {"display", value.mDisplay}};
     if (value.mShape == ListedValue::Shape::kItems) {
         json["items"] = value.mItems;
     } else if (value.mShape == ListedValue::Shape::kLanguages) {
@@ -105,6 +111,9 @@ int Dump(const std::vector<std::string>& files, bool json) {
         }
         first = false;
         problems.ReportCollected(name);
+        if (const std::string warning = file.ReadWarning(); !warning.empty()) {
+            problems.Report(name, warning);
+        }
     }
     return problems.ExitStatus();
 }

@@ -19,6 +19,7 @@ struct ListedValue {
     std::string mType;  ///< the type id of its definition, else what the tree holds
     bool mInternal = false;
     bool mDefined = false;
+    bool mIsNative = false;  ///< from native metadata (Exif, IPTC-IIM), not from the packet
     std::string mRaw;
     std::string mDisplay;
     Shape mShape = Shape::kSimple;

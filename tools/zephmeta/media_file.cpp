@@ -29,7 +29,7 @@ constexpr auto kReasons = std::to_array<ReasonRow>({
     {FileStatus::kFileStatus_DamagedXMP, "its XMP is damaged and left as it is"},
     {FileStatus::kFileStatus_NoXMP, "the file has no XMP"},
     {FileStatus::kFileStatus_ReadOnly, "the file is read-only"},
-    {FileStatus::kFileStatus_CannotCarryXMP, "XMP of this format can be read but not written"},
+    {FileStatus::kFileStatus_CannotCarryXMP, "its metadata can be read but not written"},
     {FileStatus::kFileStatus_WritingDisabled, "writing is switched off"},
     {FileStatus::kFileStatus_NotWritten, "could not be written"},
     {FileStatus::kFileStatus_Changed, "the file was changed by another program meanwhile"},
@@ -54,7 +54,13 @@ bool IsSidecarName(const std::string& name) {
                       [](char wanted, char c) { return wanted == (c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c); });
 }
 
+zephmetadata::SidecarPolicy sidecarPolicy = zephmetadata::kSidecarPolicy_Automatic;
+
 }  // namespace
+
+void UseSidecars(zephmetadata::SidecarPolicy policy) {
+    sidecarPolicy = policy;
+}
 
 MediaFile::MediaFile(const std::string& name) : mName(name) {
     const zephmetadata::UTF16String path = zephcore::PathFromNative(name);
@@ -63,7 +69,7 @@ MediaFile::MediaFile(const std::string& name) : mName(name) {
         mSidecar = sidecar.get();
         mProvider = sidecar;
     } else {
-        const auto media = std::make_shared<zephmetadata::FileProvider>(path);
+        const auto media = zephmetadata::OpenMedia(path, sidecarPolicy);
         mMedia = media.get();
         mProvider = media;
     }
@@ -81,8 +87,16 @@ std::string MediaFile::ReadProblem() const {
     return HasXMP() || LastRead().mStatus == FileStatus::kFileStatus_NoXMP ? std::string() : Reason(LastRead());
 }
 
+std::string MediaFile::ReadWarning() const {
+    return HasXMP() && !LastRead().mDetail.empty() ? "the file is damaged (" + LastRead().mDetail + ")" : std::string();
+}
+
 std::string MediaFile::WriteProblem() const {
     return Reason(mSidecar != nullptr ? mSidecar->LastWrite() : mMedia->LastWrite());
+}
+
+std::string MediaFile::Sidecar() const {
+    return mMedia == nullptr ? std::string() : zephcore::PathToNative(mMedia->SidecarPath());
 }
 
 bool MediaFile::Start() {

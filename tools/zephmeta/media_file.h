@@ -8,6 +8,9 @@
 
 namespace zephmeta {
 
+/// How the files that are opened from now on go together with their sidecars.
+void UseSidecars(zephmetadata::SidecarPolicy policy);
+
 /// A file of the command line with the provider that fits it: a sidecar by its name, else a media file.
 class MediaFile {
 public:
@@ -18,8 +21,12 @@ public:
     bool HasXMP() const;
     /// Why nothing can be read, for people; empty when the file was read, with or without XMP.
     std::string ReadProblem() const;
+    /// What is damaged in a file that was read as far as it goes; empty when nothing is.
+    std::string ReadWarning() const;
     /// Why the last write-back failed; empty when it did not.
     std::string WriteProblem() const;
+    /// The sidecar that changes go to instead of the file; empty when they go into the file.
+    std::string Sidecar() const;
     /// Gives a file without XMP its first; false when its format cannot carry any.
     bool Start();
 
@@ -28,7 +35,7 @@ private:
 
     std::string mName;
     zephmetadata::sp<zephmetadata::MetaDataProvider> mProvider;
-    zephmetadata::FileProvider* mMedia = nullptr;       // either of these two is
+    zephmetadata::MediaProvider* mMedia = nullptr;      // either of these two is
     zephmetadata::SidecarProvider* mSidecar = nullptr;  // what mProvider holds
 };
 

@@ -165,7 +165,7 @@ public:
                 continue;
             }
             if (const auto expressions = Rehearse(file); expressions && expressions->empty()) {
-                Print(file.Name(), {});
+                Print(file.Name(), {}, {});
             } else if (expressions) {
                 changed.push_back({std::move(file), *expressions});
             }
@@ -225,7 +225,7 @@ private:
             if (const std::string problem = file.mFile.WriteProblem(); !problem.empty()) {
                 mProblems.Report(file.mFile.Name(), problem);
             } else {
-                Print(file.mFile.Name(), file.mChanged);
+                Print(file.mFile.Name(), file.mChanged, file.mFile.Sidecar());
             }
         }
     }
@@ -278,10 +278,15 @@ private:
         return {};
     }
 
-    void Print(const std::string& name, const std::vector<std::string>& changed) const {
+    void Print(const std::string& name, const std::vector<std::string>& changed, const std::string& sidecar) const {
         if (mJson) {
-            const Json json = {{"file", name}, {"written", !changed.empty()}, {"changed", changed}};
+            Json json = {{"file", name}, {"written", !changed.empty()}, {"changed", changed}};
+            if (!sidecar.empty()) {
+                json["sidecar"] = sidecar;
+            }
             std::cout << JsonLine(json) << '\n';
+        } else if (!sidecar.empty()) {
+            std::cout << OneLine(name) << ": written to its sidecar " << OneLine(sidecar) << '\n';
         } else {
             std::cout << OneLine(name) << ": " << (changed.empty() ? "unchanged" : "written") << '\n';
         }

@@ -274,6 +274,9 @@ int CheckPhoto(const std::string& photo) {
     CHECK(provider->LastWrite().mStatus == FileStatus::kFileStatus_Success);
     provider->ReloadFile();
     CHECK(Read(provider, "xmp:Label") == "Blue");
+    const auto media = std::make_shared<MediaProvider>(path, SidecarPolicy::kSidecarPolicy_Never);
+    media->ReloadFile();
+    CHECK(media->FilePath() == path && Read(media, "xmp:Label") == "Blue");
     provider->ResetFilePath(path + u".none");
     CHECK(provider->LastRead().mStatus == FileStatus::kFileStatus_NoFile && *MetaDataReadAccess(provider) == nullptr);
     return 0;

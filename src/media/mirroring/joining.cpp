@@ -1,0 +1,130 @@
+#include "media/mirroring/joining.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "media/mirroring/tree_values.h"
+#include "media/native/exif_values.h"
+#include "media/native/iim_values.h"
+#include "media/native/image_resources.h"
+
+namespace zephmetadata::media {
+
+namespace {
+
+using PropertyName = std::pair<std::string_view, std::string_view>;
+
+/// Blocks of white space and NULs stand for packets that were wiped.
+bool IsBlank(std::string_view packet) {
+    constexpr std::string_view kBlank(" \t\r\n\0", 5);
+    return packet.find_first_not_of(kBlank) == std::string_view::npos;
+}
+
+/// Takes values of one kind of native metadata into a tree.
+class Joiner {
+public:
+    explicit Joiner(XMPMetaHandle tree) : mTree(tree) {}
+
+    /// Native metadata wins unless the packet says the same, by @p agrees, which may say it in more detail.
+    template <typename Agrees>
+    void Prefer(const std::vector<NativeValue>& values, const Agrees& agrees) {
+        for (const NativeValue& value : values) {
+            if (mTaken.contains({value.mNamespace, value.mProperty})) {
+                continue;  // an earlier kind says it already
+            }
+            const UTF8String schema(value.mNamespace);
+            const UTF8String property(value.mProperty);
+            const auto held = ValueIn(mTree, schema, property);
+            if (!held || !agrees(*held)) {
+                Take(value);
+            }
+            mTaken.emplace(value.mNamespace, value.mProperty);
+        }
+    }
+
+    /// Native metadata fills in what the tree lacks.
+    void FillIn(const std::vector<NativeValue>& values) {
+        for (const NativeValue& value : values) {
+            if (!toolkit::PropertyExists(mTree, UTF8String(value.mNamespace), UTF8String(value.mProperty))) {
+                Take(value);
+            }
+        }
+    }
+
+private:
+    void Take(const NativeValue& value) {
+        PutValue(mTree, value);
+        toolkit::MarkNative(mTree, UTF8String(value.mNamespace), UTF8String(value.mProperty));
+    }
+
+    XMPMetaHandle mTree;
+    std::set<PropertyName> mTaken;
+};
+
+void JoinExif(Joiner& joiner, const FileBlocks& blocks) {
+    for (const ExifStream& stream : blocks.mExif) {
+        const PagedSource paged(*stream.mSource);
+        const TiffFields fields = ReadTiff(paged, stream.mFirst);
+        joiner.Prefer(ExifValues(fields), [&](const NativeValue& held) { return ExifAgrees(fields, held); });
+    }
+}
+
+void JoinIIM(Joiner& joiner, const FileBlocks& blocks) {
+    if (!blocks.mIIM) {
+        return;
+    }
+    const IIMRecords records = ReadIIM(*blocks.mIIM);
+    if (IsIIMChanged(blocks)) {
+        joiner.Prefer(IIMValues(records), [&](const NativeValue& held) { return IIMAgrees(records, held); });
+    } else {
+        joiner.FillIn(IIMValues(records));
+    }
+}
+
+bool ParsePackets(XMPMetaHandle tree, const FileBlocks& blocks) {
+    return toolkit::ParsePacket(tree, *blocks.mXMP) && toolkit::MergeExtended(tree, blocks.mExtendedXMP);
+}
+
+MediaTrees DamagedTrees(UTF8String detail) {
+    MediaTrees trees;
+    trees.mStatus = FileStatus::kFileStatus_DamagedXMP;
+    trees.mDetail = std::move(detail);
+    return trees;
+}
+
+MediaTrees Joined(const FileBlocks& blocks, KeepPacket keep) {
+    MediaTrees trees;
+    trees.mJoined = toolkit::NewTree();
+    const bool hasPacket = blocks.mXMP && !IsBlank(*blocks.mXMP);
+    if (hasPacket && !ParsePackets(trees.mJoined.get(), blocks)) {
+        return DamagedTrees({});
+    }
+    if (keep == KeepPacket::kYes) {
+        trees.mPacket = toolkit::CloneTree(trees.mJoined.get());
+    }
+    Joiner joiner(trees.mJoined.get());
+    JoinExif(joiner, blocks);
+    JoinIIM(joiner, blocks);
+    joiner.FillIn(blocks.mValues);
+    const bool isEmpty =
+        !hasPacket && toolkit::Nodes(trees.mJoined.get(), {}, {}, toolkit::Walk::kJustChildren).empty();
+    trees.mStatus = isEmpty ? FileStatus::kFileStatus_NoXMP : FileStatus::kFileStatus_Success;
+    return trees;
+}
+
+}  // namespace
+
+MediaTrees JoinBlocks(const FileBlocks& blocks, KeepPacket keep) {
+    try {
+        return Joined(blocks, keep);
+    } catch (const XMPError& error) {
+        return DamagedTrees(error.what());
+    }
+}
+
+bool IsIIMChanged(const FileBlocks& blocks) {
+    return blocks.mIIM && blocks.mIIMDigest && *blocks.mIIMDigest != IIMDigest(*blocks.mIIM);
+}
+
+}  // namespace zephmetadata::media

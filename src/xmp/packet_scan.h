@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+namespace zephmetadata::toolkit {
+
+/// Whether WidenPacket could refuse or change a packet that the toolkit has parsed: a look at its tags, much cheaper
+/// than reading it. True when in doubt; false for most packets of photos.
+bool MayNeedWidening(std::string_view packet);
+
+/// Whether NarrowTree could change the tree of a packet for which MayNeedWidening is false.
+bool MayNeedNarrowing(std::string_view packet);
+
+}  // namespace zephmetadata::toolkit

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "media/mirroring/changes.h"
+#include "media/native/image_resources.h"
+#include "media/native/tiff_stream.h"
+
+/// Files that are their blocks alone, and edits of them.
+namespace zephmetadata::media {
+
+class MirroringTest : public testing::Test {
+protected:
+    MirroringTest() { toolkit::Start(); }
+    ~MirroringTest() override { toolkit::Stop(); }
+};
+
+inline std::string Packet(const std::string& body) {
+    std::string namespaces;
+    for (const char* prefix : {"dc", "exif", "pdf", "photoshop", "tiff", "xmp"}) {
+        namespaces += std::string(" xmlns:") + prefix + "='" + *toolkit::NamespaceOf(prefix) + "'";
+    }
+    return "<x:xmpmeta xmlns:x='adobe:ns:meta/'><rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'>"
+           "<rdf:Description rdf:about=''" +
+           namespaces + ">" + body + "</rdf:Description></rdf:RDF></x:xmpmeta>";
+}
+/// A property with a simple value.
+inline std::string Simple(const std::string& name, const std::string& text) {
+    return "<" + name + ">" + text + "</" + name + ">";
+}
+inline std::string Array(const std::string& name, const std::string& kind, const std::vector<std::string>& items) {
+    std::string list;
+    for (const std::string& item : items) {
+        list += "<rdf:li>" + item + "</rdf:li>";
+    }
+    return Simple(name, Simple("rdf:" + kind, list));
+}
+/// Pairs of language and text.
+inline std::string Languages(const std::string& name,
+                             const std::vector<std::pair<std::string, std::string>>& languages) {
+    std::string list;
+    for (const auto& [language, text] : languages) {
+        list += "<rdf:li xml:lang='" + language + "'>" + text + "</rdf:li>";
+    }
+    return Simple(name, Simple("rdf:Alt", list));
+}
+
+inline UTF8String SchemaOf(const std::string& name) {
+    return toolkit::NamespaceOf(name.substr(0, name.find(':'))).value_or("");
+}
+inline std::string ValueOf(XMPMetaHandle tree, const std::string& name) {
+    const auto found = toolkit::GetProperty(tree, SchemaOf(name), name);
+    return found ? found->mValue : "<none>";
+}
+inline void Set(XMPMetaHandle tree, const std::string& name, const std::string& value) {
+    toolkit::SetProperty(tree, SchemaOf(name), name, value);
+}
+inline void Delete(XMPMetaHandle tree, const std::string& name) {
+    EXPECT_TRUE(toolkit::DeleteProperty(tree, SchemaOf(name), name)) << name;
+}
+
+inline FileBlocks Blocks(const std::string& body, const std::vector<TiffEdit>& exif = {}) {
+    FileBlocks blocks;
+    if (!body.empty()) {
+        blocks.mXMP = Packet(body);
+    }
+    if (!exif.empty()) {
+        blocks.mExif.push_back({std::make_shared<MemorySource>(NewTiff(exif)), TiffDirectory::kMain});
+    }
+    return blocks;
+}
+
+/// A file that was edited.
+struct EditedFile {
+    MediaTrees mBefore;
+    MediaChanges mChanges;
+    MediaTrees mAfter;
+    UTF8String mWhyNot;
+};
+
+template <typename Edit>
+EditedFile EditBlocks(const FileBlocks& blocks, const Edit& edit) {
+    EditedFile file;
+    file.mBefore = JoinBlocks(blocks, KeepPacket::kYes);
+    const XMPMetaPtr wanted = toolkit::CloneTree(file.mBefore.mJoined.get());
+    edit(wanted.get());
+    file.mChanges = ChangesFor(blocks, file.mBefore, wanted.get(), {true, true});
+    FileBlocks written = blocks;
+    written.mXMP = toolkit::SerializePacket(file.mChanges.mPacket.get(), toolkit::PacketForm::kBareRDF);
+    if (!file.mChanges.mExif.empty()) {
+        const ByteSource& stream = *blocks.mExif.at(0).mSource;
+        const auto edited = EditedExif(ReadRange(stream, {0, stream.Size()}), file.mChanges.mExif);
+        written.mExif.at(0).mSource = std::make_shared<MemorySource>(edited.value_or("damaged"));
+    }
+    if (file.mChanges.mIIM) {
+        written.mIIM = file.mChanges.mIIM;
+        written.mIIMDigest = blocks.mIIMDigest ? std::optional(IIMDigest(*written.mIIM)) : std::nullopt;
+    }
+    file.mAfter = JoinBlocks(written, KeepPacket::kYes);
+    file.mWhyNot = WhyNotAsWanted(file.mChanges, file.mBefore, file.mAfter, wanted.get());
+    return file;
+}
+
+/// An edit of what nothing else depends on.
+inline void EditLabel(XMPMetaHandle tree) {
+    Set(tree, "xmp:Label", "unrelated");
+}
+
+}  // namespace zephmetadata::media
