@@ -14,12 +14,10 @@ struct ReleaseHandle {
     void operator()(XmpPtr tree) const noexcept { xmp_free(tree); }
     void operator()(XmpStringPtr text) const noexcept { xmp_string_free(text); }
     void operator()(XmpIteratorPtr iterator) const noexcept { xmp_iterator_free(iterator); }
-    void operator()(XmpFilePtr file) const noexcept { xmp_files_free(file); }
 };
 
 using TreeHandle = std::unique_ptr<_Xmp, ReleaseHandle>;
 using IteratorHandle = std::unique_ptr<_XmpIterator, ReleaseHandle>;
-using FileHandle = std::unique_ptr<_XmpFile, ReleaseHandle>;
 
 /// A text that the toolkit fills in. It may hold NUL bytes.
 class ToolkitString {

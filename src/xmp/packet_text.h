@@ -34,10 +34,4 @@ void NarrowTree(XMPMetaHandle tree);
 /// Takes the items out of a parsed tree that WidenPacket put into the packet.
 void DropTwins(XMPMetaHandle tree);
 
-/// For each two-item alternative of @p packetTree (parsed from the widened packet, hence right) whose texts differ:
-/// sets the second text in @p fileTree (what the toolkit itself read from the file) again, when that has the same path
-/// with the same two languages. Simple values that the toolkit's parser blanked characters of (see CleanPacket) are set
-/// again as well.
-void RestoreLostTexts(XMPMetaHandle fileTree, XMPMetaHandle packetTree);
-
 }  // namespace zephmetadata::toolkit

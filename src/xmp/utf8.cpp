@@ -172,20 +172,6 @@ std::string EncodedDocument(std::string_view text, TextEncoding encoding) {
     return bytes;
 }
 
-bool IsBlankedForm(std::string_view blanked, std::string_view text) {
-    while (!blanked.empty() && !text.empty()) {
-        const Decoded left = DecodeOne(blanked);
-        const Decoded right = DecodeOne(text);
-        const bool isBlanked = left.mCode == ' ' && right.mCode <= 0xFF;
-        if (left.mSize == 0 || right.mSize == 0 || (left.mCode != right.mCode && !isBlanked)) {
-            return false;
-        }
-        blanked.remove_prefix(left.mSize);
-        text.remove_prefix(right.mSize);
-    }
-    return blanked.empty() && text.empty();
-}
-
 bool IsUTF8(std::string_view text) {
     while (!text.empty()) {
         const Decoded one = DecodeOne(text);

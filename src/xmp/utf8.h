@@ -15,10 +15,6 @@ bool IsUTF8(std::string_view text);
 /// UTF-8 of characters that XML 1.0 can carry.
 bool IsXMLText(std::string_view text);
 
-/// True when @p blanked is @p text with any of the characters up to U+00FF replaced by spaces, as the toolkit's own
-/// reading of a packet leaves it (see CleanPacket).
-bool IsBlankedForm(std::string_view blanked, std::string_view text);
-
 enum class TextEncoding { kUTF8, kUTF16Big, kUTF16Little };
 
 /// By the byte order mark or the first character.

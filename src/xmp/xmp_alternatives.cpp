@@ -1,7 +1,6 @@
 #include "xmp/xmp_alternatives.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "xmp/exempi_handles.h"
@@ -19,35 +18,6 @@ bool IsItemOf(std::string_view path, std::string_view arrayPath) {
         return false;
     }
     return path.find(']', arrayPath.size()) == path.size() - 1;
-}
-
-using NodeKey = std::pair<UTF8String, UTF8String>;
-
-void SetText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path, const UTF8String& value) {
-    const QuietToolkit quiet;
-    if (!xmp_set_property(Native(tree), schema.c_str(), path.c_str(), value.c_str(), 0)) {
-        ThrowToolkitError("\"" + path + "\"");
-    }
-}
-
-// Simple values of which the toolkit's parser blanked characters.
-void RestoreBlankedTexts(XMPMetaHandle fileTree, const std::vector<Node>& fileNodes,
-                         const std::vector<Node>& packetNodes) {
-    std::map<NodeKey, const Node*> inFile;
-    for (const Node& node : fileNodes) {
-        inFile.emplace(NodeKey(node.mSchema, node.mPath), &node);
-    }
-    for (const Node& right : packetNodes) {
-        const auto found = inFile.find({right.mSchema, right.mPath});
-        if (found == inFile.end() || (right.mOptions & kPropCompositeMask) != 0 ||
-            (found->second->mOptions & kPropCompositeMask) != 0) {
-            continue;
-        }
-        const UTF8String& value = found->second->mValue;
-        if (value != right.mValue && IsBlankedForm(value, right.mValue)) {
-            SetText(fileTree, right.mSchema, right.mPath, right.mValue);
-        }
-    }
 }
 
 // The pair that the toolkit would make one text of.
@@ -73,11 +43,6 @@ std::size_t AddedItem(const Alternative& alternative) {
         return items.size();
     }
     return static_cast<std::size_t>(items.rend() - added) - 1;
-}
-
-bool SameLanguages(const Alternative& left, const Alternative& right) {
-    return std::equal(left.mItems.begin(), left.mItems.end(), right.mItems.begin(), right.mItems.end(),
-                      [](const auto& l, const auto& r) { return SameLanguage(l.mLanguage, r.mLanguage); });
 }
 
 }  // namespace
@@ -164,27 +129,6 @@ void NarrowTree(XMPMetaHandle tree) {
             const QuietToolkit quiet;
             const UTF8String path = ItemPath(alternative.mPath, added + 1);
             xmp_delete_property(Native(tree), alternative.mSchema.c_str(), path.c_str());
-        }
-    }
-}
-
-void RestoreLostTexts(XMPMetaHandle fileTree, XMPMetaHandle packetTree) {
-    const std::vector<Node> fileNodes = Nodes(fileTree, {}, {}, Walk::kSubtree);
-    const std::vector<Node> packetNodes = Nodes(packetTree, {}, {}, Walk::kSubtree);
-    RestoreBlankedTexts(fileTree, fileNodes, packetNodes);
-
-    std::map<NodeKey, Alternative> inFile;
-    for (Alternative& alternative : Alternatives(fileNodes)) {
-        NodeKey key(alternative.mSchema, alternative.mPath);
-        inFile.emplace(std::move(key), std::move(alternative));
-    }
-    for (const Alternative& right : Alternatives(packetNodes)) {
-        if (!IsEndangeredPair(right)) {
-            continue;
-        }
-        const auto found = inFile.find({right.mSchema, right.mPath});
-        if (found != inFile.end() && SameLanguages(found->second, right)) {
-            SetText(fileTree, right.mSchema, ItemPath(right.mPath, 2), right.mItems[1].mValue);
         }
     }
 }

@@ -111,27 +111,6 @@ TEST_F(LostTextTest, OtherProgramsReadBothTexts) {
     EXPECT_EQ(packet.find(kTwinLanguage), std::string::npos);
 }
 
-TEST_F(LostTextTest, TextsThatTheToolkitDroppedAreSetAgain) {
-    const std::string packet = Packet(Alt(Li("x-default", "A") + Li("de", "B")) + "<dc:title><rdf:Alt>" +
-                                      Li("x-default", "A") + Li("fr", "B") + "</rdf:Alt></dc:title>");
-    const XMPMetaPtr file = NewTree();
-    ASSERT_TRUE(xmp_parse(Native(file.get()), packet.data(), packet.size()));
-    ASSERT_EQ(Texts(file.get()), "A x-default A de A x-default A fr ") << "the toolkit no longer drops texts";
-    SetProperty(file.get(), kDC, "title[2]/?xml:lang", "it");
-    RestoreLostTexts(file.get(), Parsed(packet).get());
-    EXPECT_EQ(Texts(file.get()), "A x-default B de A x-default A it ");
-}
-
-TEST_F(LostTextTest, CharactersThatTheToolkitBlankedAreSetAgain) {
-    const std::string packet = Packet("<own:a>it&#x27;s</own:a><own:b>it&#x27;s</own:b>");
-    const XMPMetaPtr file = NewTree();
-    ASSERT_TRUE(xmp_parse(Native(file.get()), packet.data(), packet.size()));
-    ASSERT_EQ(Texts(file.get()), "it s it s ") << "the toolkit no longer blanks characters";
-    SetProperty(file.get(), kOwn, "b", "it is");
-    RestoreLostTexts(file.get(), Parsed(packet).get());
-    EXPECT_EQ(Texts(file.get()), "it's it is ");
-}
-
 TEST_F(LostTextTest, WhatCannotBeReadBackIsNotWritten) {
     const XMPMetaPtr tree = Parsed(Packet("<z:a xmlns:z='http://z.test/?a=1&amp;b=2'>v</z:a>"));
     EXPECT_EQ(ErrorOf([&] { SerializePacket(tree.get()); }), -201);
