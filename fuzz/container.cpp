@@ -4,8 +4,8 @@
 
 #include "media/files/plan_check.h"
 #include "media/formats.h"
-#include "media/native/exif_values.h"
-#include "media/native/iim_values.h"
+#include "media/native/exif/exif_values.h"
+#include "media/native/iim/iim_values.h"
 #include "support.h"
 
 using namespace zephmetadata;

@@ -1,6 +1,6 @@
 // Dates as they stand in packets: what is accepted has one canonical text, and conversions to other zones are dates.
 #include "support.h"
-#include "xmp/xmp_dates.h"
+#include "xmp/dates/xmp_dates.h"
 
 namespace toolkit = zephmetadata::toolkit;
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <array>
 
-#include "media/native/iim_edit.h"
-#include "media/native/iim_values.h"
+#include "media/native/iim/iim_edit.h"
+#include "media/native/iim/iim_values.h"
 #include "support.h"
 
 using namespace zephmetadata::media;

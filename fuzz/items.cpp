@@ -1,6 +1,6 @@
 // Text of people split into items: items that were split off join into text that splits into the same items.
 #include "support.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace toolkit = zephmetadata::toolkit;
 

@@ -2,7 +2,7 @@
 #include <cmath>
 
 #include "support.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephcore/text.h"
 
 namespace toolkit = zephmetadata::toolkit;

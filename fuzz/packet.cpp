@@ -1,7 +1,7 @@
 // XMP packets: what was read is written so that it reads back the same.
 #include "library_session.h"
 #include "support.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace toolkit = zephmetadata::toolkit;
 

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "media/files/plan_check.h"
-#include "media/native/exif_values.h"
+#include "media/native/exif/exif_values.h"
 #include "support.h"
 
 using namespace zephmetadata::media;

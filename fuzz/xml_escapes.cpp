@@ -1,6 +1,6 @@
 // XML escapes: what can be carried comes back, and what was escaped holds no markup.
 #include "support.h"
-#include "xmp/utf8.h"
+#include "xmp/packet/utf8.h"
 #include "zephcore/text.h"
 #include "zephcore/xml.h"
 

@@ -5,8 +5,8 @@
 
 #include "frame/errors.h"
 #include "frame/initialization.h"
-#include "xmp/toolkit.h"
-#include "xmp/xmp_paths.h"
+#include "xmp/core/toolkit.h"
+#include "xmp/core/xmp_paths.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 

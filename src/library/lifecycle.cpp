@@ -9,7 +9,7 @@
 #include "values/constructed_values.h"
 #include "values/formatting/formatting.h"
 #include "views/view_registry.h"
-#include "xmp/toolkit.h"
+#include "xmp/core/toolkit.h"
 #include "zephcore/localizer.h"
 #include "zephmetadata/library.h"
 

@@ -1,4 +1,4 @@
-#include "xmp/toolkit.h"
+#include "xmp/core/toolkit.h"
 #include "zephmetadata/library.h"
 
 namespace zephmetadata {

@@ -1,6 +1,6 @@
 #include "zephmetadata/xmp_meta.h"
 
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata {
 

@@ -1,6 +1,6 @@
 #include "media/media_pair.h"
 
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata::media {
 

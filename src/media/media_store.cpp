@@ -3,7 +3,7 @@
 #include <tuple>
 #include <utility>
 
-#include "media/containers/jpeg_extended_xmp.h"
+#include "media/containers/jpeg/jpeg_extended_xmp.h"
 #include "media/files/plan_check.h"
 #include "media/mirroring/changes.h"
 #include "zephcore/files.h"

@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "xmp/toolkit.h"
+#include "xmp/core/toolkit.h"
 #include "zephcore/text.h"
 #include "zephmetadata/paths.h"
 

@@ -2,8 +2,8 @@
 #include <charconv>
 #include <string_view>
 
-#include "xmp/toolkit.h"
-#include "xmp/xmp_paths.h"
+#include "xmp/core/toolkit.h"
+#include "xmp/core/xmp_paths.h"
 #include "zephmetadata/paths.h"
 
 namespace zephmetadata {

@@ -2,7 +2,7 @@
 #include <unordered_set>
 
 #include "providers/merged_edits.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephcore/text.h"
 #include "zephmetadata/providers.h"
 

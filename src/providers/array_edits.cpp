@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "providers/unit_edits.h"
-#include "xmp/node_copy.h"
-#include "xmp/xmp_paths.h"
+#include "xmp/core/xmp_paths.h"
+#include "xmp/tree/node_copy.h"
 
 namespace zephmetadata {
 

@@ -1,7 +1,7 @@
 #include <limits>
 
 #include "frame/errors.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 #include "zephmetadata/providers.h"

@@ -2,7 +2,7 @@
 #include <set>
 
 #include "providers/merged_edits.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "providers/unit_edits.h"
-#include "xmp/xmp_paths.h"
+#include "xmp/core/xmp_paths.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {

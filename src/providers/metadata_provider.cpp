@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "frame/callback_list.h"
-#include "xmp/xmp_history.h"
+#include "xmp/dates/xmp_history.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
 

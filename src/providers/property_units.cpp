@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "xmp/node_copy.h"
-#include "xmp/xmp_alternatives.h"
-#include "xmp/xmp_paths.h"
+#include "xmp/arrays/xmp_alternatives.h"
+#include "xmp/core/xmp_paths.h"
+#include "xmp/tree/node_copy.h"
 
 namespace zephmetadata {
 

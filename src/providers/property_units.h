@@ -4,8 +4,8 @@
 #include <set>
 #include <vector>
 
-#include "xmp/place.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/place.h"
+#include "xmp/tree/xmp_tree.h"
 
 /// Trees in the pieces by which several sources are compared and edited: a simple property, an array or an alternative
 /// is one piece with all below it; a structure is a piece by itself, and so is each of its fields.

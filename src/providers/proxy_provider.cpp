@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephcore/text.h"
 #include "zephmetadata/providers.h"
 

@@ -1,5 +1,5 @@
 #include "media/files/packet_file.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
 

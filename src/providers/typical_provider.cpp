@@ -1,4 +1,4 @@
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {

@@ -3,7 +3,7 @@
 #include "values/constructed_values.h"
 #include "values/text_access.h"
 #include "values/value_procedures.h"
-#include "xmp/xmp_dates.h"
+#include "xmp/dates/xmp_dates.h"
 #include "zephmetadata/formatting.h"
 
 namespace zephmetadata {

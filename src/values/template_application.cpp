@@ -2,7 +2,7 @@
 #include <array>
 
 #include "frame/errors.h"
-#include "xmp/xmp_template.h"
+#include "xmp/tree/xmp_template.h"
 #include "zephcore/localizer.h"
 #include "zephmetadata/values.h"
 

@@ -1,7 +1,7 @@
 #include "values/text_access.h"
 
-#include "xmp/xmp_dates.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/dates/xmp_dates.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 
 #include "values/value_checks.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 

@@ -5,9 +5,9 @@
 #include "values/formatting/rationals.h"
 #include "values/text_access.h"
 #include "values/value_checks.h"
-#include "xmp/utf8.h"
-#include "xmp/xmp_dates.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/dates/xmp_dates.h"
+#include "xmp/packet/utf8.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 

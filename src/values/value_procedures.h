@@ -3,7 +3,7 @@
 #include <cmath>
 #include <string_view>
 
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/values.h"
 

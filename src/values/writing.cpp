@@ -4,7 +4,7 @@
 
 #include "values/text_access.h"
 #include "values/value_procedures.h"
-#include "xmp/xmp_paths.h"
+#include "xmp/core/xmp_paths.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {

@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "frame/xml_writer.h"
-#include "xmp/xmp_paths.h"
+#include "xmp/core/xmp_paths.h"
 #include "zephcore/files.h"
 #include "zephcore/text.h"
 #include "zephmetadata/views.h"

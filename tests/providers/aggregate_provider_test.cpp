@@ -1,7 +1,7 @@
 #include "support/test_provider.h"
 #include "support/values_test.h"
-#include "xmp/xmp_paths.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/core/xmp_paths.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata {
 namespace {

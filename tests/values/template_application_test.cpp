@@ -1,5 +1,5 @@
 #include "support/values_test.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata {
 namespace {

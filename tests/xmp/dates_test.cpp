@@ -1,4 +1,4 @@
-#include "xmp/xmp_dates.h"
+#include "xmp/dates/xmp_dates.h"
 
 #include <cstdlib>
 #include <ctime>

@@ -1,9 +1,9 @@
-#include "xmp/xmp_history.h"
+#include "xmp/dates/xmp_history.h"
 
 #include <gmock/gmock.h>
 
+#include "xmp/dates/xmp_dates.h"
 #include "xmp/toolkit_fixture.h"
-#include "xmp/xmp_dates.h"
 #include "zephcore/environment.h"
 #include "zephcore/text.h"
 

@@ -1,7 +1,7 @@
 #include <vector>
 
 #include "xmp/toolkit_fixture.h"
-#include "xmp/xmp_meta_handle.h"
+#include "xmp/tree/xmp_meta_handle.h"
 
 namespace zephmetadata::toolkit {
 namespace {

@@ -1,8 +1,8 @@
-#include "xmp/packet_scan.h"
+#include "xmp/packet/packet_scan.h"
 
 #include <string>
 
-#include "xmp/packet_text.h"
+#include "xmp/packet/packet_text.h"
 #include "xmp/toolkit_fixture.h"
 
 namespace zephmetadata::toolkit {

@@ -1,5 +1,5 @@
 #include "xmp/toolkit_fixture.h"
-#include "xmp/xmp_meta_handle.h"
+#include "xmp/tree/xmp_meta_handle.h"
 
 namespace zephmetadata::toolkit {
 namespace {

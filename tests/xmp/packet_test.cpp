@@ -1,12 +1,12 @@
-#include "xmp/packet_text.h"
+#include "xmp/packet/packet_text.h"
 
 #include <iostream>
 #include <sstream>
 
-#include "xmp/exempi_handles.h"
-#include "xmp/packet_scan.h"
+#include "xmp/core/exempi_handles.h"
+#include "xmp/packet/packet_scan.h"
 #include "xmp/toolkit_fixture.h"
-#include "xmp/xmp_meta_handle.h"
+#include "xmp/tree/xmp_meta_handle.h"
 
 namespace zephmetadata::toolkit {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata::toolkit {
 

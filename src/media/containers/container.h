@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "media/native/native_value.h"
-#include "media/native/tiff_stream.h"
+#include "media/native/tiff/tiff_stream.h"
 #include "media/plan.h"
 #include "zephmetadata/file_status.h"
 #include "zephmetadata/types.h"

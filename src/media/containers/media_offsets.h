@@ -3,7 +3,7 @@
 #include <optional>
 #include <vector>
 
-#include "media/containers/boxes.h"
+#include "media/containers/boxes/boxes.h"
 
 /// Tables of absolute file offsets in films and image sequences (ISO/IEC 14496-12): "stco", "co64", "saio" of samples,
 /// base offsets of fragments ("tfhd"), entries of "tfra".

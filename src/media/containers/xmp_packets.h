@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "media/containers/boxes.h"
+#include "media/containers/boxes/boxes.h"
 
 namespace zephmetadata::media {
 

@@ -2,10 +2,10 @@
 
 #include "media/files/media_write.h"
 #include "platform/file_descriptor.h"
-#include "xmp/packet_text.h"
-#include "xmp/rdf_element.h"
-#include "xmp/xmp_paths.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/core/xmp_paths.h"
+#include "xmp/packet/packet_text.h"
+#include "xmp/packet/rdf_element.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata::toolkit {
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "media/files/file_stamp.h"
-#include "xmp/packet_about.h"
-#include "xmp/utf8.h"
+#include "xmp/packet/packet_about.h"
+#include "xmp/packet/utf8.h"
 
 namespace zephmetadata::toolkit {
 

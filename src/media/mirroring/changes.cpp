@@ -4,9 +4,9 @@
 #include <span>
 
 #include "media/mirroring/tree_values.h"
-#include "media/native/exif_values.h"
-#include "media/native/iim_edit.h"
-#include "media/native/iim_values.h"
+#include "media/native/exif/exif_values.h"
+#include "media/native/iim/iim_edit.h"
+#include "media/native/iim/iim_values.h"
 #include "media/native/namespaces.h"
 
 namespace zephmetadata::media {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "media/mirroring/joining.h"
-#include "xmp/place.h"
+#include "xmp/tree/place.h"
 
 namespace zephmetadata::media {
 

@@ -5,9 +5,9 @@
 #include <utility>
 
 #include "media/mirroring/tree_values.h"
-#include "media/native/exif_values.h"
-#include "media/native/iim_values.h"
-#include "media/native/image_resources.h"
+#include "media/native/exif/exif_values.h"
+#include "media/native/iim/iim_values.h"
+#include "media/native/iim/image_resources.h"
 
 namespace zephmetadata::media {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "media/containers/container.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 
 /// What a file says, of its packet and its native metadata together. docs/decisions/native-metadata.md says what wins where
 /// they disagree.

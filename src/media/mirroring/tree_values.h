@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "media/native/native_value.h"
-#include "xmp/place.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/place.h"
+#include "xmp/tree/xmp_tree.h"
 
 /// Between trees and the values that native metadata has.
 namespace zephmetadata::media {

@@ -1,6 +1,6 @@
 #include <optional>
 
-#include "xmp/xmp_dates.h"
+#include "xmp/dates/xmp_dates.h"
 #include "zephcore/locale_dates.h"
 #include "zephcore/text.h"
 #include "zephmetadata/formatting.h"

@@ -1,4 +1,4 @@
-#include "media/containers/aiff.h"
+#include "media/containers/chunks/aiff.h"
 
 #include "chunk_files.h"
 

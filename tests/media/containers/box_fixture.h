@@ -8,7 +8,7 @@
 #include <string>
 
 #include "media/bytes.h"
-#include "media/containers/boxes.h"
+#include "media/containers/boxes/boxes.h"
 #include "media/containers/container.h"
 
 /// Files in memory, read, edited, and checked for what an edit has to leave alone.

@@ -1,4 +1,4 @@
-#include "media/containers/boxes.h"
+#include "media/containers/boxes/boxes.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "media/containers/film.h"
+#include "media/containers/boxes/film.h"
 
 #include <random>
 

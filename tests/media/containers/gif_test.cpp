@@ -1,4 +1,4 @@
-#include "media/containers/gif.h"
+#include "media/containers/chunks/gif.h"
 
 #include "chunk_files.h"
 

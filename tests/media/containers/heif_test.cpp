@@ -1,8 +1,8 @@
-#include "media/containers/heif.h"
+#include "media/containers/boxes/heif.h"
 
 #include "media/containers/block_compression.h"
 #include "media/containers/box_fixture.h"
-#include "media/containers/heif_items.h"
+#include "media/containers/boxes/heif_items.h"
 #include "media/containers/xmp_packets.h"
 
 namespace zephmetadata::media {

@@ -1,4 +1,4 @@
-#include "media/containers/jpeg_2000.h"
+#include "media/containers/boxes/jpeg_2000.h"
 
 #include "media/containers/box_fixture.h"
 #include "media/containers/xmp_packets.h"

@@ -1,8 +1,8 @@
-#include "media/containers/jpeg.h"
+#include "media/containers/jpeg/jpeg.h"
 
 #include <gtest/gtest.h>
 
-#include "media/containers/jpeg_extended_xmp.h"
+#include "media/containers/jpeg/jpeg_extended_xmp.h"
 #include "media/support/jpeg_files.h"
 
 namespace zephmetadata::media {

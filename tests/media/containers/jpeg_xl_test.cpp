@@ -1,4 +1,4 @@
-#include "media/containers/jpeg_xl.h"
+#include "media/containers/boxes/jpeg_xl.h"
 
 #include "media/containers/block_compression.h"
 #include "media/containers/box_fixture.h"

@@ -1,4 +1,4 @@
-#include "media/containers/mp3.h"
+#include "media/containers/sound/mp3.h"
 
 #include <random>
 

@@ -1,4 +1,4 @@
-#include "media/containers/pdf.h"
+#include "media/containers/documents/pdf.h"
 
 #include "document_fixture.h"
 

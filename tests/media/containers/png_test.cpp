@@ -1,4 +1,4 @@
-#include "media/containers/png.h"
+#include "media/containers/chunks/png.h"
 
 #include <functional>
 

@@ -1,4 +1,4 @@
-#include "media/containers/psd.h"
+#include "media/containers/documents/psd.h"
 
 #include <gtest/gtest.h>
 

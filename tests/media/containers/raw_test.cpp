@@ -1,8 +1,8 @@
-#include "media/containers/raw.h"
+#include "media/containers/tiff/raw.h"
 
 #include <gtest/gtest.h>
 
-#include "media/containers/tiff.h"
+#include "media/containers/tiff/tiff.h"
 #include "media/native/tiff_fixture.h"
 
 namespace zephmetadata::media {

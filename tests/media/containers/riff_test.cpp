@@ -1,4 +1,4 @@
-#include "media/containers/riff.h"
+#include "media/containers/chunks/riff.h"
 
 #include "chunk_files.h"
 

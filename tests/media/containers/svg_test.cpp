@@ -1,4 +1,4 @@
-#include "media/containers/svg.h"
+#include "media/containers/documents/svg.h"
 
 #include "document_fixture.h"
 

@@ -1,8 +1,8 @@
-#include "media/containers/tiff.h"
+#include "media/containers/tiff/tiff.h"
 
 #include <gtest/gtest.h>
 
-#include "media/native/image_resources.h"
+#include "media/native/iim/image_resources.h"
 #include "media/native/tiff_fixture.h"
 
 namespace zephmetadata::media {

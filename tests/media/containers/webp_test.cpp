@@ -1,4 +1,4 @@
-#include "media/containers/webp.h"
+#include "media/containers/chunks/webp.h"
 
 #include "chunk_files.h"
 

@@ -5,7 +5,7 @@
 
 #include "media/media_store.h"
 #include "support/temp_folder.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 #include "zephcore/files.h"
 
 namespace zephmetadata {

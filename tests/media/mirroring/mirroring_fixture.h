@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "media/mirroring/changes.h"
-#include "media/native/image_resources.h"
-#include "media/native/tiff_stream.h"
+#include "media/native/iim/image_resources.h"
+#include "media/native/tiff/tiff_stream.h"
 
 /// Files that are their blocks alone, and edits of them.
 namespace zephmetadata::media {

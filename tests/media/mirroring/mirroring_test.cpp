@@ -1,7 +1,7 @@
 #include "mirroring_fixture.h"
 
-#include "media/native/iim_edit.h"
-#include "media/native/iim_records.h"
+#include "media/native/iim/iim_edit.h"
+#include "media/native/iim/iim_records.h"
 
 namespace zephmetadata::media {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <random>
 
-#include "media/native/exif_codecs.h"
+#include "media/native/exif/exif_codecs.h"
 #include "media/native/exif_fixture.h"
 
 namespace zephmetadata::media {

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "media/native/exif_table.h"
-#include "media/native/exif_values.h"
+#include "media/native/exif/exif_table.h"
+#include "media/native/exif/exif_values.h"
 
 /// Fields made by hand: bytes as the reader hands them over, big-endian but for what has no type.
 namespace zephmetadata::media {

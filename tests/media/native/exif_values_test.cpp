@@ -1,4 +1,4 @@
-#include "media/native/exif_values.h"
+#include "media/native/exif/exif_values.h"
 
 #include <gtest/gtest.h>
 

@@ -3,8 +3,8 @@
 
 #include <ostream>
 
-#include "media/native/iim_edit.h"
-#include "media/native/iim_values.h"
+#include "media/native/iim/iim_edit.h"
+#include "media/native/iim/iim_values.h"
 
 namespace zephmetadata::media {
 

@@ -1,8 +1,8 @@
-#include "media/native/image_resources.h"
+#include "media/native/iim/image_resources.h"
 
 #include <gtest/gtest.h>
 
-#include "media/native/md5.h"
+#include "media/native/iim/md5.h"
 #include "media/support/jpeg_files.h"
 
 namespace zephmetadata::media {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "media/native/tiff_stream.h"
+#include "media/native/tiff/tiff_stream.h"
 
 /// TIFF streams made piece by piece.
 namespace zephmetadata::media {

@@ -1,4 +1,4 @@
-#include "media/native/tiff_stream.h"
+#include "media/native/tiff/tiff_stream.h"
 
 #include <gtest/gtest.h>
 

@@ -9,7 +9,7 @@
 
 #include "media/bytes.h"
 #include "media/containers/container.h"
-#include "media/native/image_resources.h"
+#include "media/native/iim/image_resources.h"
 
 /// Small files made by hand, and edits of them.
 namespace zephmetadata::media::testing_support {

@@ -1,7 +1,7 @@
 #include <sstream>
 
 #include "support/values_test.h"
-#include "xmp/xmp_tree.h"
+#include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata {
 namespace {

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <map>
+#include <string_view>
+
+#include "xmp/tree/place.h"
+#include "zephmetadata/types.h"
+
+/// Properties that the toolkit takes for others.
+///
+/// It knows tiff:Software, exif:DateTimeDigitized, pdf:Title and some thirty more as other names of xmp:CreatorTool and
+/// the like, moves their values there while it parses, and never writes the names again. Programs look for the names, and
+/// where both were there the two may differ: so what a packet has of them is kept beside the tree and written again.
+namespace zephmetadata::toolkit {
+
+struct KeptAliases {
+    /// What stood at the property that the toolkit takes one for.
+    struct Meant {
+        UTF8String mContent;
+        bool mIsTheSame = false;  ///< as what stands under the other name
+    };
+
+    XMPMetaPtr mTree;  ///< the properties by their own names, in namespaces of which the toolkit knows nothing
+    std::map<Place, Meant> mMeant;
+};
+
+/// What @p packet, which is in UTF-8 and was parsed into @p tree, has of such properties; null for none. Where the toolkit
+/// put one into the tree that is an array into an item of another, it is that array afterwards.
+sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet);
+
+/// Puts them into a tree that is to be written: as they were; where what they are taken for was changed, those that said
+/// the same change with it in their own form; where it was removed they go, since they would stand for it again.
+void PutAliases(const KeptAliases& aliases, XMPMetaHandle tree);
+/// Gives them their names in the packet that was written of that tree.
+void NameAliases(UTF8String& packet);
+
+}  // namespace zephmetadata::toolkit

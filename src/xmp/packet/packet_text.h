@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string_view>
+
+#include "xmp/core/toolkit.h"
+
+/// Keeps the texts of two-item language alternatives.
+///
+/// The toolkit holds an alternative of exactly two items, one of them x-default, for a damaged form of one text: on
+/// parsing and on serialising it overwrites item 2 with item 1, also in the tree that is being serialised. Three items
+/// are left alone. So packets and trees are widened on their way into the toolkit's parser and serialiser: such a pair
+/// whose texts differ gets a third item with the language "und" (undetermined) and the text of x-default, which says
+/// nothing untrue; and parsed trees are narrowed again. Callers see two items, files carry three.
+namespace zephmetadata::toolkit {
+
+/// The largest packet that is read.
+inline constexpr std::size_t kMaxPacketBytes = std::size_t{1} << 30U;
+
+/// The language of the items that WidenPacket adds. It is taken out again by ParsePacket and never gets into a file.
+inline constexpr std::string_view kTwinLanguage = "x-zephmetadata";
+
+/// @p packet for the toolkit's parser alone, in UTF-8: each alternative of two items, one of them x-default, has a
+/// third item, what it is about is taken out into @p about, and an rdf:RDF is within x:xmpmeta. Throws XMPError for a packet that is not well-formed XML, has a DOCTYPE (and so could declare entities),
+/// is nested deeper than kMaxPacketDepth or larger than kMaxPacketBytes, is about several things, and for an empty one.
+UTF8String WidenPacket(std::string_view packet, UTF8String* about = nullptr);
+/// The same checks for a packet in clean UTF-8, without the result.
+void CheckPacket(std::string_view packet);
+
+/// Whether the toolkit would change the tree that it writes: such a pair, or an x-default that is not the first item.
+bool IsChangedByWriting(XMPMetaHandle tree);
+/// In place; for a tree on its way into a file, which need not be narrowed again.
+void WidenTree(XMPMetaHandle tree);
+void NarrowTree(XMPMetaHandle tree);
+/// Takes the items out of a parsed tree that WidenPacket put into the packet.
+void DropTwins(XMPMetaHandle tree);
+
+}  // namespace zephmetadata::toolkit

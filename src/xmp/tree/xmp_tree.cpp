@@ -1,0 +1,173 @@
+#include "xmp/tree/xmp_tree.h"
+
+#include <algorithm>
+#include <memory>
+#include <tuple>
+
+#include "xmp/arrays/xmp_alternatives.h"
+#include "xmp/core/xmp_paths.h"
+#include "xmp/packet/packet_about.h"
+#include "xmp/packet/packet_scan.h"
+#include "xmp/packet/packet_text.h"
+#include "xmp/tree/node_copy.h"
+#include "xmp/tree/xmp_meta_handle.h"
+
+namespace zephmetadata::toolkit {
+namespace {
+
+TreeHandle NewNative() {
+    if (!IsRunning()) {
+        ThrowError(XMPErr_BadObject, "new tree");
+    }
+    TreeHandle tree(xmp_new_empty());
+    if (!tree) {
+        ThrowToolkitError("new tree");
+    }
+    return tree;
+}
+
+// The item that an item becomes when x-default moves to the front.
+std::size_t MovedItem(std::size_t item, std::size_t defaultItem) {
+    if (item > defaultItem) {
+        return item;
+    }
+    return item == defaultItem ? 1 : item + 1;
+}
+
+// The toolkit moves x-default to the front of an alternative when it writes: so does the comparison.
+void MoveDefaultsFirst(std::vector<Node>& nodes) {
+    auto node = nodes.begin();
+    for (const Alternative& alternative : Alternatives(nodes)) {
+        const auto isDefault = [](const auto& item) { return SameLanguage(item.mLanguage, kDefaultLanguage); };
+        const auto found = std::find_if(alternative.mItems.begin(), alternative.mItems.end(), isDefault);
+        if (found == alternative.mItems.begin() || found == alternative.mItems.end()) {
+            continue;
+        }
+        const auto defaultItem = static_cast<std::size_t>(found - alternative.mItems.begin()) + 1;
+        node = std::find_if(node, nodes.end(), [&](const Node& candidate) {
+            return candidate.mPath == alternative.mPath && candidate.mSchema == alternative.mSchema;
+        });
+        const std::size_t number = alternative.mPath.size() + 1;
+        auto below = node;
+        for (++below; below != nodes.end() && IsAtOrBelow(below->mPath, alternative.mPath); ++below) {
+            if (below->mPath[number - 1] == '[') {
+                const std::size_t end = below->mPath.find(']', number);
+                const std::size_t item = std::stoul(below->mPath.substr(number, end - number));
+                below->mPath.replace(number, end - number, std::to_string(MovedItem(item, defaultItem)));
+            }
+        }
+        node = below;
+    }
+}
+
+}  // namespace
+
+XMPMetaPtr NewTree() {
+    return {std::make_unique<XMPMeta>(NewNative()).release()};
+}
+
+bool ParsePacket(XMPMetaHandle tree, std::string_view packet) {
+    Native(tree);
+    TreeHandle parsed = NewNative();
+    tree->mMixed.clear();
+    tree->mNative.clear();
+    tree->mAbout.clear();
+    tree->mAliases = nullptr;
+    tree->mTree = NewNative();
+    const bool isUsual = !MayNeedWidening(packet);
+    UTF8String about;
+    UTF8String widened;
+    try {
+        widened = isUsual ? UTF8String() : WidenPacket(packet, &about);
+        const std::string_view text = isUsual ? packet : widened;
+        const QuietToolkit quiet;
+        if (!xmp_parse(parsed.get(), text.data(), text.size())) {
+            return false;
+        }
+    } catch (const XMPError&) {
+        return false;
+    }
+    tree->mTree = std::move(parsed);
+    tree->mAbout = std::move(about);
+    if (!isUsual) {
+        DropTwins(tree);
+    }
+    if (!isUsual || MayNeedNarrowing(packet)) {
+        NarrowTree(tree);
+    }
+    tree->mAliases = AliasesOf(tree, isUsual ? packet : widened);
+    return true;
+}
+
+UTF8String SerializePacket(XMPMetaHandle tree, PacketForm form) {
+    const bool isCopied = tree->mAliases || IsChangedByWriting(tree);
+    const XMPMetaPtr wide = isCopied ? CloneTree(tree) : tree;
+    if (isCopied) {
+        if (tree->mAliases) {
+            PutAliases(*tree->mAliases, wide.get());
+        }
+        WidenTree(wide.get());
+    }
+    const QuietToolkit quiet;
+    const ToolkitString written;
+    const std::uint32_t options =
+        form == PacketForm::kBareRDF ? XMP_SERIAL_OMITPACKETWRAPPER | XMP_SERIAL_USECOMPACTFORMAT : 0U;
+    if (!xmp_serialize(Native(wide.get()), written.Get(), options, 0)) {
+        ThrowToolkitError("packet");
+    }
+    UTF8String packet = written.Text();
+    if (form == PacketForm::kBareRDF) {
+        packet.resize(packet.find_last_of('>') + 1);
+    }
+    if (tree->mAliases) {
+        NameAliases(packet);
+    }
+    PutAbout(packet, tree->mAbout);
+    CheckPacket(packet);
+    return packet;
+}
+
+XMPMetaPtr CloneTree(XMPMetaHandle tree) {
+    XMPMetaPtr clone = NewTree();
+    for (const Node& node : Nodes(tree, {}, {}, Walk::kSubtree)) {
+        if ((node.mOptions & kSchemaNode) == 0) {
+            CopyNode(clone.get(), node, node.mPath);
+        }
+    }
+    clone->mAbout = tree->mAbout;
+    clone->mAliases = tree->mAliases;
+    clone->mMixed = tree->mMixed;
+    clone->mNative = tree->mNative;
+    return clone;
+}
+
+std::uint32_t KindOf(const Node& node) {
+    return node.mOptions & ((kPropCompositeMask & ~kPropArrayIsAltText) | XMP_PROP_VALUE_IS_URI);
+}
+
+std::vector<Node> ComparableNodes(XMPMetaHandle tree) {
+    std::vector<Node> nodes = Nodes(tree, {}, {}, Walk::kSubtree);
+    MoveDefaultsFirst(nodes);
+    std::erase_if(nodes, [](const Node& node) { return (node.mOptions & kSchemaNode) != 0; });
+    std::sort(nodes.begin(), nodes.end(), [](const Node& left, const Node& right) {
+        return std::tie(left.mSchema, left.mPath) < std::tie(right.mSchema, right.mPath);
+    });
+    return nodes;
+}
+
+bool SameNode(const Node& left, const Node& right) {
+    return left.mSchema == right.mSchema && left.mPath == right.mPath && left.mValue == right.mValue &&
+           KindOf(left) == KindOf(right);
+}
+
+bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right) {
+    const std::vector<Node> leftNodes = ComparableNodes(left);
+    const std::vector<Node> rightNodes = ComparableNodes(right);
+    return left->mAbout == right->mAbout && std::equal(leftNodes.begin(), leftNodes.end(), rightNodes.begin(),
+                                                       rightNodes.end(), [](const Node& l, const Node& r) {
+                                                           return l.mSchema == r.mSchema && l.mPath == r.mPath &&
+                                                                  l.mValue == r.mValue && KindOf(l) == KindOf(r);
+                                                       });
+}
+
+}  // namespace zephmetadata::toolkit
