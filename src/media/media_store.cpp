@@ -79,7 +79,7 @@ public:
         }
         mFormat = format;
         mBlocks = format->mContainer().Read(file);
-        mBefore = JoinBlocks(mBlocks, KeepPacket::kYes);
+        mBefore = JoinBlocks(mBlocks, Keep::kPacket);
         if (mBefore.mStatus == FileStatus::kFileStatus_DamagedXMP) {
             return RefusedEdit(mBefore.mStatus, mBefore.mDetail);
         }
@@ -109,7 +109,7 @@ public:
         if (UTF8String changed = Untouched(mBlocks, mBlockChanges).Changed(blocks); !changed.empty()) {
             return changed + " would not stay as it is";
         }
-        mAfter = JoinBlocks(blocks, KeepPacket::kYes);
+        mAfter = JoinBlocks(blocks, Keep::kContents);
         if (!mAfter.mJoined) {
             return "the written metadata does not read back";
         }
@@ -118,7 +118,7 @@ public:
 
     void Follow() {
         if (mAfter.mJoined) {
-            FollowChanges(mAfter, mWanted);
+            FollowChanges(mChanges, mAfter, mWanted);
         }
     }
 

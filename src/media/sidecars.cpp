@@ -153,7 +153,7 @@ WriteOutcome WriteSidecar(Sidecar& sidecar, const UTF16String& path, const FileS
     if (old) {
         LaySidecarOver(before.get(), old.get());
     }
-    const std::vector<Place> changed = ChangedProperties(before.get(), wanted);
+    const std::vector<Place> changed = ChangedProperties(TreeContent(before.get()), TreeContent(wanted));
     if (changed.empty()) {
         return {FileStatus::kFileStatus_Success, {}, stamp};
     }

@@ -122,11 +122,12 @@ bool IsAmong(const std::vector<Place>& places, const Place& place) {
 
 }  // namespace
 
-MediaChanges ChangesFor(const FileBlocks& blocks, const MediaTrees& before, XMPMetaHandle wanted,
+MediaChanges ChangesFor(const FileBlocks& blocks, MediaTrees& before, XMPMetaHandle wanted,
                         const WritableBlocks& writable) {
     MediaChanges changes;
-    changes.mProperties = ChangedProperties(before.mJoined.get(), wanted);
-    changes.mPacket = toolkit::CloneTree(before.mPacket.get());
+    changes.mWanted = TreeContent(wanted);
+    changes.mProperties = ChangedProperties(before.mJoinedContent, changes.mWanted);
+    changes.mPacket = std::move(before.mPacket);
     for (const Place& property : changes.mProperties) {
         CopyProperty(wanted, changes.mPacket.get(), property);
     }
@@ -142,11 +143,11 @@ MediaChanges ChangesFor(const FileBlocks& blocks, const MediaTrees& before, XMPM
 
 UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before, const MediaTrees& after,
                           XMPMetaHandle wanted) {
-    const std::vector<Place> inPacket = ChangedProperties(changes.mPacket.get(), after.mPacket.get());
+    const std::vector<Place> inPacket = ChangedProperties(TreeContent(changes.mPacket.get()), after.mPacketContent);
     if (!inPacket.empty()) {
         return inPacket.front().mPath + " would not stay as it is";
     }
-    for (const Place& property : ChangedProperties(after.mJoined.get(), wanted)) {
+    for (const Place& property : ChangedProperties(after.mJoinedContent, changes.mWanted)) {
         if (IsAmong(changes.mProperties, property)) {
             const bool isRemoved = !toolkit::PropertyExists(wanted, property.mSchema, property.mPath);
             return property.mPath + (isRemoved ? " stands in fields of the file that are not written"
@@ -157,7 +158,7 @@ UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before,
     const bool isOfField = std::any_of(changes.mProperties.begin(), changes.mProperties.end(), [](const Place& place) {
         return place.mSchema == kEXIF || place.mSchema == kEXIFEX || place.mSchema == kTIFF || place.mSchema == kAUX;
     });
-    for (const Place& property : ChangedProperties(before.mJoined.get(), after.mJoined.get())) {
+    for (const Place& property : ChangedProperties(before.mJoinedContent, after.mJoinedContent)) {
         const bool isLost = !IsAmong(changes.mProperties, property) &&
                             !toolkit::PropertyExists(after.mJoined.get(), property.mSchema, property.mPath);
         if (isLost && !(isOfField && toolkit::IsNative(before.mJoined.get(), property.mSchema, property.mPath))) {
@@ -167,8 +168,8 @@ UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before,
     return {};
 }
 
-void FollowChanges(const MediaTrees& after, XMPMetaHandle tree) {
-    for (const Place& property : ChangedProperties(after.mJoined.get(), tree)) {
+void FollowChanges(const MediaChanges& changes, const MediaTrees& after, XMPMetaHandle tree) {
+    for (const Place& property : ChangedProperties(after.mJoinedContent, changes.mWanted)) {
         CopyProperty(after.mJoined.get(), tree, property);
     }
 }

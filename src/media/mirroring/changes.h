@@ -14,26 +14,28 @@ struct WritableBlocks {
 /// What an edit of a file comes to.
 struct MediaChanges {
     std::vector<toolkit::Place>
-        mProperties;     ///< the top-level properties that differ; nothing is to be done when empty
-    XMPMetaPtr mPacket;  ///< what the packet becomes
+        mProperties;      ///< the top-level properties that differ; nothing is to be done when empty
+    TreeContent mWanted;  ///< what the file is to read as
+    XMPMetaPtr mPacket;   ///< what the packet becomes
     std::vector<TiffEdit> mExif;
     std::optional<std::string> mIIM;
     UTF8String mRefused;  ///< a property that native metadata holds and cannot be made to say; empty when there is none
 };
 
 /// What has to change in a file that reads as @p before so that it reads as @p wanted: the properties that differ in the
-/// packet, and the native fields that mirror them. May throw XMPError.
-MediaChanges ChangesFor(const FileBlocks& blocks, const MediaTrees& before, XMPMetaHandle wanted,
+/// packet, and the native fields that mirror them. Takes the tree of the packet out of @p before, which has to have it. May
+/// throw XMPError.
+MediaChanges ChangesFor(const FileBlocks& blocks, MediaTrees& before, XMPMetaHandle wanted,
                         const WritableBlocks& writable);
 
 /// Why a file that now reads as @p after is not what the changes were to make of it; empty when it is: the packet holds
 /// what it was to hold, what was to change reads as @p wanted has it, and nothing else of @p before is gone, as where one
-/// native field stands behind several properties.
+/// native field stands behind several properties. The trees need their contents.
 UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before, const MediaTrees& after,
                           XMPMetaHandle wanted);
 
 /// Brings the tree of which a file was written up to what the file now says: a property that native metadata derives from
 /// a changed field changed with it.
-void FollowChanges(const MediaTrees& after, XMPMetaHandle tree);
+void FollowChanges(const MediaChanges& changes, const MediaTrees& after, XMPMetaHandle tree);
 
 }  // namespace zephmetadata::media

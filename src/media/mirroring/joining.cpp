@@ -24,7 +24,8 @@ bool IsBlank(std::string_view packet) {
 /// Takes values of one kind of native metadata into a tree.
 class Joiner {
 public:
-    explicit Joiner(XMPMetaHandle tree) : mTree(tree) {}
+    /// The tree of a file without a packet is empty: what is there later was taken from native metadata.
+    Joiner(XMPMetaHandle tree, bool hasPacket) : mTree(tree), mHasPacket(hasPacket) {}
 
     /// Native metadata wins unless the packet says the same, by @p agrees, which may say it in more detail.
     template <typename Agrees>
@@ -35,9 +36,9 @@ public:
             }
             const UTF8String schema(value.mNamespace);
             const UTF8String property(value.mProperty);
-            const auto held = ValueIn(mTree, schema, property);
+            const auto held = mHasPacket ? ValueIn(mTree, schema, property) : std::nullopt;
             if (!held || !agrees(*held)) {
-                Take(value);
+                Take(value, schema, property, held.has_value());
             }
             mTaken.emplace(value.mNamespace, value.mProperty);
         }
@@ -46,20 +47,32 @@ public:
     /// Native metadata fills in what the tree lacks.
     void FillIn(const std::vector<NativeValue>& values) {
         for (const NativeValue& value : values) {
-            if (!toolkit::PropertyExists(mTree, UTF8String(value.mNamespace), UTF8String(value.mProperty))) {
-                Take(value);
+            const UTF8String schema(value.mNamespace);
+            const UTF8String property(value.mProperty);
+            const bool isTaken = !mTaken.emplace(value.mNamespace, value.mProperty).second;
+            if (!isTaken && !(mHasPacket && toolkit::PropertyExists(mTree, schema, property))) {
+                Take(value, schema, property, false);
             }
         }
     }
 
+    /// Makes the values know that they are native: last, because a change of a property takes its mark away.
+    void MarkTaken() const {
+        for (const auto& [schema, property] : mNative) {
+            toolkit::MarkNative(mTree, schema, property);
+        }
+    }
+
 private:
-    void Take(const NativeValue& value) {
-        PutValue(mTree, value);
-        toolkit::MarkNative(mTree, UTF8String(value.mNamespace), UTF8String(value.mProperty));
+    void Take(const NativeValue& value, const UTF8String& schema, const UTF8String& property, bool isHeld) {
+        isHeld ? PutValue(mTree, value) : AddValue(mTree, value);
+        mNative.emplace_back(schema, property);
     }
 
     XMPMetaHandle mTree;
+    bool mHasPacket;
     std::set<PropertyName> mTaken;
+    std::vector<std::pair<UTF8String, UTF8String>> mNative;
 };
 
 void JoinExif(Joiner& joiner, const FileBlocks& blocks) {
@@ -93,20 +106,27 @@ MediaTrees DamagedTrees(UTF8String detail) {
     return trees;
 }
 
-MediaTrees Joined(const FileBlocks& blocks, KeepPacket keep) {
+MediaTrees Joined(const FileBlocks& blocks, Keep keep) {
     MediaTrees trees;
     trees.mJoined = toolkit::NewTree();
     const bool hasPacket = blocks.mXMP && !IsBlank(*blocks.mXMP);
     if (hasPacket && !ParsePackets(trees.mJoined.get(), blocks)) {
         return DamagedTrees({});
     }
-    if (keep == KeepPacket::kYes) {
+    if (keep == Keep::kPacket) {
         trees.mPacket = toolkit::CloneTree(trees.mJoined.get());
     }
-    Joiner joiner(trees.mJoined.get());
+    if (keep == Keep::kContents) {
+        trees.mPacketContent = TreeContent(trees.mJoined.get());
+    }
+    Joiner joiner(trees.mJoined.get(), hasPacket);
     JoinExif(joiner, blocks);
     JoinIIM(joiner, blocks);
     joiner.FillIn(blocks.mValues);
+    joiner.MarkTaken();
+    if (keep != Keep::kNothing) {
+        trees.mJoinedContent = TreeContent(trees.mJoined.get());
+    }
     const bool isEmpty =
         !hasPacket && toolkit::Nodes(trees.mJoined.get(), {}, {}, toolkit::Walk::kJustChildren).empty();
     trees.mStatus = isEmpty ? FileStatus::kFileStatus_NoXMP : FileStatus::kFileStatus_Success;
@@ -115,7 +135,7 @@ MediaTrees Joined(const FileBlocks& blocks, KeepPacket keep) {
 
 }  // namespace
 
-MediaTrees JoinBlocks(const FileBlocks& blocks, KeepPacket keep) {
+MediaTrees JoinBlocks(const FileBlocks& blocks, Keep keep) {
     try {
         return Joined(blocks, keep);
     } catch (const XMPError& error) {

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <string_view>
+
+#include "xmp/core/xmp_paths.h"
+#include "xmp/tree/node_copy.h"
 
 namespace zephmetadata::media {
 
@@ -77,42 +79,58 @@ std::vector<NativeItem> Leaves(XMPMetaHandle tree, const UTF8String& schema, con
     return items;
 }
 
-using Properties = std::map<Place, std::vector<const Node*>>;
-
-Properties ByProperty(const std::vector<Node>& nodes) {
-    Properties properties;
-    for (const Node& node : nodes) {
-        properties[{node.mSchema, node.mPath.substr(0, node.mPath.find_first_of("/["))}].push_back(&node);
-    }
-    return properties;
-}
-
-bool SameNodes(const std::vector<const Node*>& left, const std::vector<const Node*>& right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](const Node* l, const Node* r) { return toolkit::SameNode(*l, *r); });
+bool IsOf(const Node& node, const Place& property) {
+    const std::size_t name = property.mPath.size();
+    return node.mPath.compare(0, name, property.mPath) == 0 &&
+           (node.mPath.size() == name || node.mPath[name] == '/' || node.mPath[name] == '[') &&
+           node.mSchema == property.mSchema;
 }
 
 }  // namespace
 
+TreeContent::TreeContent(XMPMetaHandle tree) : mNodes(toolkit::ComparableNodes(tree)) {
+    auto property = mProperties.end();
+    for (std::size_t i = 0; i < mNodes.size(); ++i) {
+        const Node& node = mNodes[i];
+        if (property == mProperties.end() || !IsOf(node, property->first)) {
+            Place place{node.mSchema, node.mPath.substr(0, node.mPath.find_first_of("/["))};
+            property = mProperties.try_emplace(std::move(place)).first;
+        }
+        property->second.push_back(i);
+    }
+}
+
+bool TreeContent::HoldsTheSame(const std::vector<std::size_t>& nodes, const TreeContent& other,
+                               const std::vector<std::size_t>& otherNodes) const {
+    return std::equal(
+        nodes.begin(), nodes.end(), otherNodes.begin(), otherNodes.end(),
+        [&](std::size_t mine, std::size_t theirs) { return toolkit::SameNode(mNodes[mine], other.mNodes[theirs]); });
+}
+
 void PutValue(XMPMetaHandle tree, const NativeValue& value) {
+    if (value.mForm != ValueForm::kLangAlt) {
+        toolkit::DeleteProperty(tree, UTF8String(value.mNamespace), UTF8String(value.mProperty));
+    }
+    AddValue(tree, value);
+}
+
+void AddValue(XMPMetaHandle tree, const NativeValue& value) {
     const UTF8String schema(value.mNamespace);
     const UTF8String property(value.mProperty);
-    if (value.mForm == ValueForm::kLangAlt) {
-        for (const NativeItem& item : value.mItems) {
-            toolkit::SetLocalizedText(tree, schema, property, {}, item.mName, item.mText);
-        }
-        return;
-    }
-    toolkit::DeleteProperty(tree, schema, property);
     const auto* const array = std::find_if(kArrayForms.begin(), kArrayForms.end(),
                                            [&](const FormRow& candidate) { return candidate.mForm == value.mForm; });
+    if (array != kArrayForms.end() && !value.mItems.empty()) {
+        toolkit::CopyNode(tree, {schema, property, {}, array->mOptions}, property);
+    }
     for (const NativeItem& item : value.mItems) {
-        if (array != kArrayForms.end()) {
-            toolkit::AppendArrayItem(tree, schema, property, array->mOptions, item.mText);
+        if (value.mForm == ValueForm::kLangAlt) {
+            toolkit::SetLocalizedText(tree, schema, property, {}, item.mName, item.mText);
         } else if (value.mForm == ValueForm::kStruct) {
             PutField(tree, schema, property, item);
         } else {
-            toolkit::SetProperty(tree, schema, property, item.mText);
+            const bool isItem = array != kArrayForms.end();
+            toolkit::CopyNode(tree, {schema, property, toolkit::CheckedValue(item.mText), 0},
+                              isItem ? toolkit::ItemPath(property, 1) : property);
         }
     }
 }
@@ -133,21 +151,24 @@ std::optional<NativeValue> ValueIn(XMPMetaHandle tree, const UTF8String& schema,
     return value;
 }
 
-std::vector<Place> ChangedProperties(XMPMetaHandle before, XMPMetaHandle after) {
-    const std::vector<Node> oldNodes = toolkit::ComparableNodes(before);
-    const std::vector<Node> newNodes = toolkit::ComparableNodes(after);
-    const Properties oldOnes = ByProperty(oldNodes);
-    const Properties newOnes = ByProperty(newNodes);
+std::vector<Place> ChangedProperties(const TreeContent& before, const TreeContent& after) {
     std::vector<Place> changed;
-    for (const auto& [place, nodes] : newOnes) {
-        const auto old = oldOnes.find(place);
-        if (old == oldOnes.end() || !SameNodes(old->second, nodes)) {
-            changed.push_back(place);
-        }
-    }
-    for (const auto& [place, nodes] : oldOnes) {
-        if (!newOnes.contains(place)) {
-            changed.push_back(place);
+    auto old = before.mProperties.begin();
+    auto now = after.mProperties.begin();
+    while (old != before.mProperties.end() || now != after.mProperties.end()) {
+        const bool isGone =
+            now == after.mProperties.end() || (old != before.mProperties.end() && old->first < now->first);
+        const bool isNew = old == before.mProperties.end() || now->first < old->first;
+        if (isGone) {
+            changed.push_back((old++)->first);
+        } else if (isNew) {
+            changed.push_back((now++)->first);
+        } else {
+            if (!before.HoldsTheSame(old->second, after, now->second)) {
+                changed.push_back(now->first);
+            }
+            ++old;
+            ++now;
         }
     }
     return changed;

@@ -5,6 +5,7 @@
 
 #include "xmp/core/exempi_handles.h"
 #include "xmp/core/xmp_paths.h"
+#include "xmp/packet/packet_scan.h"
 #include "xmp/packet/packet_text.h"
 #include "xmp/packet/utf8.h"
 #include "xmp/tree/xmp_meta_handle.h"
@@ -111,6 +112,8 @@ void WidenTree(XMPMetaHandle tree) {
     }
 }
 
+namespace {
+
 void DropTwins(XMPMetaHandle tree) {
     for (const Alternative& alternative : Alternatives(tree)) {
         for (std::size_t i = alternative.mItems.size(); i > 0; --i) {
@@ -130,6 +133,18 @@ void NarrowTree(XMPMetaHandle tree) {
             const UTF8String path = ItemPath(alternative.mPath, added + 1);
             xmp_delete_property(Native(tree), alternative.mSchema.c_str(), path.c_str());
         }
+    }
+}
+
+}  // namespace
+
+void MendAlternatives(XMPMetaHandle tree, std::string_view packet) {
+    if (packet.find(kTwinLanguage) != std::string_view::npos) {
+        DropTwins(tree);
+    }
+    // Character references may spell any language.
+    if (MayNameUndetermined(packet) || packet.find("&#") != std::string_view::npos) {
+        NarrowTree(tree);
     }
 }
 

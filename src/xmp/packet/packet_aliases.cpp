@@ -66,15 +66,41 @@ UTF8String ShadowPrefix(const AliasNamespace& row) {
     return UTF8String(kShadowPrefix).append(row.mPrefix);
 }
 
-bool MayHoldAliases(std::string_view packet) {
-    for (std::size_t colon = packet.find(':'); colon != std::string_view::npos; colon = packet.find(':', colon + 1)) {
-        const std::size_t end = packet.find_first_of(" \t\r\n=/>", colon + 1);
-        if (end != std::string_view::npos &&
-            std::binary_search(kNames.begin(), kNames.end(), packet.substr(colon + 1, end - colon - 1))) {
-            return true;
+/// What a packet calls one of the namespaces.
+struct Declared {
+    std::string_view mPrefix;  ///< empty for the default namespace
+    const AliasNamespace* mRow;
+};
+
+constexpr std::string_view kBlanks = " \t\r\n";
+
+std::string_view WithoutBlanks(std::string_view text) {
+    return text.substr(std::min(text.find_first_not_of(kBlanks), text.size()));
+}
+
+/// The declarations in a packet; absent when one of them is not to be read without a parser.
+std::optional<std::vector<Declared>> Declarations(std::string_view packet) {
+    constexpr std::string_view kDeclaration = "xmlns";
+    std::vector<Declared> found;
+    for (std::size_t at = packet.find(kDeclaration); at != std::string_view::npos; at = packet.find(kDeclaration, at)) {
+        at += kDeclaration.size();
+        std::string_view rest = packet.substr(at);
+        const std::size_t nameEnd = std::min(rest.find_first_of("= \t\r\n<>\"'"), rest.size());
+        const std::string_view prefix = rest.substr(0, nameEnd).substr(rest.starts_with(':') ? 1 : 0);
+        rest = WithoutBlanks(rest.substr(nameEnd));
+        rest = WithoutBlanks(rest.substr(rest.starts_with('=') ? 1 : 0));
+        const std::string_view value = rest.substr(0, rest.empty() ? 0 : rest.find(rest.front(), 1));
+        if (value.find('&') != std::string_view::npos) {
+            return std::nullopt;
+        }
+        const auto* const row = std::find_if(kNamespaces.begin(), kNamespaces.end(), [&](const AliasNamespace& known) {
+            return value.substr(std::min<std::size_t>(1, value.size())) == known.mURI;
+        });
+        if (row != kNamespaces.end()) {
+            found.push_back({prefix, row});
         }
     }
-    return false;
+    return found;
 }
 
 void ReplaceAll(UTF8String& text, std::string_view from, std::string_view to) {
@@ -85,7 +111,6 @@ void ReplaceAll(UTF8String& text, std::string_view from, std::string_view to) {
 
 /// Whether the quoted text at @p at is the value of an attribute that declares a namespace.
 bool IsDeclaration(std::string_view text, std::size_t at) {
-    constexpr std::string_view kBlanks = " \t\r\n";
     const std::size_t equals = text.find_last_not_of(kBlanks, at - 1);
     if (at == 0 || equals == std::string_view::npos || text[equals] != '=') {
         return false;
@@ -118,8 +143,7 @@ XMPMetaPtr ShadowTree(std::string_view packet) {
     if (!xmp_parse(Native(tree.get()), text.data(), text.size())) {
         return nullptr;
     }
-    DropTwins(tree.get());
-    NarrowTree(tree.get());
+    MendAlternatives(tree.get(), text);
     return tree;
 }
 
@@ -133,6 +157,33 @@ std::optional<Place> MeantPlace(XMPMetaHandle tree, const AliasNamespace& row, c
     Place meant = NormalPlace(tree, schema, *prefix + ":" + name);
     const bool isItself = meant.mSchema == schema && meant.mPath == *prefix + ":" + name;
     return isItself ? std::nullopt : std::optional(std::move(meant));
+}
+
+bool IsAnothers(XMPMetaHandle tree, std::string_view prefix, std::string_view name,
+                const std::vector<Declared>& declarations) {
+    return std::any_of(declarations.begin(), declarations.end(), [&](const Declared& declared) {
+        return declared.mPrefix == prefix && MeantPlace(tree, *declared.mRow, UTF8String(name));
+    });
+}
+
+/// Told from the names alone, so that most packets need not be parsed a second time.
+bool MayHoldAliases(XMPMetaHandle tree, std::string_view packet) {
+    const std::optional<std::vector<Declared>> declarations = Declarations(packet);
+    if (!declarations || std::any_of(declarations->begin(), declarations->end(),
+                                     [](const Declared& declared) { return declared.mPrefix.empty(); })) {
+        return true;
+    }
+    for (std::size_t colon = packet.find(':'); colon != std::string_view::npos; colon = packet.find(':', colon + 1)) {
+        const std::size_t end = std::min(packet.find_first_of(" \t\r\n=/>", colon + 1), packet.size());
+        const std::string_view name = packet.substr(colon + 1, end - colon - 1);
+        if (std::binary_search(kNames.begin(), kNames.end(), name)) {
+            const std::size_t start = packet.find_last_of(" \t\r\n</", colon) + 1;  // npos + 1 is 0
+            if (IsAnothers(tree, packet.substr(start, colon - start), name, *declarations)) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 bool IsArray(XMPMetaHandle tree, const Place& place) {
@@ -215,7 +266,7 @@ void Unnest(XMPMetaHandle tree, const Place& array, XMPMetaHandle shadow, const 
 }  // namespace
 
 sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
-    if (!MayHoldAliases(packet)) {
+    if (!MayHoldAliases(tree, packet)) {
         return nullptr;
     }
     const auto aliases = std::make_shared<KeptAliases>();

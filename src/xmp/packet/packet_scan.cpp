@@ -123,7 +123,7 @@ bool MayNeedWidening(std::string_view packet) {
            packet.starts_with("\xEF\xBB\xBF") || !IsXMLText(packet) || MayHaveAbout(packet) || MayBeWidened(packet);
 }
 
-bool MayNeedNarrowing(std::string_view packet) {
+bool MayNameUndetermined(std::string_view packet) {
     constexpr std::string_view kAttribute = "xml:lang";
     for (std::size_t at = packet.find(kAttribute); at != std::string_view::npos; at = packet.find(kAttribute, at)) {
         at += kAttribute.size();

@@ -8,7 +8,7 @@ namespace zephmetadata::toolkit {
 /// than reading it. True when in doubt; false for most packets of photos.
 bool MayNeedWidening(std::string_view packet);
 
-/// Whether NarrowTree could change the tree of a packet for which MayNeedWidening is false.
-bool MayNeedNarrowing(std::string_view packet);
+/// Whether an item may have the language "und"; character references aside.
+bool MayNameUndetermined(std::string_view packet);
 
 }  // namespace zephmetadata::toolkit

@@ -57,12 +57,15 @@ void DropReference(XMPMetaHandle tree) {
 
 SplitPacket SerializeSplit(XMPMetaHandle tree, std::size_t maxMainBytes,
                            const std::function<UTF8String(std::string_view extended)>& identifierOf) {
-    const XMPMetaPtr main = CloneTree(tree);
+    RegisterNamespace(kNoteNamespace, "xmpNote");
+    const bool hasReference = PropertyExists(tree, kNoteNamespace, kReference);
+    XMPMetaPtr main = hasReference ? CloneTree(tree) : XMPMetaPtr(tree);
     DropReference(main.get());
     SplitPacket packet{SerializePacket(main.get(), PacketForm::kBareRDF), {}};
     if (packet.mMain.size() <= maxMainBytes) {
         return packet;
     }
+    main = hasReference ? main : CloneTree(tree);
     const XMPMetaPtr extended = NewTree();
     extended->mAbout = tree->mAbout;
     const std::vector<TopProperty> properties = TopProperties(main.get());

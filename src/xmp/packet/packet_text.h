@@ -30,8 +30,7 @@ void CheckPacket(std::string_view packet);
 bool IsChangedByWriting(XMPMetaHandle tree);
 /// In place; for a tree on its way into a file, which need not be narrowed again.
 void WidenTree(XMPMetaHandle tree);
-void NarrowTree(XMPMetaHandle tree);
-/// Takes the items out of a parsed tree that WidenPacket put into the packet.
-void DropTwins(XMPMetaHandle tree);
+/// Takes the items out of a tree that writing or WidenPacket put into the packet of which it was parsed.
+void MendAlternatives(XMPMetaHandle tree, std::string_view packet);
 
 }  // namespace zephmetadata::toolkit

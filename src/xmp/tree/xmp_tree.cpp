@@ -89,12 +89,7 @@ bool ParsePacket(XMPMetaHandle tree, std::string_view packet) {
     }
     tree->mTree = std::move(parsed);
     tree->mAbout = std::move(about);
-    if (!isUsual) {
-        DropTwins(tree);
-    }
-    if (!isUsual || MayNeedNarrowing(packet)) {
-        NarrowTree(tree);
-    }
+    MendAlternatives(tree, isUsual ? packet : widened);
     tree->mAliases = AliasesOf(tree, isUsual ? packet : widened);
     return true;
 }

@@ -82,10 +82,11 @@ struct EditedFile {
 template <typename Edit>
 EditedFile EditBlocks(const FileBlocks& blocks, const Edit& edit) {
     EditedFile file;
-    file.mBefore = JoinBlocks(blocks, KeepPacket::kYes);
+    file.mBefore = JoinBlocks(blocks, Keep::kPacket);
     const XMPMetaPtr wanted = toolkit::CloneTree(file.mBefore.mJoined.get());
     edit(wanted.get());
-    file.mChanges = ChangesFor(blocks, file.mBefore, wanted.get(), {true, true});
+    MediaTrees before = JoinBlocks(blocks, Keep::kPacket);  // whose packet becomes the changed one
+    file.mChanges = ChangesFor(blocks, before, wanted.get(), {true, true});
     FileBlocks written = blocks;
     written.mXMP = toolkit::SerializePacket(file.mChanges.mPacket.get(), toolkit::PacketForm::kBareRDF);
     if (!file.mChanges.mExif.empty()) {
@@ -97,7 +98,8 @@ EditedFile EditBlocks(const FileBlocks& blocks, const Edit& edit) {
         written.mIIM = file.mChanges.mIIM;
         written.mIIMDigest = blocks.mIIMDigest ? std::optional(IIMDigest(*written.mIIM)) : std::nullopt;
     }
-    file.mAfter = JoinBlocks(written, KeepPacket::kYes);
+    file.mAfter = JoinBlocks(written, Keep::kContents);
+    file.mAfter.mPacket = JoinBlocks(written, Keep::kPacket).mPacket;
     file.mWhyNot = WhyNotAsWanted(file.mChanges, file.mBefore, file.mAfter, wanted.get());
     return file;
 }

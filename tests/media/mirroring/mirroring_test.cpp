@@ -215,7 +215,7 @@ TEST_F(MirroringTest, AFieldIsDeletedByItsTechnicalNameAlone) {
     const EditedFile file = EditBlocks(
         Blocks("", {kDate}), [&](auto wanted) { Set(wanted, "photoshop:DateCreated", "2021-01-01T00:00:00"); });
     EXPECT_EQ(file.mWhyNot, "");
-    FollowChanges(file.mAfter, tree.get());
+    FollowChanges(file.mChanges, file.mAfter, tree.get());
     EXPECT_EQ(ValueOf(tree.get(), "exif:DateTimeOriginal"), "2021-01-01T00:00:00");
 }
 
