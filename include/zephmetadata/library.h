@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "zephmetadata/types.h"
@@ -24,6 +26,22 @@ ZEPHMETADATA_EXPORT void Initialize();
 ///
 /// Definitions that the host still holds stay valid. Trees that it still holds may be released, nothing else.
 ZEPHMETADATA_EXPORT void Terminate();
+
+/// Initialize and Terminate as an object. When the toolkit cannot be started, nothing is thrown and everything answers
+/// "nothing there".
+class ZEPHMETADATA_EXPORT Library {
+public:
+    Library() noexcept;
+    ~Library();
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+
+    /// Whether the library can be used.
+    bool IsRunning() const noexcept { return mIsRunning; }
+
+private:
+    bool mIsRunning = false;
+};
 
 /// The version texts of the two components of the XMP toolkit. They may be asked for at any time.
 ZEPHMETADATA_EXPORT UTF8String GetXMPCoreVersion();
@@ -57,10 +75,38 @@ struct ErrorInfo {
     std::size_t line = 0;
 };
 
-/// All errors since the last final Terminate, in the order of reporting. Any thread may call this.
+/// How many errors are kept; beyond that the oldest go.
+inline constexpr std::size_t kMaxErrorInfos = 10000;
+
+/// The errors since the last final Terminate or ClearErrors, in the order of reporting. Any thread may call this.
 ZEPHMETADATA_EXPORT std::vector<ErrorInfo> GetErrorInfos();
 /// Whether there is any error. Any thread may call this.
 ZEPHMETADATA_EXPORT bool HasErrors();
+/// How many were reported in that time, those that are no longer kept included. Any thread may call this.
+ZEPHMETADATA_EXPORT std::size_t CountErrors();
+/// Forgets all of them. Any thread may call this.
+ZEPHMETADATA_EXPORT void ClearErrors();
+
+/// Takes the errors that its thread reports while it lives, so that a host knows which ones belong to what it just did.
+/// They do not get into GetErrorInfos; callbacks are called as ever. Scopes may be nested: the innermost one takes them. To
+/// be destroyed by the thread that made it, the innermost first.
+class ZEPHMETADATA_EXPORT ErrorScope {
+public:
+    ErrorScope() noexcept;
+    ~ErrorScope();
+    ErrorScope(const ErrorScope&) = delete;
+    ErrorScope& operator=(const ErrorScope&) = delete;
+
+    const std::vector<ErrorInfo>& Errors() const { return mErrors; }
+    /// Hands the errors over, and has none afterwards.
+    std::vector<ErrorInfo> Take() { return std::exchange(mErrors, {}); }
+
+private:
+    friend class ErrorReporter;
+
+    ErrorScope* mOuter;
+    std::vector<ErrorInfo> mErrors;
+};
 
 using ErrorCallback = sp<std::function<void(UTF16String)>>;
 

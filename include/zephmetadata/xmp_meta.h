@@ -16,6 +16,9 @@ ZEPHMETADATA_EXPORT XMPMetaPtr ParseXMPMeta(const UTF8String& packet);
 /// one read from a packet whose namespace URIs the toolkit does not write back.
 ZEPHMETADATA_EXPORT UTF8String SerializeXMPMeta(XMPMetaHandle tree);
 
+/// A tree of its own with the same content; null for a null tree, and when there is no such tree to be made.
+ZEPHMETADATA_EXPORT XMPMetaPtr CloneXMPMeta(XMPMetaHandle tree);
+
 /// What a node of a tree holds.
 enum NodeKind : std::int32_t {
     kNodeKind_Simple,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "zephmetadata/definitions.h"
+#include "zephmetadata/edits.h"
 #include "zephmetadata/extensions.h"
 #include "zephmetadata/formatting.h"
 #include "zephmetadata/library.h"

@@ -1,6 +1,7 @@
 #include "frame/errors.h"
 
 #include <array>
+#include <deque>
 #include <mutex>
 #include <optional>
 
@@ -26,8 +27,9 @@ constexpr std::array<std::u16string_view, 9> kPrefixes = {
 };
 
 struct Errors {
-    std::mutex mMutex;  // guards mInfos alone
-    std::vector<ErrorInfo> mInfos;
+    std::mutex mMutex;  // guards the next two
+    std::deque<ErrorInfo> mInfos;
+    std::size_t mReported = 0;
     std::optional<CallbackList<UTF16String>> mCallbacks;
 };
 
@@ -36,19 +38,48 @@ Errors& State() {
     return errors;
 }
 
+thread_local ErrorScope* innermostScope = nullptr;
+
 UTF16String FullMessage(ErrorKind kind, const UTF16String& detail) {
     const auto index = static_cast<std::size_t>(kind);
     const std::u16string_view prefix = index < kPrefixes.size() ? kPrefixes[index] : u"@0";
     return zephcore::ZString(prefix, {detail});
 }
 
+void Keep(ErrorInfo info) {
+    const std::lock_guard lock(State().mMutex);
+    if (State().mInfos.size() == kMaxErrorInfos) {
+        State().mInfos.pop_front();
+    }
+    State().mInfos.push_back(std::move(info));
+    ++State().mReported;
+}
+
 }  // namespace
+
+/// Gets at the scopes.
+class ErrorReporter {
+public:
+    /// False when no scope takes it.
+    static bool ToScope(const ErrorInfo& info) {
+        if (innermostScope != nullptr) {
+            innermostScope->mErrors.push_back(info);
+        }
+        return innermostScope != nullptr;
+    }
+};
+
+ErrorScope::ErrorScope() noexcept : mOuter(std::exchange(innermostScope, this)) {}
+
+ErrorScope::~ErrorScope() {
+    innermostScope = mOuter;
+}
 
 void SendError(ErrorKind kind, const UTF16String& detail, const UTF16String& context) {
     const UTF16String message = FullMessage(kind, detail);
-    {
-        const std::lock_guard lock(State().mMutex);
-        State().mInfos.push_back({kind, message, context, zephcore::CurrentDocumentLine()});
+    ErrorInfo info{kind, message, context, zephcore::CurrentDocumentLine()};
+    if (!ErrorReporter::ToScope(info)) {
+        Keep(std::move(info));
     }
     if (!State().mCallbacks) {
         return;
@@ -62,7 +93,12 @@ void SendError(ErrorKind kind, const UTF16String& detail, const UTF16String& con
 
 std::vector<ErrorInfo> GetErrorInfos() {
     const std::lock_guard lock(State().mMutex);
-    return State().mInfos;
+    return {State().mInfos.begin(), State().mInfos.end()};
+}
+
+std::size_t CountErrors() {
+    const std::lock_guard lock(State().mMutex);
+    return State().mReported;
 }
 
 bool HasErrors() {
@@ -93,6 +129,7 @@ void PruneErrorCallbacks() {
 void ClearErrors() {
     const std::lock_guard lock(State().mMutex);
     State().mInfos.clear();
+    State().mReported = 0;
 }
 
 }  // namespace zephmetadata

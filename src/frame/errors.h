@@ -13,6 +13,5 @@ void CreateErrorCallbacks();
 void DestroyErrorCallbacks();
 /// Drops the callbacks whose function object is empty.
 void PruneErrorCallbacks();
-void ClearErrors();
 
 }  // namespace zephmetadata

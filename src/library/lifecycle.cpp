@@ -34,6 +34,19 @@ void Initialize() {
     CreateErrorCallbacks();
 }
 
+Library::Library() noexcept {
+    try {
+        Initialize();
+        mIsRunning = toolkit::IsRunning();
+    } catch (...) {
+        mIsRunning = false;
+    }
+}
+
+Library::~Library() {
+    Terminate();
+}
+
 void LoadAllViewDefinitions() {
     if (!IsInitialized() || std::exchange(viewsAreLoaded, true)) {
         return;

@@ -41,6 +41,14 @@ UTF8String SerializeXMPMeta(XMPMetaHandle tree) {
     }
 }
 
+XMPMetaPtr CloneXMPMeta(XMPMetaHandle tree) {
+    try {
+        return tree == nullptr || !toolkit::IsRunning() ? nullptr : toolkit::CloneTree(tree);
+    } catch (const XMPError&) {
+        return nullptr;
+    }
+}
+
 std::vector<XMPNode> XMPNodes(XMPMetaHandle tree) {
     std::vector<XMPNode> nodes;
     if (tree == nullptr) {

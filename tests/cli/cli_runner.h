@@ -38,6 +38,7 @@ protected:
     CliTest();
 
     Outcome Zephmeta(const Arguments& arguments) const;
+    static std::string Program() { return ZEPHMETA_PROGRAM; }
     /// The values at some paths of a file, by path.
     Json Get(const std::string& file, const Arguments& paths) const;
 

@@ -42,7 +42,7 @@ void CommandLine::AddCommonOptions(CLI::App& app) {
 
 CLI::App* CommandLine::Add(CLI::App& parent, const char* name, const char* description, const char* example) {
     CLI::App* const command = parent.add_subcommand(name, description);
-    command->footer(std::string("Example:\n  ") + example);
+    command->footer(std::string("Examples:\n  ") + example);
     AddCommonOptions(*command);
     return command;
 }
@@ -78,59 +78,153 @@ void CommandLine::OnRun(CLI::App* command, std::function<int()> run) {
     });
 }
 
-void CommandLine::AddReading() {
-    CLI::App* const dump = Add(mApp, "dump", "Print every value of the files", "zephmeta dump photo.jpg");
-    const auto dumped = Kept<Texts>();
-    dump->add_option("FILE", *dumped, "Media files and .xmp sidecars")->required();
-    AddSidecarOption(dump);
-    OnRun(dump, [this, dumped] { return Dump(*dumped, mJson); });
+void CommandLine::AddBatchOptions(CLI::App* command, BatchOptions& options, const char* files) {
+    if (files != nullptr) {
+        command
+            ->add_option(files, options.mFiles.mNames,
+                         "Media files, .xmp sidecars, folders with -r, @LIST, or - for a list on standard input")
+            ->required();
+    }
+    command->add_flag("-r,--recursive", options.mFiles.mRecursive, "Take the files in folders, and in folders in them");
+    command->add_option("--ext", options.mFiles.mExtensions, "Of the files in folders only those with these extensions")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("jpg,heic");
+    command->add_flag("-0,--null", options.mFiles.mNulSeparated,
+                      "Names in lists end with NUL bytes instead of line ends");
+    command
+        ->add_option("--if", options.mCondition,
+                     "Only files for which this holds, for example: xmp:Rating>=4 and missing dc:rights")
+        ->type_name("CONDITION");
+    command->add_option("-j,--jobs", options.mJobs, "How many files are worked on at once (as many as there are cores)")
+        ->check(CLI::Range(1, 1024))
+        ->type_name("N");
+    command->add_flag("--ordered", options.mOrdered, "Print results in the order of the files");
+    CLI::Option* const quiet = command->add_flag("-q,--quiet", options.mQuiet, "Print problems alone");
+    command->add_flag("-v,--verbose", options.mVerbose, "Print every change, and a summary")->excludes(quiet);
+    AddSidecarOption(command);
+}
 
-    struct GetRequest {
-        Texts mArguments;
-        bool mRaw = false;
+void CommandLine::AddReading() {
+    struct CommandRow {
+        const char* mName;
+        const char* mDescription;
+        const char* mExamples;
+        int (*mRun)(const BatchOptions& options);
     };
+    static const auto rows = std::to_array<CommandRow>({
+        {"dump", "Print every value of the files",
+         "zephmeta dump photo.jpg\n  zephmeta dump --json -r Pictures\n  zephmeta dump --lang de *.heic", Dump},
+        {"find", "Print the names of the files that meet a condition",
+         "zephmeta find -r Pictures --if \"xmp:Rating>=4\"\n"
+         "  zephmeta find -r Pictures --if \"dc:subject has sea and missing dc:rights\"\n"
+         "  zephmeta find -r -0 Pictures --if \"exif:DateTimeOriginal<2020\" | xargs -0 ls -l",
+         Find},
+        {"validate", "Hold the XMP of files against the definitions",
+         "zephmeta validate photo.jpg\n  zephmeta validate -r Pictures\n  zephmeta validate --json -r Pictures",
+         Validate},
+    });
+    for (const CommandRow& row : rows) {
+        CLI::App* const command = Add(mApp, row.mName, row.mDescription, row.mExamples);
+        const auto options = Kept<BatchOptions>();
+        AddBatchOptions(command, *options, "FILE");
+        OnRun(command, [this, options, run = row.mRun] {
+            options->mJson = mJson;
+            return run(*options);
+        });
+    }
     CLI::App* const get =
-        Add(mApp, "get", "Print the values at some paths, one a line; of several files what all share",
-            "zephmeta get photo.jpg dc:title dc:subject[1] xmp:Rating");
+        Add(mApp, "get", "Print the values at some paths: one a line for one file, a line a file for several",
+            "zephmeta get photo.jpg dc:title \"dc:subject[1]\" xmp:Rating\n"
+            "  zephmeta get --csv -r Pictures exif:Model exif:FNumber\n"
+            "  zephmeta get --together a.jpg b.jpg dc:rights");
     const auto wanted = Kept<GetRequest>();
     get->add_option("FILE|PATH", wanted->mArguments,
-                    "Media files and .xmp sidecars, then prefix:name, prefix:name[2], prefix:struct/prefix:field")
+                    "Files, and paths as prefix:name, prefix:name[2], prefix:struct/prefix:field")
         ->required();
     get->add_flag("--raw", wanted->mRaw, "Print the stored text instead of the display text");
-    AddSidecarOption(get);
-    OnRun(get, [this, wanted] { return Get(wanted->mArguments, wanted->mRaw, mJson); });
+    CLI::Option* const csv = get->add_flag("--csv", wanted->mCSV, "Print a table with commas (RFC 4180) and a header");
+    get->add_flag("--tsv", wanted->mTSV, "Print a table with tabs and a header")->excludes(csv);
+    get->add_flag("--together", wanted->mTogether, "Print what all files share, and where they differ, as one answer");
+    AddBatchOptions(get, wanted->mBatch, nullptr);
+    OnRun(get, [this, wanted] {
+        wanted->mBatch.mJson = mJson;
+        return Get(*wanted);
+    });
 
-    CLI::App* const validate =
-        Add(mApp, "validate", "Hold the XMP of files against the definitions", "zephmeta validate photo.jpg");
-    const auto validated = Kept<Texts>();
-    validate->add_option("FILE", *validated, "Media files and .xmp sidecars")->required();
-    AddSidecarOption(validate);
-    OnRun(validate, [this, validated] { return Validate(*validated, mJson); });
+    CLI::App* const extract = Add(mApp, "extract", "Write the XMP of files as sidecars or templates",
+                                  "zephmeta extract photo.jpg\n  zephmeta extract -r Pictures -o Templates\n"
+                                  "  zephmeta extract scan.tif -o /tmp && zephmeta apply /tmp/scan.tif.xmp other.tif");
+    const auto extracted = Kept<ExtractRequest>();
+    AddBatchOptions(extract, extracted->mBatch, "FILE");
+    extract->add_option("-o,--output", extracted->mFolder, "The folder for the sidecars; beside the files without it")
+        ->type_name("FOLDER");
+    OnRun(extract, [this, extracted] {
+        extracted->mBatch.mJson = mJson;
+        return ExtractPackets(*extracted);
+    });
 }
 
 void CommandLine::AddWriting() {
-    CLI::App* const set = Add(mApp, "set", "Change values and write the files",
-                              "zephmeta set photo.jpg dc:title=\"New\" --add dc:subject=pier xmp:Rating=2");
-    const auto edits = Kept<SetRequest>();
-    set->add_option("FILE|PATH=VALUE", edits->mArguments, "Files to change, and values to set in each of them")
-        ->required();
-    set->add_option("--add", edits->mAdditions, "Append an item to a list")
-        ->type_name("PATH=VALUE")
-        ->allow_extra_args(false);
-    set->add_option("--delete", edits->mDeletions, "Remove a value, an item or a language")
-        ->type_name("PATH")
-        ->allow_extra_args(false);
-    AddSidecarOption(set);
-    OnRun(set, [this, edits] { return Set(*edits, mJson); });
+    AddSet();
+    AddApply();
+}
 
+void CommandLine::AddSet() {
+    CLI::App* const set =
+        Add(mApp, "set", "Change values and write the files",
+            "zephmeta set photo.jpg dc:title=\"New\" --add dc:subject=pier xmp:Rating=2\n"
+            "  zephmeta set -r Pictures --if \"missing dc:rights\" \"dc:rights=(c) {exif:DateTimeOriginal:%Y} Jo\"\n"
+            "  zephmeta set *.jpg --shift exif:DateTimeOriginal+1h --zone +02:00 --dry-run");
+    const auto request = Kept<SetRequest>();
+    set->add_option(
+           "FILE|PATH=VALUE", request->mArguments,
+           "Files to change, and values to set in each of them; {prefix:name} in a value stands for that value of "
+           "the file, {prefix:name:%Y-%m-%d} for its date")
+        ->required();
+    using ListOption =
+        std::pair<const char*, std::pair<std::vector<std::string>*, std::pair<const char*, const char*>>>;
+    const auto lists = std::to_array<ListOption>({
+        {"--add", {&request->mEdits.mAdditions, {"PATH=ITEM", "Append an item to a list"}}},
+        {"--remove", {&request->mEdits.mRemovals, {"PATH=ITEM", "Take every such item out of a list"}}},
+        {"--rename", {&request->mEdits.mRenames, {"PATH=OLD=NEW", "Change every such item of a list"}}},
+        {"--delete", {&request->mEdits.mDeletions, {"PATH", "Remove a value, an item or a language"}}},
+        {"--copy", {&request->mEdits.mCopies, {"TO=FROM", "Set a value to what stands at another path of the file"}}},
+        {"--shift", {&request->mEdits.mShifts, {"PATH+1h30m", "Move a date; -2d12h, +00:45"}}},
+        {"--only", {&request->mFromPaths, {"PATH", "With --from: copy this alone"}}},
+    });
+    for (const auto& [name, option] : lists) {
+        set->add_option(name, *option.first, option.second.second)
+            ->type_name(option.second.first)
+            ->allow_extra_args(false);
+    }
+    set->add_option("--from", request->mFrom, "Copy properties from another file or sidecar")->type_name("FILE");
+    set->add_option("--zone", request->mEdits.mZone, "State the zone of the dates of capture, for example +02:00")
+        ->type_name("ZONE");
+    set->add_option("--gps", request->mEdits.mPosition, "Set the position, for example 53.5461,9.9661,12m")
+        ->type_name("LAT,LON[,ALT]");
+    set->add_flag("--dry-run", request->mDryRun, "Print what would change, and write nothing");
+    set->add_flag("--backup{.orig}", request->mBackup, "Keep a copy of each file before it changes (FILE.orig)")
+        ->type_name("SUFFIX");
+    set->add_flag("--keep-time", request->mKeepTime, "Leave the modification time of the files as it is");
+    set->add_flag("--together", request->mTogether, "Edit all files as one, as an editor shows them");
+    AddBatchOptions(set, request->mBatch, nullptr);
+    OnRun(set, [this, request] {
+        request->mBatch.mJson = mJson;
+        return Set(*request);
+    });
+}
+
+void CommandLine::AddApply() {
     using namespace zephmetadata;
     static const std::map<std::string, TemplateImportOptions> modes = {
         {"add", kTemplateImport_Add}, {"replace", kTemplateImport_Replace}, {"clear", kTemplateImport_ClearAndReplace}};
     CLI::App* const apply = Add(mApp, "apply", "Merge the XMP of a template into files and write them",
-                                "zephmeta apply template.xmp photo.jpg --mode replace --dry-run");
+                                "zephmeta apply template.xmp photo.jpg --mode replace --dry-run\n"
+                                "  zephmeta apply rights.xmp -r Pictures\n"
+                                "  zephmeta apply rights.xmp -r Pictures --if \"missing dc:rights\"");
     const auto merge = Kept<ApplyRequest>();
     apply->add_option("TEMPLATE", merge->mTemplate, "A sidecar, or a media file with the values to apply")->required();
-    apply->add_option("FILE", merge->mFiles, "Files to change")->required();
     apply
         ->add_option("--mode", merge->mMode,
                      "add: only what a file lacks; replace: what the template has; clear: as replace, and remove "
@@ -139,8 +233,11 @@ void CommandLine::AddWriting() {
         ->type_name("add|replace|clear")
         ->default_str("add");
     apply->add_flag("--dry-run", merge->mDryRun, "List what would change, and write nothing");
-    AddSidecarOption(apply);
-    OnRun(apply, [this, merge] { return Apply(*merge, mJson); });
+    AddBatchOptions(apply, merge->mBatch, "FILE");
+    OnRun(apply, [this, merge] {
+        merge->mBatch.mJson = mJson;
+        return Apply(*merge);
+    });
 }
 
 void CommandLine::AddPanels() {

@@ -4,6 +4,7 @@
 #include <functional>
 #include <string>
 
+#include "batch/batch.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmeta {
@@ -20,6 +21,8 @@ public:
 private:
     void AddReading();
     void AddWriting();
+    void AddSet();
+    void AddApply();
     void AddPanels();
     void AddRegistry();
     void AddAuthoring();
@@ -30,6 +33,8 @@ private:
     CLI::App* Add(CLI::App& parent, const char* name, const char* description, const char* example);
     void AddCommonOptions(CLI::App& app);
     void AddSidecarOption(CLI::App* command);
+    /// What every command about files takes. @p files names the positional argument; null when the command has its own.
+    void AddBatchOptions(CLI::App* command, BatchOptions& options, const char* files);
     /// Has @p command run between the library's start and its stop.
     void OnRun(CLI::App* command, std::function<int()> run);
     /// The same for one that starts and stops the library itself.

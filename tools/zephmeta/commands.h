@@ -3,24 +3,49 @@
 #include <string>
 #include <vector>
 
+#include "batch/batch.h"
+#include "edit_arguments.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/values.h"
 
 /// The commands. Each returns its exit status: 0 done, 1 something asked for could not be done (the rest was).
 namespace zephmeta {
 
-int Dump(const std::vector<std::string>& files, bool json);
+int Dump(const BatchOptions& options);
 
-/// Files, then paths. 2 when there is no path.
-int Get(const std::vector<std::string>& arguments, bool raw, bool json);
+struct GetRequest {
+    BatchOptions mBatch;
+    std::vector<std::string> mArguments;  ///< files and paths as they stand on the command line
+    bool mRaw = false;                    ///< stored texts instead of those that are shown
+    bool mCSV = false;
+    bool mTSV = false;
+    bool mTogether = false;  ///< what all files share, as one answer
+};
+/// 2 when there is no path, or no file.
+int Get(GetRequest request);
+
+/// Prints the names of the files.
+int Find(const BatchOptions& options);
 
 struct SetRequest {
+    BatchOptions mBatch;
     std::vector<std::string> mArguments;  ///< files and assignments as they stand on the command line
-    std::vector<std::string> mAdditions;
-    std::vector<std::string> mDeletions;
+    EditOptions mEdits;
+    std::string mFrom;                    ///< a file to copy properties from
+    std::vector<std::string> mFromPaths;  ///< which; empty: all but those that tell one file from another
+    std::string mBackup;                  ///< the suffix of backups; empty: none are made
+    bool mKeepTime = false;
+    bool mDryRun = false;
+    bool mTogether = false;
 };
 /// 2 when the request itself is wrong (no file, nothing to set).
-int Set(const SetRequest& request, bool json);
+int Set(SetRequest request);
+
+struct ExtractRequest {
+    BatchOptions mBatch;
+    std::string mFolder;  ///< empty: beside each file
+};
+int ExtractPackets(const ExtractRequest& request);
 
 /// What can be read and written of each format.
 int ShowFormats(bool json);
@@ -35,15 +60,15 @@ struct PanelRequest {
     std::string mFormat = "text";
 };
 /// 1 also when a file has a finding of severity error.
-int Validate(const std::vector<std::string>& files, bool json);
+int Validate(const BatchOptions& options);
 
 struct ApplyRequest {
+    BatchOptions mBatch;
     std::string mTemplate;
-    std::vector<std::string> mFiles;
     zephmetadata::TemplateImportOptions mMode = zephmetadata::kTemplateImport_Add;
     bool mDryRun = false;
 };
-int Apply(const ApplyRequest& request, bool json);
+int Apply(const ApplyRequest& request);
 
 /// 1 when a document has a problem. Starts and stops the library itself.
 int CheckDocuments(const std::vector<std::string>& files, bool json);

@@ -127,16 +127,26 @@ Progress::~Progress() {
 }
 
 void Progress::Next(std::string_view file) {
-    Erase();
     ++mDone;
-    if (mShown) {
-        std::cerr << '[' << mDone << '/' << mFiles << "] " << OneLine(file) << std::flush;
+    constexpr auto kPause = std::chrono::milliseconds(100);  // nobody reads faster
+    const Clock::time_point now = Clock::now();
+    if (!mShown || (now - mLast < kPause && !mIsThere)) {
+        return;
     }
+    Erase();
+    mLast = now;
+    mIsThere = true;
+    const std::chrono::duration<double> passed = now - mBegin;
+    const double rate = static_cast<double>(mDone) / std::max(passed.count(), 0.001);
+    const auto left = static_cast<std::size_t>(static_cast<double>(mFiles - mDone) / rate);
+    std::cerr << '[' << mDone << '/' << mFiles << "] " << static_cast<std::size_t>(rate) << "/s, " << left / 60 << ':'
+              << (left % 60 < 10 ? "0" : "") << left % 60 << " left  " << OneLine(file) << std::flush;
 }
 
-void Progress::Erase() const {
-    if (mShown && mDone > 0) {
+void Progress::Erase() {
+    if (mIsThere) {
         std::cerr << "\r\x1b[K" << std::flush;
+        mIsThere = false;
     }
 }
 

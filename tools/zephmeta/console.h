@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -39,7 +40,7 @@ private:
     std::size_t mSeen = 0;  // records of the library shown so far
 };
 
-/// A line on standard error that counts the files of a long command; only on a terminal.
+/// A line on standard error with the count, the rate and the time left of a long command; only on a terminal.
 class Progress {
 public:
     Progress(std::size_t files, bool standardOutputIsRead);
@@ -48,13 +49,18 @@ public:
     Progress& operator=(const Progress&) = delete;
 
     void Next(std::string_view file);
+    /// Makes room for other lines.
+    void Erase();
 
 private:
-    void Erase() const;
+    using Clock = std::chrono::steady_clock;
 
     std::size_t mFiles;
     std::size_t mDone = 0;
     bool mShown;
+    bool mIsThere = false;
+    Clock::time_point mBegin = Clock::now();
+    Clock::time_point mLast;
 };
 
 }  // namespace zephmeta

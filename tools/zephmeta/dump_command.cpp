@@ -1,6 +1,6 @@
 #include <algorithm>
-#include <iostream>
 
+#include "batch/batch.h"
 #include "commands.h"
 #include "console.h"
 #include "json.h"
@@ -32,13 +32,15 @@ Json ToJson(const ListedValue& value) {
     return json;
 }
 
-void PrintJson(const MediaFile& file, const std::vector<ListedValue>& values) {
+void PrintJson(const MediaFile& file, const std::vector<ListedValue>& values, FileResult& result) {
     Json properties = Json::array();
     for (const ListedValue& value : values) {
         properties.push_back(ToJson(value));
     }
-    const Json json = {{"file", file.Name()}, {"hasXMP", file.HasXMP()}, {"properties", properties}};
-    std::cout << JsonLine(json) << '\n';
+    Json json = FileObject(file.Name());
+    json["hasXMP"] = file.HasXMP();
+    json["properties"] = std::move(properties);
+    result.Print(JsonLine(json));
 }
 
 struct ColumnWidths {
@@ -67,21 +69,20 @@ std::string ValueText(const ListedValue& value) {
     return text;
 }
 
-void PrintText(const MediaFile& file, const std::vector<ListedValue>& values) {
-    std::cout << OneLine(file.Name()) << '\n';
+void PrintText(const MediaFile& file, const std::vector<ListedValue>& values, FileResult& result) {
+    result.Print(OneLine(file.Name()));
     if (!file.HasXMP()) {
-        std::cout << "  no XMP\n";
+        result.Print("  no XMP");
     }
     const ColumnWidths widths = Measure(values);
     for (const ListedValue& value : values) {
         const std::string indent = "  " + Padded(OneLine(value.mExpression), widths.mPath) + "  " +
                                    Padded(OneLine(value.mLabel), widths.mLabel) + "  " +
                                    Padded(OneLine(value.mType), widths.mType) + "  ";
-        std::cout << indent << ValueText(value) << '\n';
+        result.Print(indent + ValueText(value));
         for (const auto& [language, text] : value.mLanguages) {
             if (language != "x-default") {
-                std::cout << std::string(Columns(indent), ' ') << '[' << OneLine(language) << "] " << OneLine(text)
-                          << '\n';
+                result.Print(std::string(Columns(indent), ' ') + "[" + OneLine(language) + "] " + OneLine(text));
             }
         }
     }
@@ -89,33 +90,17 @@ void PrintText(const MediaFile& file, const std::vector<ListedValue>& values) {
 
 }  // namespace
 
-int Dump(const std::vector<std::string>& files, bool json) {
+int Dump(const BatchOptions& options) {
     Problems problems;
     problems.ReportCollected({});
-    Progress progress(files.size(), true);
-    bool first = true;
-    for (const std::string& name : files) {
-        progress.Next(name);
-        const MediaFile file(name);
-        if (const std::string problem = file.ReadProblem(); !problem.empty()) {
-            problems.Report(name, problem);
-            continue;
-        }
+    return Batch(options, problems).Run([&](MediaFile& file, FileResult& result) {
         const zephmetadata::MetaDataReadAccess access(file.Provider());
         const std::vector<ListedValue> values = ListValues(*access);
-        if (json) {
-            PrintJson(file, values);
-        } else {
-            std::cout << (first ? "" : "\n");
-            PrintText(file, values);
-        }
-        first = false;
-        problems.ReportCollected(name);
+        options.mJson ? PrintJson(file, values, result) : PrintText(file, values, result);
         if (const std::string warning = file.ReadWarning(); !warning.empty()) {
-            problems.Report(name, warning);
+            result.Fail(warning);
         }
-    }
-    return problems.ExitStatus();
+    });
 }
 
 }  // namespace zephmeta

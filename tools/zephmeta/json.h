@@ -1,6 +1,7 @@
 #pragma once
 
 #include <nlohmann/json.hpp>
+#include <string>
 
 namespace zephmeta {
 
@@ -13,6 +14,23 @@ inline std::string JsonLine(const Json& json) {
 }
 inline std::string JsonPage(const Json& json) {
     return json.dump(2, ' ', false, Json::error_handler_t::replace);
+}
+
+/// An object that begins with the name of a file. A name that is no UTF-8 comes with its bytes, in hexadecimal digits.
+inline Json FileObject(const std::string& name) {
+    Json json = {{"file", name}};
+    try {
+        static_cast<void>(json.dump());
+    } catch (const Json::type_error&) {
+        constexpr const char* kDigits = "0123456789abcdef";
+        std::string bytes;
+        for (const char c : name) {
+            const auto byte = static_cast<unsigned char>(c);
+            bytes += {kDigits[byte >> 4U], kDigits[byte & 0xFU]};
+        }
+        json["fileBytes"] = bytes;
+    }
+    return json;
 }
 
 }  // namespace zephmeta

@@ -168,6 +168,26 @@ std::vector<ListedValue> ListValues(zephmetadata::XMPMetaHandle tree) {
     return values;
 }
 
+std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target& target) {
+    std::vector<std::string> texts;
+    if (tree == nullptr || !zephmetadata::HasValue(tree, target.mPath)) {
+        return texts;
+    }
+    for (const auto& [language, text] : zephmetadata::GetLanguages(tree, target.mPath)) {
+        if (target.mLanguage.empty() || language == target.mLanguage) {
+            texts.push_back(text);
+        }
+    }
+    if (texts.empty() && target.mLanguage.empty()) {
+        texts = zephmetadata::GetItems(tree, target.mPath);
+    }
+    std::string text;
+    if (texts.empty() && target.mLanguage.empty() && RawText(tree, target.mPath, text)) {
+        texts.push_back(text);
+    }
+    return texts;
+}
+
 bool RawText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text) {
     if (!zephmetadata::GetRawStringValue(tree, path, text)) {
         return false;

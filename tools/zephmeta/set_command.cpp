@@ -1,335 +1,280 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <iostream>
-#include <map>
-#include <optional>
+#include <filesystem>
 #include <unordered_set>
 
-#include "arguments.h"
+#include "batch/batch.h"
+#include "changes.h"
 #include "commands.h"
-#include "console.h"
+#include "edit_arguments.h"
 #include "json.h"
 #include "media_file.h"
-#include "zephmetadata/library.h"
-#include "zephmetadata/values.h"
+#include "suggestions.h"
+#include "zephmetadata/edits.h"
 #include "zephmetadata/xmp_meta.h"
 
 namespace zephmeta {
 
 namespace {
 
-using zephmetadata::Path;
-using zephmetadata::XMPMetaHandle;
+using namespace zephmetadata;
 
-/// One thing to do to every file.
-struct Edit {
-    enum class Kind { kSet, kAdd, kDelete };
-
-    Kind mKind = Kind::kSet;
-    std::string mExpression;
-    std::string mValue;
-    Target mTarget;
-};
-
-/// Why an edit cannot be done to any file; empty when it can.
-std::string Refusal(const Edit& edit) {
-    const Path& path = edit.mTarget.mPath;
-    if (!edit.mTarget.mProblem.empty()) {
-        return edit.mTarget.mProblem;
+/// Copies of what stands in another file, for --from: of @p expressions, or of all that does not tell one file from others.
+FileEdits EditsFrom(const XMPMetaPtr& source, const std::vector<std::string>& expressions) {
+    FileEdits edits;
+    const auto copy = [&](const std::string& expression, const Path& path) {
+        edits.Add({kEditKind_Copy, path, {}, {}, {}, source}, expression);
+    };
+    std::string last;
+    for (const XMPNode& node : expressions.empty() ? XMPNodes(source.get()) : std::vector<XMPNode>()) {
+        const std::string property = node.mPath.substr(0, node.mPath.find_first_of("[/"));
+        const Path path = PathForExpression(property);
+        if (std::exchange(last, property) != property && !IsInstanceData(path) && PathEntryDefinition(path)) {
+            copy(property, path);
+        }
     }
-    if (!zephmetadata::PathEntryDefinition(path)) {
-        return "no definition describes it";
+    for (const std::string& expression : expressions) {
+        copy(expression, PathForExpression(expression));
     }
-    if (edit.mKind == Edit::Kind::kDelete) {
-        return {};
-    }
-    if (edit.mValue.empty()) {
-        // Not every format keeps an empty value, and an empty one says nothing.
-        return edit.mKind == Edit::Kind::kAdd ? "an item cannot be empty"
-                                              : "a value cannot be empty; --delete removes it";
-    }
-    if (edit.mKind == Edit::Kind::kAdd && !zephmetadata::IsPathAnArray(path, true)) {
-        return "not a list; set it with PATH=VALUE";
-    }
-    if (edit.mKind == Edit::Kind::kAdd) {
-        return Shown(zephmetadata::WhyNotAllowed(zephmetadata::CreatePathFromArrayItem(path, -1), edit.mValue));
-    }
-    return Shown(zephmetadata::WhyNotAllowed(path, edit.mValue));
+    return edits;
 }
 
-/// Appends items to the lists of one tree. The texts of a list are read once, however many are appended.
-class Appender {
+/// The times of a file, to be put back after it was written.
+class KeptTime {
 public:
-    explicit Appender(XMPMetaHandle tree) : mTree(tree) {}
-
-    bool Add(const Edit& edit) {
-        const Path& path = edit.mTarget.mPath;
-        if (IsThereAlready(edit)) {
-            return false;  // an unordered list gains nothing from holding an item twice
+    KeptTime(const std::string& name, bool isKept)
+        : mName(name), mIsKept(isKept && stat(name.c_str(), &mStatus) == 0) {}
+    void PutBack() const {
+        const timespec times[] = {mStatus.st_atim, mStatus.st_mtim};
+        if (mIsKept) {
+            utimensat(AT_FDCWD, mName.c_str(), times, 0);
         }
-        const int count = zephmetadata::CountArrayItems(mTree, path);
-        return zephmetadata::SetValue(mTree, zephmetadata::CreatePathFromArrayItem(path, count + 1), edit.mValue);
     }
 
 private:
-    bool IsThereAlready(const Edit& edit) {
-        const Path& path = edit.mTarget.mPath;
-        if (zephmetadata::PrimitiveTypeOfPath(path) != zephmetadata::kPrimitiveType_Bag) {
-            return false;
-        }
-        auto texts = mTexts.find(edit.mExpression);
-        if (texts == mTexts.end()) {
-            const std::vector<std::string> items = zephmetadata::GetItems(mTree, path);
-            texts = mTexts.try_emplace(edit.mExpression, items.begin(), items.end()).first;
-        }
-        return !texts->second.insert(edit.mValue).second;
-    }
-
-    XMPMetaHandle mTree;
-    std::map<std::string, std::unordered_set<std::string>> mTexts;  // of the bags by their expressions
-};
-
-bool Delete(XMPMetaHandle tree, const Edit& edit) {
-    if (!edit.mTarget.mLanguage.empty()) {
-        return zephmetadata::SetLanguage(tree, edit.mTarget.mPath, edit.mTarget.mLanguage, {});
-    }
-    if (!zephmetadata::HasValue(tree, edit.mTarget.mPath)) {
-        return false;
-    }
-    if (const auto item = SplitItem(edit.mExpression)) {
-        return zephmetadata::DeleteArrayItem(tree, item->mArray, item->mNumber - 1);
-    }
-    return zephmetadata::DeleteValue(tree, edit.mTarget.mPath);
-}
-
-/// Whether the edit is about one item of a list: by its number, or by a name that stands for one, as tiff:Artist does.
-bool LeadsToItem(const Edit& edit) {
-    if (edit.mKind == Edit::Kind::kAdd || !edit.mTarget.mLanguage.empty()) {
-        return false;
-    }
-    const Path& path = edit.mTarget.mPath;
-    if (path.mPathDescription.find('[') != std::string::npos) {
-        return true;
-    }
-    const auto kind = zephmetadata::PrimitiveTypeOfPath(path);
-    const zephmetadata::XMPMetaPtr scratch = zephmetadata::CreateXMPMeta();
-    if ((kind && !zephmetadata::PrimitiveTypeIsSimple(*kind)) ||
-        !zephmetadata::SetValue(scratch.get(), path, edit.mKind == Edit::Kind::kSet ? edit.mValue : "1")) {
-        return false;
-    }
-    const std::vector<zephmetadata::XMPNode> nodes = zephmetadata::XMPNodes(scratch.get());
-    return std::any_of(nodes.begin(), nodes.end(),
-                       [](const zephmetadata::XMPNode& node) { return node.mPath.ends_with(']'); });
-}
-
-/// Does the edit to a tree; whether it changed anything.
-bool Apply(XMPMetaHandle tree, const Edit& edit, Appender& appender) {
-    switch (edit.mKind) {
-        case Edit::Kind::kAdd:
-            return appender.Add(edit);
-        case Edit::Kind::kDelete:
-            return Delete(tree, edit);
-        default:
-            return edit.mTarget.mLanguage.empty()
-                       ? zephmetadata::SetValue(tree, edit.mTarget.mPath, edit.mValue)
-                       : zephmetadata::SetLanguage(tree, edit.mTarget.mPath, edit.mTarget.mLanguage, edit.mValue);
-    }
-}
-
-/// How many writes the library has refused so far.
-std::size_t CountWritingErrors() {
-    const auto infos = zephmetadata::GetErrorInfos();
-    return static_cast<std::size_t>(std::count_if(infos.begin(), infos.end(), [](const auto& info) {
-        return info.kind == zephmetadata::ErrorKind::ErrorWritingXMP;
-    }));
-}
-
-/// A file that the edits change, with what they change in it.
-struct ChangedFile {
-    MediaFile mFile;
-    std::vector<std::string> mChanged;
+    std::string mName;
+    struct stat mStatus {};
+    bool mIsKept;
 };
 
 class SetCommand {
 public:
-    SetCommand(std::vector<Edit> edits, bool json) : mEdits(std::move(edits)), mJson(json) {}
+    SetCommand(const SetRequest& request, std::vector<RequestedEdit> edits, FileEdits copies)
+        : mRequest(request), mEdits(std::move(edits)), mCopies(std::move(copies)) {}
 
-    int Run(const std::vector<std::string>& names) {
-        mProblems.ReportCollected({});
-        std::vector<ChangedFile> changed;
-        for (MediaFile& file : OpenAll(names, mProblems)) {
-            if (IsRefused(file.Name(), names.size() > 1)) {
-                continue;
-            }
-            if (!file.HasXMP() && HasValuesToSet() && !file.Start()) {
-                mProblems.Report(file.Name(), "has no XMP, and its format cannot be given any");
-                continue;
-            }
-            if (const auto expressions = Rehearse(file); expressions && expressions->empty()) {
-                Print(file.Name(), {}, {});
-            } else if (expressions) {
-                changed.push_back({std::move(file), *expressions});
-            }
+    void EditFile(MediaFile& file, FileResult& result) const {
+        const FileEdits edits = EditsOf(*MetaDataReadAccess(file.Provider()));
+        if (!edits.mProblem.empty()) {
+            result.Fail(edits.mProblem + kNothingWritten);
+        } else if (mRequest.mDryRun) {
+            Rehearse(file, edits, result);
+        } else {
+            Write(file, edits, result);
         }
-        EditTogether(changed);
-        return mProblems.ExitStatus();
+    }
+
+    /// The files as one, as an editor shows them: what they share changes in all, the rest stays each file's own.
+    int EditTogether(const std::vector<MediaFile>& files, Problems& problems) const {
+        if (files.empty()) {
+            return problems.ExitStatus();
+        }
+        const auto provider = AsOne(files);
+        const FileEdits edits = EditsOf(*MetaDataReadAccess(provider));
+        std::string problem = edits.mProblem.empty() ? WhyNotTogether(provider, edits) : edits.mProblem;
+        EditReport report;
+        if (problem.empty()) {
+            report = ApplyEdits(provider, edits.mEdits);
+            problem = report.IsRefused() ? WhyNot(edits, report) : std::string();
+        }
+        int status = problems.ExitStatus();
+        for (const MediaFile& file : files) {
+            FileResult result(file.Name());
+            const std::string failure = problem.empty() ? file.WriteProblem() : problem + kNothingWritten;
+            if (failure.empty()) {
+                Print(file, ChangedOf(edits, report), {}, result);
+            } else {
+                result.Fail(failure);
+            }
+            status = result.Tell(status);
+        }
+        return status;
     }
 
 private:
-    bool IsRefused(const std::string& name, bool amongOthers) {
-        bool refused = false;
-        for (const Edit& edit : mEdits) {
-            std::string reason = Refusal(edit);
-            if (reason.empty() && amongOthers && zephmetadata::IsInstanceData(edit.mTarget.mPath)) {
-                reason = "tells this file from others; set it in one file alone";
-            }
-            if (!reason.empty()) {
-                mProblems.Report(name, edit.mExpression + ": " + reason);
-                refused = true;
-            }
+    static constexpr const char* kNothingWritten = "; nothing was written";
+
+    FileEdits EditsOf(XMPMetaHandle tree) const {
+        FileEdits edits = EditsFor(mEdits, tree);
+        for (std::size_t i = 0; i < mCopies.mEdits.size(); ++i) {
+            edits.Add(mCopies.mEdits[i], mCopies.mExpressions[i]);
         }
-        return refused;
+        return edits;
     }
 
-    bool HasValuesToSet() const {
-        return std::any_of(mEdits.begin(), mEdits.end(),
-                           [](const Edit& edit) { return edit.mKind != Edit::Kind::kDelete; });
+    static std::string WhyNot(const FileEdits& edits, const EditReport& report) {
+        const auto refused = std::find_if(report.mOutcomes.begin(), report.mOutcomes.end(),
+                                          [](const EditOutcome& one) { return one.mResult == kEditResult_Refused; });
+        const auto number = static_cast<std::size_t>(refused - report.mOutcomes.begin());
+        return edits.mExpressions[number] + ": " + Shown(refused->mReason);
     }
 
-    /// Does the edits to a copy of the file's tree; what they changed, absent when one of them cannot be done.
-    std::optional<std::vector<std::string>> Rehearse(const MediaFile& file) {
-        const zephmetadata::MetaDataReadAccess access(file.Provider());
-        if (*access == nullptr) {
-            return std::vector<std::string>();
-        }
-        const zephmetadata::XMPMetaPtr copy = zephmetadata::ParseXMPMeta(zephmetadata::SerializeXMPMeta(*access));
-        std::vector<std::string> changed;
-        const std::string refused = ApplyAll(copy.get(), changed);
-        mProblems.PassOverCollected();
-        if (!refused.empty()) {
-            mProblems.Report(file.Name(), refused + ": cannot be changed like this; nothing was written");
-            return std::nullopt;
-        }
-        return changed;
-    }
-
-    /// Edits all files as one, so that each is written once.
-    void EditTogether(const std::vector<ChangedFile>& files) {
-        std::vector<MediaFile> media;
-        std::transform(files.begin(), files.end(), std::back_inserter(media),
-                       [](const ChangedFile& file) { return file.mFile; });
-        if (media.empty() || !WriteAll(AsOne(media), media)) {
-            return;
-        }
-        for (const ChangedFile& file : files) {
-            mProblems.ReportCollected(file.mFile.Name());
-            if (const std::string problem = file.mFile.WriteProblem(); !problem.empty()) {
-                mProblems.Report(file.mFile.Name(), problem);
-            } else {
-                Print(file.mFile.Name(), file.mChanged, file.mFile.Sidecar());
+    static std::string WhyNotTogether(const sp<MetaDataProvider>& provider, const FileEdits& edits) {
+        const MetaDataReadAccess access(provider);
+        for (std::size_t i = 0; i < edits.mEdits.size(); ++i) {
+            const Path& path = edits.mEdits[i].mPath;
+            if (IsInstanceData(path)) {
+                return edits.mExpressions[i] + ": tells one file from others; set it in each by itself";
             }
-        }
-    }
-
-    /// False when an edit makes no sense for these files together, which is reported for each of them.
-    bool WriteAll(const zephmetadata::sp<zephmetadata::MetaDataProvider>& provider,
-                  const std::vector<MediaFile>& files) {
-        zephmetadata::MetaDataUpdateAccess access(provider);
-        for (const Edit& edit : mEdits) {
-            const Path& path = edit.mTarget.mPath;
-            if (LeadsToItem(edit) && zephmetadata::IsMixed(*access, path)) {
-                for (const MediaFile& file : files) {
-                    mProblems.Report(file.Name(), edit.mExpression +
-                                                      ": the files hold different lists; set or delete "
-                                                      "the whole, or add to it; nothing was written");
-                }
-                return false;
-            }
-        }
-        std::vector<std::string> changed;
-        const std::string refused = ApplyAll(*access, changed);
-        mProblems.PassOverCollected();
-        if (!refused.empty()) {
-            for (const MediaFile& file : files) {
-                mProblems.Report(file.Name(),
-                                 refused + ": cannot be changed in these files together; nothing was written");
-            }
-            return false;
-        }
-        for (const std::string& expression : changed) {
-            access.AddChange(ResolveTarget(expression).mPath);
-        }
-        return true;
-    }
-
-    /// Does the edits up to the first that the library refuses, whose expression it returns; empty when it did all.
-    /// @p changed gets each expression once.
-    std::string ApplyAll(XMPMetaHandle tree, std::vector<std::string>& changed) const {
-        Appender appender(tree);
-        std::unordered_set<std::string> seen;
-        const std::size_t errorsBefore = CountWritingErrors();
-        for (const Edit& edit : mEdits) {
-            if (Apply(tree, edit, appender) && seen.insert(edit.mExpression).second) {
-                changed.push_back(edit.mExpression);
-            }
-            if (CountWritingErrors() > errorsBefore) {
-                return edit.mExpression;
+            if (path.mPathDescription.find('[') != std::string::npos && IsMixed(*access, path)) {
+                return edits.mExpressions[i] +
+                       ": the files hold different lists; set or delete the whole, or add to it";
             }
         }
         return {};
     }
 
-    void Print(const std::string& name, const std::vector<std::string>& changed, const std::string& sidecar) const {
-        if (mJson) {
-            Json json = {{"file", name}, {"written", !changed.empty()}, {"changed", changed}};
+    /// What was changed, each once.
+    static std::vector<std::string> ChangedOf(const FileEdits& edits, const EditReport& report) {
+        std::vector<std::string> changed;
+        std::unordered_set<std::string> seen;
+        for (std::size_t i = 0; i < edits.mEdits.size() && report.IsChanged(); ++i) {
+            if (report.mOutcomes[i].mResult == kEditResult_Changed && seen.insert(edits.mExpressions[i]).second) {
+                changed.push_back(edits.mExpressions[i]);
+            }
+        }
+        return changed;
+    }
+
+    void Rehearse(const MediaFile& file, const FileEdits& edits, FileResult& result) const {
+        const MetaDataReadAccess access(file.Provider());
+        const XMPMetaPtr after = *access == nullptr ? CreateXMPMeta() : CloneXMPMeta(*access);
+        const EditReport report = ApplyEdits(after.get(), edits.mEdits);
+        if (report.IsRefused()) {
+            result.Fail(WhyNot(edits, report));
+            return;
+        }
+        result.SetOutcome(report.IsChanged() ? Outcome::kWouldChange : Outcome::kUnchanged);
+        Print(file, ChangedOf(edits, report), Differences(*access, after.get()), result);
+    }
+
+    void Write(MediaFile& file, const FileEdits& edits, FileResult& result) const {
+        if (std::string problem = Backup(file.Name()); !problem.empty()) {
+            result.Fail(problem);
+            return;
+        }
+        const KeptTime time(file.Name(), mRequest.mKeepTime);
+        const XMPMetaPtr before =
+            mRequest.mBatch.mVerbose ? CloneXMPMeta(*MetaDataReadAccess(file.Provider())) : nullptr;
+        const EditReport report = ApplyEdits(file.Provider(), edits.mEdits);
+        if (report.IsRefused()) {
+            const bool hasTree = *MetaDataReadAccess(file.Provider()) != nullptr;
+            result.Fail(hasTree ? WhyNot(edits, report) + kNothingWritten
+                                : "has no XMP, and its format cannot be given any");
+            return;
+        }
+        if (const std::string problem = report.IsChanged() ? file.WriteProblem() : std::string(); !problem.empty()) {
+            result.Fail(problem);
+            return;
+        }
+        time.PutBack();
+        result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
+        std::vector<Change> changes;
+        if (mRequest.mBatch.mVerbose && report.IsChanged()) {
+            const XMPMetaPtr after = before ? CloneXMPMeta(before.get()) : CreateXMPMeta();
+            ApplyEdits(after.get(), edits.mEdits);  // without what every write changes
+            changes = Differences(before.get(), after.get());
+        }
+        Print(file, ChangedOf(edits, report), changes, result);
+    }
+
+    /// The file as it is, under a name with the suffix, unless that is there already. Why not; empty when it is there.
+    std::string Backup(const std::string& name) const {
+        if (mRequest.mBackup.empty()) {
+            return {};
+        }
+        std::error_code error;
+        std::filesystem::copy_file(name, name + mRequest.mBackup, std::filesystem::copy_options::skip_existing, error);
+        return error ? "the backup cannot be written (" + error.message() + "); nothing was changed" : std::string();
+    }
+
+    void Print(const MediaFile& file, const std::vector<std::string>& changed, const std::vector<Change>& changes,
+               FileResult& result) const {
+        const bool isWritten = !mRequest.mDryRun && !changed.empty();
+        const std::string sidecar = isWritten ? file.Sidecar() : std::string();
+        if (mRequest.mBatch.mJson) {
+            Json json = FileObject(file.Name());
+            json["written"] = isWritten;
+            json["changed"] = changed;
+            for (const Change& change : changes) {
+                json["changes"].push_back(
+                    {{"path", change.mExpression}, {"before", change.mBefore}, {"after", change.mAfter}});
+            }
             if (!sidecar.empty()) {
                 json["sidecar"] = sidecar;
             }
-            std::cout << JsonLine(json) << '\n';
-        } else if (!sidecar.empty()) {
-            std::cout << OneLine(name) << ": written to its sidecar " << OneLine(sidecar) << '\n';
-        } else {
-            std::cout << OneLine(name) << ": " << (changed.empty() ? "unchanged" : "written") << '\n';
+            result.Print(JsonLine(json));
+            return;
+        }
+        const std::string word = changed.empty() ? "unchanged" : isWritten ? "written" : "would change";
+        result.Print(OneLine(file.Name()) + ": " + word +
+                     (sidecar.empty() ? "" : " to its sidecar " + OneLine(sidecar)));
+        for (const Change& change : changes) {
+            result.Print("  " + OneLine(change.mExpression) + ": " + InWords(change));
         }
     }
 
-    std::vector<Edit> mEdits;
-    bool mJson;
-    Problems mProblems;
+    const SetRequest& mRequest;
+    std::vector<RequestedEdit> mEdits;
+    FileEdits mCopies;
 };
 
-Edit MakeEdit(Edit::Kind kind, const std::string& expression, const std::string& value) {
-    return {kind, expression, value, ResolveTarget(expression)};
+/// Tells assignments from files. A file that is there is a file, whatever its name looks like.
+void Sort(SetRequest& request) {
+    for (std::string& argument : request.mArguments) {
+        const bool isEdit = ParseAssignment(argument).has_value() && !NamesFiles(argument);
+        (isEdit ? request.mEdits.mAssignments : request.mBatch.mFiles.mNames).push_back(std::move(argument));
+    }
+    request.mArguments.clear();
 }
 
 }  // namespace
 
-int Set(const SetRequest& request, bool json) {
-    std::vector<std::string> files;
-    std::vector<Edit> edits;
-    for (const std::string& argument : request.mArguments) {
-        if (const auto assignment = ParseAssignment(argument)) {
-            edits.push_back(MakeEdit(Edit::Kind::kSet, assignment->mExpression, assignment->mValue));
-        } else {
-            files.push_back(argument);
-        }
-    }
-    for (const std::string& argument : request.mAdditions) {
-        const auto assignment = ParseAssignment(argument);
-        if (!assignment) {
-            std::cerr << "zephmeta: --add wants PATH=VALUE, not \"" << OneLine(argument) << "\"\n";
-            return 2;
-        }
-        edits.push_back(MakeEdit(Edit::Kind::kAdd, assignment->mExpression, assignment->mValue));
-    }
-    for (const std::string& expression : request.mDeletions) {
-        edits.push_back(MakeEdit(Edit::Kind::kDelete, expression, {}));
-    }
-    if (files.empty() || edits.empty()) {
-        std::cerr << "zephmeta: " << (files.empty() ? "no file to change" : "nothing to set")
-                  << "; see \"zephmeta set --help\"\n";
+int Set(SetRequest request) {
+    Sort(request);
+    const bool hasEdits = !request.mEdits.IsEmpty() || !request.mFrom.empty();
+    Problems problems;
+    if (request.mBatch.mFiles.mNames.empty() || !hasEdits) {
+        problems.Report(
+            {}, std::string(hasEdits ? "no file to change" : "nothing to set") + "; see \"zephmeta set --help\"");
         return 2;
     }
-    return SetCommand(std::move(edits), json).Run(files);
+    problems.ReportCollected({});
+    const EditReading reading = ReadEdits(request.mEdits);
+    FileEdits copies;
+    if (!request.mFrom.empty()) {
+        const MediaFile source(request.mFrom);
+        const MetaDataReadAccess access(source.Provider());
+        if (*access == nullptr) {
+            const std::string problem = source.ReadProblem();
+            problems.Report(request.mFrom, problem.empty() ? "has no XMP to copy" : problem);
+        }
+        copies = EditsFrom(CloneXMPMeta(*access), request.mFromPaths);
+    }
+    for (const std::string& problem : reading.mProblems) {
+        problems.Report({}, problem);
+    }
+    if (problems.ExitStatus() != 0) {
+        return reading.mIsWrongUsage ? 2 : 1;  // nothing is done by halves
+    }
+    const SetCommand command(request, reading.mEdits, std::move(copies));
+    if (request.mTogether) {
+        return command.EditTogether(OpenAll(FileNames(request.mBatch.mFiles, problems), problems), problems);
+    }
+    return Batch(request.mBatch, problems).Run([&](MediaFile& file, FileResult& result) {
+        command.EditFile(file, result);
+    });
 }
 
 }  // namespace zephmeta

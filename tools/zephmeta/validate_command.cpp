@@ -1,5 +1,7 @@
-#include <iostream>
+#include <algorithm>
+#include <atomic>
 
+#include "batch/batch.h"
 #include "commands.h"
 #include "console.h"
 #include "json.h"
@@ -16,7 +18,7 @@ const char* SeverityName(ValidationSeverity severity) {
     return severity == kValidationSeverity_Error ? "error" : "warning";
 }
 
-Json ToJson(const std::string& file, const std::vector<ValidationFinding>& findings) {
+Json ToJson(const std::string& name, const std::vector<ValidationFinding>& findings) {
     Json list = Json::array();
     for (const ValidationFinding& finding : findings) {
         list.push_back({{"path", finding.path},
@@ -24,43 +26,37 @@ Json ToJson(const std::string& file, const std::vector<ValidationFinding>& findi
                         {"rule", ValidationRuleName(finding.rule)},
                         {"message", Shown(finding.message)}});
     }
-    return {{"file", file}, {"findings", std::move(list)}};
+    Json json = FileObject(name);
+    json["findings"] = std::move(list);
+    return json;
 }
 
-void PrintText(const std::string& file, const std::vector<ValidationFinding>& findings) {
+void PrintText(const std::vector<ValidationFinding>& findings, FileResult& result) {
     for (const ValidationFinding& finding : findings) {
-        std::cout << OneLine(file) << ": " << SeverityName(finding.severity) << ": " << OneLine(finding.path) << ": "
-                  << OneLine(Shown(finding.message)) << " [" << ValidationRuleName(finding.rule) << "]\n";
+        result.Print(OneLine(result.Name()) + ": " + SeverityName(finding.severity) + ": " + OneLine(finding.path) +
+                     ": " + OneLine(Shown(finding.message)) + " [" + ValidationRuleName(finding.rule) + "]");
     }
 }
 
 }  // namespace
 
-int Validate(const std::vector<std::string>& files, bool json) {
+int Validate(const BatchOptions& options) {
     Problems problems;
     problems.ReportCollected({});
-    Progress progress(files.size(), true);
-    bool hasErrors = false;
-    for (const std::string& file : files) {
-        progress.Next(file);
-        const MediaFile media(file);
-        if (const std::string problem = media.ReadProblem(); !problem.empty()) {
-            problems.Report(file, problem);
-            continue;
-        }
-        const MetaDataReadAccess access(media.Provider());
+    std::atomic<bool> hasErrors = false;
+    const int status = Batch(options, problems).Run([&](MediaFile& file, FileResult& result) {
+        const MetaDataReadAccess access(file.Provider());
         const std::vector<ValidationFinding> findings = ValidateXMP(*access);
-        for (const ValidationFinding& finding : findings) {
-            hasErrors = hasErrors || finding.severity == kValidationSeverity_Error;
-        }
-        if (json) {
-            std::cout << JsonLine(ToJson(file, findings)) << '\n';
+        hasErrors = hasErrors || std::any_of(findings.begin(), findings.end(), [](const ValidationFinding& finding) {
+                        return finding.severity == kValidationSeverity_Error;
+                    });
+        if (options.mJson) {
+            result.Print(JsonLine(ToJson(file.Name(), findings)));
         } else {
-            PrintText(file, findings);
+            PrintText(findings, result);
         }
-        problems.ReportCollected(file);
-    }
-    return hasErrors ? 1 : problems.ExitStatus();
+    });
+    return status == 0 && hasErrors ? 1 : status;
 }
 
 }  // namespace zephmeta

@@ -1,0 +1,258 @@
+#include "zephmetadata/edits.h"
+
+#include <algorithm>
+#include <map>
+#include <unordered_set>
+
+#include "values/value_procedures.h"
+#include "xmp/tree/xmp_marks.h"
+#include "zephcore/localizer.h"
+#include "zephmetadata/library.h"
+#include "zephmetadata/xmp_meta.h"
+
+namespace zephmetadata {
+
+namespace {
+
+constexpr std::u16string_view kNoDefinition = u"$$$/zephmetadata/value/NoDefinition=no definition describes it";
+constexpr std::u16string_view kNoList = u"$$$/zephmetadata/edit/NoList=it is no list; set its value";
+constexpr std::u16string_view kNoLanguages = u"$$$/zephmetadata/edit/NoLanguages=it holds no texts in languages";
+constexpr std::u16string_view kEmptyItem = u"$$$/zephmetadata/edit/EmptyItem=an item cannot be empty";
+constexpr std::u16string_view kEmptyValue =
+    u"$$$/zephmetadata/edit/EmptyValue=a value cannot be empty; delete it instead";
+constexpr std::u16string_view kNoSource = u"$$$/zephmetadata/edit/NoSource=there is nothing to copy from";
+constexpr std::u16string_view kNoTree = u"$$$/zephmetadata/edit/NoTree=there is no metadata to change";
+constexpr std::u16string_view kCannot = u"$$$/zephmetadata/edit/Cannot=it cannot be changed like this";
+
+UTF16String Text(std::u16string_view key) {
+    return zephcore::ZString(key, {});
+}
+
+bool IsBag(const Path& path) {
+    return PrimitiveTypeOfPath(path) == kPrimitiveType_Bag;
+}
+
+UTF16String WhyNoItem(const Edit& edit, const UTF8String& item) {
+    return item.empty() ? Text(kEmptyItem) : WhyNotAllowed(CreatePathFromArrayItem(edit.mPath, -1), item);
+}
+
+UTF16String WhyNoValue(const Edit& edit) {
+    // Not every format keeps an empty value, and an empty one says nothing.
+    return edit.mValue.empty() ? Text(kEmptyValue) : WhyNotAllowed(edit.mPath, edit.mValue);
+}
+
+/// The array and the number, from 0, of the item that a path leads to.
+struct ItemPlace {
+    Path mArray;
+    int mIndex = 0;
+};
+
+std::optional<ItemPlace> ItemAt(const Path& path) {
+    const UTF8String expression = ExpressionForPath(path);
+    const std::size_t open = expression.rfind('[');
+    constexpr std::size_t kMostDigits = 9;
+    if (!expression.ends_with(']') || open == UTF8String::npos || expression.size() - open - 2 > kMostDigits) {
+        return std::nullopt;
+    }
+    const UTF8String digits = expression.substr(open + 1, expression.size() - open - 2);
+    if (digits.empty() || digits.find_first_not_of("0123456789") != UTF8String::npos) {
+        return std::nullopt;
+    }
+    return ItemPlace{PathForExpression(expression.substr(0, open)), std::stoi(digits) - 1};
+}
+
+bool Delete(XMPMetaHandle tree, const Edit& edit) {
+    if (!edit.mLanguage.empty()) {
+        return SetLanguage(tree, edit.mPath, edit.mLanguage, {});
+    }
+    if (!HasValue(tree, edit.mPath)) {
+        return false;
+    }
+    const std::optional<ItemPlace> item = ItemAt(edit.mPath);
+    return item ? DeleteArrayItem(tree, item->mArray, item->mIndex) : DeleteValue(tree, edit.mPath);
+}
+
+/// The node at a path and all below it.
+std::vector<toolkit::Node> ContentAt(XMPMetaHandle tree, const Path& path) {
+    std::vector<toolkit::Node> nodes =
+        toolkit::Nodes(tree, path.mNamespace, path.mPathDescription, toolkit::Walk::kSubtree);
+    if (const auto root = toolkit::GetProperty(tree, path.mNamespace, path.mPathDescription)) {
+        nodes.push_back({path.mNamespace, path.mPathDescription, root->mValue, root->mOptions});
+    }
+    return nodes;
+}
+
+bool Copy(XMPMetaHandle tree, const Edit& edit) {
+    const Path& path = edit.mPath;
+    try {
+        const std::vector<toolkit::Node> wanted = ContentAt(edit.mSource.get(), path);
+        const std::vector<toolkit::Node> held = ContentAt(tree, path);
+        if (wanted.empty() || std::equal(wanted.begin(), wanted.end(), held.begin(), held.end(), toolkit::SameNode)) {
+            return false;
+        }
+        toolkit::DuplicateSubtree(edit.mSource.get(), tree, path.mNamespace, path.mPathDescription);
+        toolkit::ClearNative(tree, path.mNamespace, path.mPathDescription);
+        return true;
+    } catch (const XMPError&) {
+        ReportInvalidData(ErrorKind::ErrorWritingXMP, path);
+        return false;
+    }
+}
+
+/// Carries edits out in one tree. The texts of a list are read once, however many items are added to it.
+class Carrier {
+public:
+    explicit Carrier(XMPMetaHandle tree) : mTree(tree) {}
+
+    bool CarryOut(const Edit& edit) {
+        if (edit.mKind != EditKind::kEditKind_Add) {
+            mTexts.clear();
+        }
+        switch (edit.mKind) {
+            case EditKind::kEditKind_Add:
+                return Add(edit);
+            case EditKind::kEditKind_Delete:
+                return Delete(mTree, edit);
+            case EditKind::kEditKind_Remove:
+            case EditKind::kEditKind_Rename:
+                return ReplaceItems(edit);
+            case EditKind::kEditKind_Copy:
+                return Copy(mTree, edit);
+            default:
+                return edit.mLanguage.empty() ? SetValue(mTree, edit.mPath, edit.mValue)
+                                              : SetLanguage(mTree, edit.mPath, edit.mLanguage, edit.mValue);
+        }
+    }
+
+private:
+    bool Add(const Edit& edit) {
+        if (IsBag(edit.mPath) && !TextsOf(edit.mPath).insert(edit.mValue).second) {
+            return false;  // an unordered list gains nothing from holding an item twice
+        }
+        const int count = CountArrayItems(mTree, edit.mPath);
+        return SetValue(mTree, CreatePathFromArrayItem(edit.mPath, count + 1), edit.mValue);
+    }
+
+    std::unordered_set<UTF8String>& TextsOf(const Path& path) {
+        const UTF8String expression = ExpressionForPath(path);
+        auto texts = mTexts.find(expression);
+        if (texts == mTexts.end()) {
+            const std::vector<UTF8String> items = GetItems(mTree, path);
+            texts = mTexts.try_emplace(expression, items.begin(), items.end()).first;
+        }
+        return texts->second;
+    }
+
+    /// From the last item to the first, so that numbers stay those of the items that are still to come.
+    bool ReplaceItems(const Edit& edit) {
+        const std::vector<UTF8String> items = GetItems(mTree, edit.mPath);
+        bool isThere = IsBag(edit.mPath) && std::find(items.begin(), items.end(), edit.mNewValue) != items.end();
+        bool changed = false;
+        for (std::size_t i = items.size(); i > 0 && edit.mValue != edit.mNewValue; --i) {
+            if (items[i - 1] != edit.mValue) {
+                continue;
+            }
+            const auto number = static_cast<int>(i);
+            const bool goes = edit.mKind == EditKind::kEditKind_Remove || isThere;
+            changed |= goes ? DeleteArrayItem(mTree, edit.mPath, number - 1)
+                            : SetValue(mTree, CreatePathFromArrayItem(edit.mPath, number), edit.mNewValue);
+            isThere = isThere || (!goes && IsBag(edit.mPath));
+        }
+        return changed;
+    }
+
+    XMPMetaHandle mTree;
+    std::map<UTF8String, std::unordered_set<UTF8String>> mTexts;  // of bags, by their expressions
+};
+
+EditOutcome CarryOut(Carrier& carrier, const Edit& edit) {
+    ErrorScope scope;
+    const bool isChanged = carrier.CarryOut(edit);
+    if (!scope.Errors().empty()) {
+        return {EditResult::kEditResult_Refused, Text(kCannot)};
+    }
+    return {isChanged ? EditResult::kEditResult_Changed : EditResult::kEditResult_Unchanged, {}};
+}
+
+EditReport Refused(const std::vector<Edit>& edits, std::u16string_view reason) {
+    EditReport report;
+    report.mOutcomes.assign(edits.size(), {EditResult::kEditResult_Refused, Text(reason)});
+    return report;
+}
+
+EditReport CarryOutAll(XMPMetaHandle tree, const std::vector<Edit>& edits) {
+    EditReport report;
+    Carrier carrier(tree);
+    for (const Edit& edit : edits) {
+        report.mOutcomes.push_back(CarryOut(carrier, edit));
+    }
+    return report;
+}
+
+/// What makes no sense in any tree is refused without touching one.
+EditReport Considered(const std::vector<Edit>& edits) {
+    EditReport report;
+    for (const Edit& edit : edits) {
+        UTF16String reason = WhyRefused(edit);
+        const auto result = reason.empty() ? EditResult::kEditResult_Unchanged : EditResult::kEditResult_Refused;
+        report.mOutcomes.push_back({result, std::move(reason)});
+    }
+    return report;
+}
+
+bool HasOutcome(const EditReport& report, EditResult result) {
+    return std::any_of(report.mOutcomes.begin(), report.mOutcomes.end(),
+                       [&](const EditOutcome& outcome) { return outcome.mResult == result; });
+}
+
+}  // namespace
+
+bool EditReport::IsRefused() const {
+    return HasOutcome(*this, EditResult::kEditResult_Refused);
+}
+
+bool EditReport::IsChanged() const {
+    return !IsRefused() && HasOutcome(*this, EditResult::kEditResult_Changed);
+}
+
+UTF16String WhyRefused(const Edit& edit) {
+    if (!PathEntryDefinition(edit.mPath)) {
+        return Text(kNoDefinition);
+    }
+    if (!edit.mLanguage.empty() && PrimitiveTypeOfPath(edit.mPath) != kPrimitiveType_Alt) {
+        return Text(kNoLanguages);
+    }
+    const bool isAboutItems = edit.mKind == EditKind::kEditKind_Add || edit.mKind == EditKind::kEditKind_Remove ||
+                              edit.mKind == EditKind::kEditKind_Rename;
+    if (isAboutItems && !IsPathAnArray(edit.mPath, true)) {
+        return Text(kNoList);
+    }
+    switch (edit.mKind) {
+        case EditKind::kEditKind_Set:
+            return WhyNoValue(edit);
+        case EditKind::kEditKind_Add:
+            return WhyNoItem(edit, edit.mValue);
+        case EditKind::kEditKind_Rename:
+            return WhyNoItem(edit, edit.mNewValue);
+        case EditKind::kEditKind_Copy:
+            return edit.mSource ? UTF16String() : Text(kNoSource);
+        default:
+            return {};
+    }
+}
+
+EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<Edit>& edits) {
+    EditReport report = Considered(edits);
+    if (report.IsRefused()) {
+        return report;
+    }
+    const XMPMetaPtr copy = CloneXMPMeta(tree);
+    return copy ? CarryOutAll(copy.get(), edits) : Refused(edits, kNoTree);
+}
+
+EditReport ApplyEdits(XMPMetaHandle tree, const std::vector<Edit>& edits) {
+    EditReport report = RehearseEdits(tree, edits);
+    return report.IsChanged() ? CarryOutAll(tree, edits) : report;
+}
+
+}  // namespace zephmetadata

@@ -1,0 +1,212 @@
+#include "batch/batch.h"
+
+#include <algorithm>
+#include <atomic>
+#include <iostream>
+#include <map>
+#include <mutex>
+#include <numeric>
+#include <thread>
+
+#include "batch/interrupt.h"
+#include "json.h"
+#include "zephmetadata/library.h"
+
+namespace zephmeta {
+
+namespace {
+
+constexpr int kInterruptedStatus = 130;
+
+std::string Plural(std::size_t count, std::string_view noun) {
+    return std::to_string(count).append(" ").append(noun).append(count == 1 ? "" : "s");
+}
+
+/// How many files ended how.
+class Tally {
+public:
+    void Count(Outcome outcome, const std::string& reason) {
+        ++mOutcomes[outcome];
+        if (outcome == Outcome::kFailed) {
+            // What stands in brackets or behind a path is another one in every file.
+            ++mReasons[reason.substr(0, reason.find(" ("))];
+        }
+    }
+
+    bool HasFailures() const { return mOutcomes.contains(Outcome::kFailed); }
+    bool HasEdits() const {
+        return std::any_of(mOutcomes.begin(), mOutcomes.end(), [](const auto& entry) {
+            return entry.first != Outcome::kRead && entry.first != Outcome::kFailed &&
+                   entry.first != Outcome::kPassedOver;
+        });
+    }
+    std::size_t Total() const {
+        return std::accumulate(mOutcomes.begin(), mOutcomes.end(), std::size_t{0},
+                               [](std::size_t sum, const auto& entry) { return sum + entry.second; });
+    }
+
+    std::string Summary() const {
+        static const std::map<Outcome, std::string_view> names = {
+            {Outcome::kRead, "read"},           {Outcome::kWritten, "written"},
+            {Outcome::kUnchanged, "unchanged"}, {Outcome::kWouldChange, "would change"},
+            {Outcome::kFailed, "failed"},       {Outcome::kPassedOver, "passed over"}};
+        std::string text;
+        for (const auto& [outcome, count] : mOutcomes) {
+            text.append(text.empty() ? "" : ", ").append(std::to_string(count)).append(" ").append(names.at(outcome));
+        }
+        return text + Reasons();
+    }
+
+private:
+    std::string Reasons() const {
+        constexpr std::size_t kMostReasons = 5;
+        std::vector<std::pair<std::size_t, std::string>> reasons;
+        for (const auto& [reason, count] : mReasons) {
+            reasons.emplace_back(count, reason);
+        }
+        std::stable_sort(reasons.begin(), reasons.end(),
+                         [](const auto& left, const auto& right) { return left.first > right.first; });
+        std::string text;
+        for (std::size_t i = 0; i < std::min(reasons.size(), kMostReasons); ++i) {
+            text.append(text.empty() ? " (" : "; ");
+            text.append(std::to_string(reasons[i].first)).append(": ").append(OneLine(reasons[i].second));
+        }
+        return text.empty() ? text : text + (reasons.size() > kMostReasons ? "; ...)" : ")");
+    }
+
+    std::map<Outcome, std::size_t> mOutcomes;
+    std::map<std::string, std::size_t> mReasons;
+};
+
+}  // namespace
+
+/// Prints results as they are done, or in the order of the files.
+class BatchOutput {
+public:
+    BatchOutput(const BatchOptions& options, std::size_t files)
+        : mOptions(options), mIsOrdered(options.mOrdered || files <= kFewFiles), mProgress(files, true) {}
+
+    void Done(std::size_t number, FileResult result) {
+        const std::lock_guard lock(mMutex);
+        if (!mIsOrdered) {
+            Print(result);
+            return;
+        }
+        mWaiting.emplace(number, std::move(result));
+        for (auto next = mWaiting.begin(); next != mWaiting.end() && next->first == mPrinted; ++mPrinted) {
+            Print(next->second);
+            next = mWaiting.erase(next);
+        }
+    }
+
+    const Tally& Results() const { return mTally; }
+
+private:
+    void Print(const FileResult& result) {
+        mTally.Count(result.mOutcome, result.mReason);
+        mProgress.Erase();
+        if (!mOptions.mQuiet) {
+            std::cout << result.mOutput;
+        }
+        if (mOptions.mJson && result.mOutput.empty() && !result.mReason.empty()) {
+            Json json = FileObject(result.mName);
+            json["error"] = result.mReason;
+            std::cout << JsonLine(json) << '\n';
+        }
+        if (!result.mProblems.empty()) {
+            std::cout.flush();
+            std::cerr << result.mProblems;
+        }
+        mProgress.Next(result.mName);
+    }
+
+    /// So few are done before anybody waits for the first.
+    static constexpr std::size_t kFewFiles = 100;
+
+    const BatchOptions& mOptions;
+    bool mIsOrdered;
+    std::mutex mMutex;  // guards all that follows
+    Progress mProgress;
+    Tally mTally;
+    std::map<std::size_t, FileResult> mWaiting;
+    std::size_t mPrinted = 0;
+};
+
+void FileResult::Fail(const std::string& reason) {
+    mOutcome = Outcome::kFailed;
+    mReason = mReason.empty() ? reason : mReason;
+    Note(reason);
+}
+
+void FileResult::Note(const std::string& text) {
+    mProblems.append(OneLine(mName)).append(": ").append(OneLine(text)).append("\n");
+}
+
+int FileResult::Tell(int status) const {
+    std::cout << mOutput << std::flush;
+    std::cerr << mProblems;
+    return mReason.empty() ? status : 1;
+}
+
+FileResult Batch::Do(const std::string& name, const Condition* condition, const Work& work) const {
+    FileResult result(name);
+    try {
+        zephmetadata::ErrorScope errors;
+        MediaFile file(name);
+        const std::string problem = file.ReadProblem();
+        if (!problem.empty()) {
+            result.Fail(problem);
+        } else if (condition != nullptr && !condition->Holds(*zephmetadata::MetaDataReadAccess(file.Provider()))) {
+            result.SetOutcome(Outcome::kPassedOver);
+        } else {
+            work(file, result);
+        }
+        for (const zephmetadata::ErrorInfo& info : errors.Errors()) {
+            result.Note(Shown(info.message));
+        }
+    } catch (const std::exception& error) {
+        result.Fail(error.what());
+    }
+    return result;
+}
+
+int Batch::Run(const Work& work) {
+    const ConditionReading condition = ReadCondition(mOptions.mCondition);
+    if (!condition.mProblem.empty()) {
+        mProblems.Report({}, "--if: " + condition.mProblem);
+        return 2;
+    }
+    const std::vector<std::string> names = FileNames(mOptions.mFiles, mProblems);
+    const InterruptGuard guard;
+    BatchOutput output(mOptions, names.size());
+    std::atomic<std::size_t> next = 0;
+    const auto worker = [&] {
+        for (std::size_t i = next++; i < names.size() && !InterruptGuard::IsInterrupted(); i = next++) {
+            output.Done(i, Do(names[i], condition.mCondition.get(), work));
+        }
+    };
+    const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
+    const std::size_t jobs = std::min(mOptions.mJobs == 0 ? cores : mOptions.mJobs, names.size());
+    std::vector<std::jthread> others;
+    for (std::size_t i = 1; i < jobs; ++i) {
+        others.emplace_back(worker);
+    }
+    worker();
+    others.clear();
+    std::cout.flush();
+    const Tally& tally = output.Results();
+    const bool isCut = tally.Total() < names.size();
+    constexpr std::size_t kFilesWorthCounting = 10;
+    const bool isLong = names.size() >= kFilesWorthCounting && (tally.HasEdits() || tally.HasFailures());
+    if (!mOptions.mQuiet && (mOptions.mVerbose || isCut || isLong)) {
+        std::cerr << "zephmeta: " << Plural(names.size(), "file") << ": " << tally.Summary();
+        std::cerr << (isCut ? ", " + std::to_string(names.size() - tally.Total()) + " not begun (interrupted)" : "")
+                  << '\n';
+    }
+    if (isCut) {
+        return kInterruptedStatus;
+    }
+    return tally.HasFailures() ? 1 : mProblems.ExitStatus();
+}
+
+}  // namespace zephmeta

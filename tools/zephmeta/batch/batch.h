@@ -1,0 +1,78 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "batch/condition.h"
+#include "batch/file_names.h"
+#include "media_file.h"
+
+namespace zephmeta {
+
+/// What every command about files takes.
+struct BatchOptions {
+    FileRequest mFiles;
+    std::string mCondition;  ///< files for which it does not hold are passed over; empty: none is
+    std::size_t mJobs = 0;   ///< 0: as many as the machine has cores
+    bool mOrdered = false;   ///< results in the order of the files
+    bool mQuiet = false;     ///< problems alone
+    bool mVerbose = false;
+    bool mJson = false;
+};
+
+/// What became of one file.
+enum class Outcome { kRead, kWritten, kWouldChange, kUnchanged, kPassedOver, kFailed };
+
+/// What a command says of one file. It is printed as a whole when the file is done.
+class FileResult {
+public:
+    explicit FileResult(std::string name) : mName(std::move(name)) {}
+
+    const std::string& Name() const { return mName; }
+    /// A line of the result.
+    void Print(std::string_view line) { mOutput.append(line) += '\n'; }
+    /// The name of the file, for programs: as it is, with a NUL byte behind it.
+    void PrintName(std::string_view name) { mOutput.append(name) += '\0'; }
+    /// Something that could not be done.
+    void Fail(const std::string& reason);
+    /// Something that is to be known and stops nothing.
+    void Note(const std::string& text);
+    void SetOutcome(Outcome outcome) { mOutcome = outcome; }
+    /// Prints all at once, for a command that is about one thing alone; 1 when something failed, else @p status.
+    int Tell(int status) const;
+
+private:
+    friend class Batch;
+    friend class BatchOutput;
+
+    std::string mName;
+    std::string mOutput;
+    std::string mProblems;
+    std::string mReason;  // the first of Fail
+    Outcome mOutcome = Outcome::kRead;
+};
+
+/// Does the same to many files, with several workers at once.
+///
+/// An interrupt (SIGINT) lets the files at hand be finished; what was not begun is left as it is. Memory does not grow with
+/// what was done, but for the names.
+class Batch {
+public:
+    using Work = std::function<void(MediaFile& file, FileResult& result)>;
+
+    Batch(const BatchOptions& options, Problems& problems) : mOptions(options), mProblems(problems) {}
+
+    /// Has @p work called for every file that can be read and meets the condition, by several threads at once. The exit
+    /// status: 1 when something failed, 130 after an interrupt, 2 for a condition that is none.
+    int Run(const Work& work);
+
+private:
+    FileResult Do(const std::string& name, const Condition* condition, const Work& work) const;
+
+    const BatchOptions& mOptions;
+    Problems& mProblems;
+};
+
+}  // namespace zephmeta

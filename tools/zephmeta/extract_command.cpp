@@ -1,0 +1,62 @@
+#include <filesystem>
+#include <fstream>
+
+#include "batch/batch.h"
+#include "commands.h"
+#include "zephmetadata/xmp_meta.h"
+
+namespace zephmeta {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Beside the file, or in the folder: its name with ".xmp" behind it.
+fs::path SidecarOf(const std::string& name, const std::string& folder) {
+    const fs::path file(name);
+    return (folder.empty() ? file.parent_path() : fs::path(folder)) / (file.filename().native() + ".xmp");
+}
+
+void Extract(const MediaFile& file, const fs::path& into, FileResult& result) {
+    const zephmetadata::MetaDataReadAccess access(file.Provider());
+    const std::string packet = *access == nullptr ? std::string() : zephmetadata::SerializeXMPMeta(*access);
+    std::error_code isUnknown;
+    if (packet.empty()) {
+        result.Fail(*access == nullptr ? "has no XMP to extract" : "its XMP cannot be written as a packet");
+        return;
+    }
+    if (fs::exists(into, isUnknown)) {
+        result.Fail(into.native() + " is there already");
+        return;
+    }
+    std::ofstream out(into, std::ios::binary);
+    out << packet;
+    out.close();
+    if (!out) {
+        result.Fail(into.native() + " cannot be written");
+        fs::remove(into, isUnknown);
+        return;
+    }
+    result.SetOutcome(Outcome::kWritten);
+    result.Print(OneLine(file.Name()) + ": extracted to " + OneLine(into.native()));
+}
+
+}  // namespace
+
+int ExtractPackets(const ExtractRequest& request) {
+    Problems problems;
+    problems.ReportCollected({});
+    std::error_code error;
+    if (!request.mFolder.empty() && !fs::is_directory(request.mFolder, error)) {
+        fs::create_directories(request.mFolder, error);
+        if (error) {
+            problems.Report(request.mFolder, "cannot be made (" + error.message() + ")");
+            return problems.ExitStatus();
+        }
+    }
+    return Batch(request.mBatch, problems).Run([&](const MediaFile& file, FileResult& result) {
+        Extract(file, SidecarOf(file.Name(), request.mFolder), result);
+    });
+}
+
+}  // namespace zephmeta

@@ -1,0 +1,88 @@
+#include "suggestions.h"
+
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
+#include "zephmetadata/definitions.h"
+
+namespace zephmeta {
+
+namespace {
+
+/// How many letters have to be added, taken away or changed to make one word of the other (Levenshtein).
+std::size_t Distance(const std::string& left, const std::string& right) {
+    std::vector<std::size_t> row(right.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < right.size(); ++j) {
+            const std::size_t changed = diagonal + (left[i] == right[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j + 1] + 1, row[j] + 1});
+        }
+    }
+    return row.back();
+}
+
+std::string Lower(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
+std::vector<std::string> Prefixes() {
+    std::vector<std::string> prefixes;
+    for (const auto& schema : zephmetadata::RegisteredSchemaDefinitions()) {
+        prefixes.push_back(schema->mPrefix);
+    }
+    return prefixes;
+}
+
+std::vector<std::string> PropertiesOf(const std::string& prefix) {
+    std::vector<std::string> names;
+    const auto schema = zephmetadata::NamespaceDefinition(zephmetadata::NamespaceForPrefix(prefix));
+    if (schema) {
+        for (const auto& property : schema->mProperties) {
+            names.push_back(property->mName);
+        }
+    }
+    return names;
+}
+
+std::string DidYouMean(const std::string& near) {
+    return near.empty() ? near : "; did you mean " + near + "?";
+}
+
+}  // namespace
+
+std::string NearestOf(const std::string& word, const std::vector<std::string>& known) {
+    constexpr std::size_t kLongestWord = 64;
+    const std::size_t most = std::max<std::size_t>(1, word.size() / 3);
+    std::string nearest;
+    std::size_t best = most + 1;
+    for (const std::string& candidate : word.size() > kLongestWord ? std::vector<std::string>() : known) {
+        const std::size_t distance = Distance(Lower(word), Lower(candidate));
+        if (distance < best) {
+            best = distance;
+            nearest = candidate;
+        }
+    }
+    return nearest;
+}
+
+std::string WhyUnknown(const std::string& expression, const Target& target) {
+    const std::size_t colon = expression.find(':');
+    const std::string prefix = expression.substr(0, colon);
+    if (!target.mProblem.empty()) {
+        const std::string near = colon == std::string::npos ? std::string() : NearestOf(prefix, Prefixes());
+        return expression + ": " + target.mProblem + DidYouMean(near.empty() ? near : near + expression.substr(colon));
+    }
+    const std::string name = expression.substr(colon + 1, expression.find_first_of("[/", colon) - colon - 1);
+    const std::vector<std::string> known = PropertiesOf(prefix);
+    const bool isDefined = std::find(known.begin(), known.end(), name) != known.end();
+    const std::string near = isDefined || known.empty() ? std::string() : NearestOf(name, known);
+    return near.empty() ? near : expression + ": no such property" + DidYouMean(prefix + ":" + near);
+}
+
+}  // namespace zephmeta
