@@ -57,7 +57,9 @@ struct ErrorInfo {
     std::size_t line = 0;
 };
 
-/// All errors since the last final Terminate, in the order of reporting. Any thread may call this.
+/// All errors since the last final Terminate, in the order of reporting. Any thread may call this. Of the reading and of
+/// the registering of one document there are at most 10,000, the last of which says that there are more; a message has
+/// some 4,000 characters at most.
 ZEPHMETADATA_EXPORT std::vector<ErrorInfo> GetErrorInfos();
 /// Whether there is any error. Any thread may call this.
 ZEPHMETADATA_EXPORT bool HasErrors();
