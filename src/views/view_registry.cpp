@@ -84,7 +84,7 @@ PolyRange<sp<ViewDefinition>> CommonViewDefinitions() {
     return Registered().mInOrder;
 }
 
-void BuildView(sp<ViewDefinition> view, ViewBuilderInterface& builder) {  // NOLINT(*-value-param): kept alive meanwhile
+void BuildView(sp<ViewDefinition> view, ViewBuilderInterface& builder) {  // kept alive meanwhile
     if (!view) {
         return;
     }
