@@ -13,7 +13,8 @@ namespace zephcore {
 inline constexpr std::size_t kMaxElementDepth = 1000;
 inline constexpr std::size_t kMaxTokenBytes = 16U << 20U;  ///< one tag or comment as it stands; a text run as UTF-8
 inline constexpr std::size_t kMaxAttributes = 10000;       ///< attributes of one element
-inline constexpr std::size_t kMaxNamespaceBytes = 2048;    ///< one namespace URI, as it is repeated with every name
+inline constexpr std::size_t kMaxNodes = 1000000;          ///< elements and attributes of a document, taken together
+inline constexpr std::size_t kMaxNamespaceBytes = 512;     ///< one namespace URI, as it is repeated with every name
 
 /// One attribute as it stands in the document; namespace declarations are no attributes.
 struct Attribute {

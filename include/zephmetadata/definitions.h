@@ -38,6 +38,7 @@ struct LocalizedTexts {
     UTF16String mDescription;
     UTF16String mLabelZString;
     UTF16String mDescriptionZString;
+    std::size_t mLine = 0;  ///< where it begins in the document that it was read from; 0 when it was made otherwise
 };
 
 /// One value of a choice.
@@ -100,6 +101,8 @@ struct SchemaDefinition : LocalizedTexts {
 };
 
 using Definitions = std::pair<std::vector<sp<SchemaDefinition>>, std::vector<sp<TypeDefinition>>>;
+/// Fields that were added to registered structures, each with the id of its structure.
+using StructureFields = std::vector<std::pair<UTF8String, sp<FieldDefinition>>>;
 
 // Namespaces of the library's own formats and schemas.
 
@@ -127,7 +130,7 @@ ZEPHMETADATA_EXPORT std::optional<PrimitiveType> PrimitiveTypeOf(const UTF8Strin
 ZEPHMETADATA_EXPORT std::optional<PrimitiveType> PrimitiveTypeOf(const EntryDefinition& entry);
 ZEPHMETADATA_EXPORT std::optional<PrimitiveType> PrimitiveTypeOf(const TypeDefinition& type);
 
-/// Whether values are single texts: a simple kind, or a choice of such.
+/// Whether values are single texts: a simple kind, or a choice of such. Choices of choices are followed 100 deep.
 ZEPHMETADATA_EXPORT bool IsSimpleType(const UTF8String& typeId);
 ZEPHMETADATA_EXPORT bool IsSimpleType(const TypeDefinition& type);
 ZEPHMETADATA_EXPORT bool IsArrayType(const UTF8String& typeId);
@@ -143,8 +146,9 @@ ZEPHMETADATA_EXPORT std::optional<UTF8String> ElementTypeIdOf(const UTF8String& 
 /// The registered type of an entry's items, when it has such, else of the entry itself.
 ZEPHMETADATA_EXPORT sp<TypeDefinition> PropertyTypeOf(const EntryDefinition& entry);
 
-// Parsing definitions documents. Nothing is registered; each problem becomes an error record, and what could be read
-// is returned in document order.
+// Parsing definitions documents. Nothing is registered; each problem becomes an error record (library.h bounds their
+// number), and what could be read is returned in document order. An id, name, namespace or prefix of more than 512 bytes
+// is reported and counts as missing.
 
 /// @p sourceFile is only the context of error records.
 ZEPHMETADATA_EXPORT Definitions ParseBufferForDefinitions(const UTF8String& buffer, const UTF16String& sourceFile);
@@ -188,7 +192,8 @@ enum StandardSchema : std::int32_t {
 /// Registers a schema under its namespace and makes it consistent: missing types become "text", with an error record.
 ///
 /// With @p merge, a schema for a namespace that has one adds its new properties to that one and is itself not registered.
-/// @p file is the context of error records. True when this very schema was registered.
+/// @p file is the context of error records. True when this very schema was registered. Null entries are taken out of the
+/// lists of what is registered, here and below.
 ZEPHMETADATA_EXPORT bool RegisterSchemaDefinition(const sp<SchemaDefinition>& schema, const UTF16String& file,
                                                   bool merge);
 /// Registers a type under its name; refused for a name that is taken and for a field namespace that the XMP toolkit
@@ -220,10 +225,16 @@ ZEPHMETADATA_EXPORT bool CheckPropertyTypes(const std::vector<sp<SchemaDefinitio
 ZEPHMETADATA_EXPORT bool CheckFieldTypes(const std::vector<sp<TypeDefinition>>& types, const UTF16String& file);
 
 /// Parse and register, types before schemas; what became registered. When one of a kind is refused the returned list of
-/// that kind is empty (with @p merge, only the schemas concerned are left out).
+/// that kind is empty (with @p merge, only the schemas concerned are left out). @p merge is about schemas: a type that
+/// exists is refused either way.
 ZEPHMETADATA_EXPORT Definitions ParseBufferAndRegisterDefinitions(const UTF8String& buffer, const UTF16String& file,
                                                                   bool merge);
 ZEPHMETADATA_EXPORT Definitions ParseDocumentAndRegisterDefinitions(const UTF16String& path, bool merge);
+/// The same for what was parsed already.
+ZEPHMETADATA_EXPORT Definitions RegisterDefinitions(const Definitions& parsed, const UTF16String& file, bool merge);
+/// The same for a document of an extension package, as LoadAllViewDefinitions does it: schemas are merged, and a structure
+/// type that exists takes up the fields of one that lists nothing but fields that it does not have.
+ZEPHMETADATA_EXPORT Definitions RegisterPackageDefinitions(const Definitions& parsed, const UTF16String& file);
 
 // Dynamic schemas: their properties are not listed anywhere but found in the metadata. Documents declare some
 // (dynamic="true"); others are namespaces that a host makes from a name, which need no declaration.

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "zephcore/xml.h"
+#include "zephmetadata/definitions.h"
 #include "zephmetadata/library.h"
 
 /// Extension packages: folders that bring schemas, views and translations, and the panels of older hosts that can be made
@@ -76,6 +77,7 @@ struct ExtensionPackage {
     UTF16String locFilePrefix;
     std::vector<UTF8String> schemas;  ///< namespaces of the schemas that it brought or added to, in order
     std::vector<UTF8String> views;    ///< names of the views that it brought, in order
+    StructureFields fields;           ///< that it added to structures of others, in order
 };
 
 /// The packages of the machine-wide and the per-user folder, one of each name, in the order in which they were loaded.

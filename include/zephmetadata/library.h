@@ -76,9 +76,11 @@ struct ErrorInfo {
 };
 
 /// How many errors are kept; beyond that the oldest go.
-inline constexpr std::size_t kMaxErrorInfos = 10000;
+inline constexpr std::size_t kMaxErrorInfos = 20000;
 
 /// The errors since the last final Terminate or ClearErrors, in the order of reporting. Any thread may call this.
+/// Of the reading and of the registering of one document there are at most 10,000, the last of which says that there are
+/// more; a message has some 4,000 characters at most.
 ZEPHMETADATA_EXPORT std::vector<ErrorInfo> GetErrorInfos();
 /// Whether there is any error. Any thread may call this.
 ZEPHMETADATA_EXPORT bool HasErrors();

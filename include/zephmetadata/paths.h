@@ -73,7 +73,8 @@ ZEPHMETADATA_EXPORT bool IsPathAnArray(const Path& path, bool includeExternal);
 
 ZEPHMETADATA_EXPORT PolyRange<Path> ChildPaths(const Path& path);
 ZEPHMETADATA_EXPORT PolyRange<Path> ChildPaths(const sp<SchemaDefinition>& schema);
-/// The paths below that have no children. Structures that contain themselves are followed to a depth of 32.
+/// The paths below that have no children. A walk throws nothing and ends: a structure is not entered again below itself
+/// nor deeper than 32, and no structure after 20,000 nodes of structures.
 ZEPHMETADATA_EXPORT PolyRange<Path> DescendantLeafPaths(const Path& path);
 ZEPHMETADATA_EXPORT PolyRange<Path> DescendantLeafPaths(const sp<SchemaDefinition>& schema);
 
@@ -81,10 +82,25 @@ ZEPHMETADATA_EXPORT PolyRange<Path> DescendantLeafPaths(const sp<SchemaDefinitio
 
 /// Replaces @p document by that of @p paths: UTF-8, one element for each path, in the order of the set.
 ZEPHMETADATA_EXPORT void IncludedLeafPathsAsXMLString(const std::set<Path>& paths, UTF8String& document);
+/// What is wrong with a path of a document, or with the document.
+enum class LeafPathProblem : std::int32_t {
+    kUndefined,  ///< no definition describes it
+    kNotALeaf,   ///< it has paths below it
+    kRepeated,   ///< the document has it before
+    kInvalidXML,
+};
+struct LeafPathFinding {
+    LeafPathProblem mProblem = LeafPathProblem::kUndefined;
+    Path mPath;             ///< empty for kInvalidXML
+    std::size_t mLine = 0;  ///< where its element ends, counted from 1; 0 for a file that cannot be read
+};
+
 /// Replaces @p paths by those of the document that have a definition today and are leaves; others are dropped, and of
 /// equal paths the first is kept. False, with @p paths as it was, when the document is not well-formed.
 ZEPHMETADATA_EXPORT bool ReadIncludedLeafPathsAsXMLString(std::set<Path>& paths, const UTF8String& document);
 /// The same for the document in a file; false also when the file cannot be read.
 ZEPHMETADATA_EXPORT bool ReadIncludedLeafPathsAsXMLFile(std::set<Path>& paths, const UTF16String& file);
+/// Why reading that file would not give all of its paths; empty when it would.
+ZEPHMETADATA_EXPORT std::vector<LeafPathFinding> CheckIncludedLeafPathsFile(const UTF16String& file);
 
 }  // namespace zephmetadata

@@ -112,6 +112,7 @@ struct ViewDefinition {
     std::vector<sp<ViewItem>> mItems;
     bool mPruneEmptyProperties = false;  ///< leave out properties without a value
     bool mStaticPage = false;            ///< for the host alone
+    std::size_t mLine = 0;  ///< where it begins in the document that it was read from; 0 when it was made otherwise
 };
 
 /// What is known of a view before its items.
@@ -156,7 +157,7 @@ ZEPHMETADATA_EXPORT bool WriteViewDefinitionsFileFromSchema(const std::vector<sp
 /// Registers the built-in views, then what the extension packages bring (extensions.h). Called by the host after
 /// Initialize; further calls before the last Terminate do nothing.
 ZEPHMETADATA_EXPORT void LoadAllViewDefinitions();
-/// The view registered under @p name, or null.
+/// The first registered view that has @p name now, or null. Cost: linear in the views.
 ZEPHMETADATA_EXPORT sp<ViewDefinition> GetViewDefinitionForName(const UTF8String& name);
 /// All registered views in order of registration; valid until the registry changes.
 ZEPHMETADATA_EXPORT PolyRange<sp<ViewDefinition>> CommonViewDefinitions();
@@ -166,7 +167,8 @@ ZEPHMETADATA_EXPORT PolyRange<sp<ViewDefinition>> CommonViewDefinitions();
 /// #{quot} stay.
 ZEPHMETADATA_EXPORT UTF16String LocalizedText(const UTF8String& text, const std::vector<UTF16String>& arguments = {});
 
-/// Shows @p view to @p builder; nothing for a null view. What the builder throws is passed on.
-ZEPHMETADATA_EXPORT void BuildView(const sp<ViewDefinition>& view, ViewBuilderInterface& builder);
+/// Shows @p view to @p builder; nothing for a null view. What the builder throws is passed on. The builder may drop and
+/// change the view: the items shown are those that it has at the beginning.
+ZEPHMETADATA_EXPORT void BuildView(sp<ViewDefinition> view, ViewBuilderInterface& builder);
 
 }  // namespace zephmetadata

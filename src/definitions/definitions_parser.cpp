@@ -27,8 +27,20 @@ constexpr std::u16string_view kInvalidQualifier =
     u"$$$/zephmetadata/DefinitionsParser/InvalidQualifierTag=invalid qualifier tag.";
 constexpr std::u16string_view kInvalidElement =
     u"$$$/zephmetadata/DefinitionsParser/InvalidDefinitionsTag=invalid definitions tag #{quot}@0#{quot}.";
+constexpr std::u16string_view kTooLong =
+    u"$$$/zephmetadata/DefinitionsParser/TooLong=attribute #{quot}@0#{quot} is too long; it counts as missing.";
 constexpr std::u16string_view kInvalidExtends =
     u"$$$/zephmetadata/ParseEntryDefinition/InvalidExtendType=Entry must extend valid primitive type";
+
+/// The attributes whose values stand for something wherever it is meant, in paths, records and written documents: one that
+/// is long would be multiplied.
+constexpr auto kIdentifiers =
+    std::to_array<std::u16string_view>({u"namespace", u"prefix", u"name", u"type", u"element_type"});
+
+bool IsTooLong(const Attribute& attribute) {
+    return attribute.mValue.size() > zephcore::kMaxNamespaceBytes &&
+           std::find(kIdentifiers.begin(), kIdentifiers.end(), attribute.mLocalName) != kIdentifiers.end();
+}
 
 /// The namespace of the user-interface hints in UTF-16, converted once.
 const UTF16String& HintsNamespace() {
@@ -108,6 +120,10 @@ void DefinitionsParser::StartElementWithNamespace(const UTF16String& name, const
         {u"xmp_qualifier", &DefinitionsParser::StartQualifier},
         {u"xmp_schema", &DefinitionsParser::StartSchema},
     });
+    if (std::any_of(attributes.begin(), attributes.end(), IsTooLong)) {
+        StartElementWithNamespace(name, namespaceURI, localName, WithoutLongIdentifiers(attributes));
+        return;
+    }
     const Reader reader(attributes);
     if (namespaceURI == HintsNamespace()) {
         if (localName == u"separator") {
@@ -126,8 +142,19 @@ void DefinitionsParser::StartElementWithNamespace(const UTF16String& name, const
     }
 }
 
+AttributeList DefinitionsParser::WithoutLongIdentifiers(AttributeList attributes) const {
+    std::erase_if(attributes, [this](const Attribute& attribute) {
+        if (IsTooLong(attribute)) {
+            Report(kTooLong, attribute.mName);
+        }
+        return IsTooLong(attribute);
+    });
+    return attributes;
+}
+
 void DefinitionsParser::StartSchema(const Reader& reader) {
     const auto schema = std::make_shared<SchemaDefinition>();
+    schema->mLine = zephcore::CurrentDocumentLine();
     schema->mNamespace = reader.UTF8(u"namespace");
     schema->mPrefix = reader.UTF8(u"prefix");
     reader.Texts(*schema, UTF8to16(schema->mPrefix));
@@ -217,6 +244,7 @@ void DefinitionsParser::StartQualifier(const Reader& reader) {
 }
 
 void DefinitionsParser::ReadEntry(const Reader& reader, EntryDefinition& entry) {
+    entry.mLine = zephcore::CurrentDocumentLine();
     entry.mType = reader.Optional(u"type");
     entry.mName = reader.UTF8(u"name");
     if (const auto extends = reader.Optional(u"extends")) {
@@ -241,6 +269,7 @@ namespace {
 /// Runs one parse over @p result; true when the document is well-formed.
 template <typename Parse>
 bool RunParser(Definitions& result, const UTF16String& sourceFile, const Parse& parse) {
+    const RecordLimit limit;
     const auto parser = zephcore::GetParser(std::make_unique<DefinitionsParser>(result, sourceFile));
     if (parse(*parser) == 0) {
         return true;

@@ -29,6 +29,8 @@ private:
     void StartQualifier(const Reader& reader);
     void MarkSeparator(const Reader& reader);
 
+    /// The others; each that is left out is reported.
+    zephcore::AttributeList WithoutLongIdentifiers(zephcore::AttributeList attributes) const;
     static void ReadEntry(const Reader& reader, EntryDefinition& entry);
     void Report(std::u16string_view key, const UTF16String& argument = {}) const;
 

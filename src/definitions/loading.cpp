@@ -7,8 +7,10 @@
 #include <string_view>
 #include <utility>
 
+#include "definitions/entry_index.h"
 #include "definitions/registry.h"
 #include "definitions/schema_files.h"
+#include "frame/errors.h"
 #include "zephcore/environment.h"
 #include "zephcore/files.h"
 #include "zephcore/localizer.h"
@@ -100,10 +102,17 @@ bool RegisterAll(const std::vector<sp<Definition>>& definitions, const Register&
     return accepted;
 }
 
-Definitions RegisterDefinitions(Definitions definitions, const UTF16String& file, bool merge) {
+/// Structures that exist take up new fields where @p addedFields is there to tell of them; elsewhere they are duplicates.
+Definitions Register(Definitions definitions, const UTF16String& file, bool merge,
+                     StructureFields* addedFields = nullptr) {
+    const EntryIndexScope indexed;
+    const RecordLimit limit;
     auto& [schemas, types] = definitions;
+    DropNulls(types);
     const auto registerType = [&](const auto& type) {
-        return merge && AddsFieldsAlone(*type) ? AddFields(*type, file) : RegisterTypeDefinition(type, file);
+        DropNulls(type->mFields);
+        return addedFields != nullptr && AddsFieldsAlone(*type) ? AddFields(*type, file, *addedFields)
+                                                                : RegisterTypeDefinition(type, file);
     };
     if (RegisterAll(types, registerType)) {
         CheckFieldTypes(types, file);
@@ -156,18 +165,29 @@ private:
 }  // namespace
 
 Definitions ParseBufferAndRegisterDefinitions(const UTF8String& buffer, const UTF16String& file, bool merge) {
-    return RegisterDefinitions(ParseBufferForDefinitions(buffer, file), file, merge);
+    return Register(ParseBufferForDefinitions(buffer, file), file, merge);
 }
 
 Definitions ParseDocumentAndRegisterDefinitions(const UTF16String& path, bool merge) {
-    return RegisterDefinitions(ParseDocumentForDefinitions(path), path, merge);
+    return Register(ParseDocumentForDefinitions(path), path, merge);
+}
+
+Definitions RegisterDefinitions(const Definitions& parsed, const UTF16String& file, bool merge) {
+    return Register(parsed, file, merge);
+}
+
+Definitions RegisterPackageDefinitions(const Definitions& parsed, const UTF16String& file) {
+    StructureFields addedFields;
+    return Register(parsed, file, true, &addedFields);
 }
 
 LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin) {
     const bool fromPackage = origin == DocumentOrigin::kExtensionPackage;
     Definitions parsed = ParseDocumentForDefinitions(path);
     const SchemaSizes before(parsed.first);
-    LoadedDocument loaded = {RegisterDefinitions(std::move(parsed), path, fromPackage), before.Changed()};
+    LoadedDocument loaded;
+    loaded.mRegistered = Register(std::move(parsed), path, fromPackage, fromPackage ? &loaded.mFields : nullptr);
+    loaded.mNamespaces = before.Changed();
     for (const auto& schema : loaded.mRegistered.first) {
         List(schema);
         SetFilePathForSchema(path, schema);

@@ -13,11 +13,12 @@ enum class DocumentOrigin { kCustomFolder, kExtensionPackage };
 struct LoadedDocument {
     Definitions mRegistered;
     std::vector<UTF8String> mNamespaces;  ///< of the schemas that it registered or added properties to, in order
+    StructureFields mFields;              ///< that it added to structures of other documents
 };
 
 /// Registers what the document at @p path defines, which then belongs to that file, and enters its schemas into the
 /// lists of common and dynamic schemas.
-/// An extension package adds to schemas that exist, a custom folder does not.
+/// An extension package adds to schemas and structures that exist, a custom folder does not.
 LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin);
 
 /// Empties everything that definitions were registered in.

@@ -1,4 +1,5 @@
 #include "definitions/registry.h"
+#include "zephcore/xml.h"
 
 namespace zephmetadata {
 
@@ -22,6 +23,7 @@ void CheckEntryTypes(const UTF8String& prefix, const sp<EntryDefinition>& entry,
     if (!entry || !entry->mType) {
         return;
     }
+    const zephcore::DocumentLineScope line(entry->mLine);
     if (HasElements(PrimitiveTypeOf(*entry))) {
         const auto elementType = entry->mElementType ? entry->mElementType : ElementTypeIdOf(*entry->mType);
         if (elementType && !TypeIdDefinition(*elementType)) {
@@ -53,10 +55,11 @@ bool CheckFieldTypes(const std::vector<sp<TypeDefinition>>& types, const UTF16St
         }
         if (!type->mFields.empty() || !type->mExtends) {
             for (const auto& field : type->mFields) {
-                CheckEntryTypes(field->mPrefix, field, file);
+                CheckEntryTypes(field ? field->mPrefix : UTF8String(), field, file);
             }
             continue;
         }
+        const zephcore::DocumentLineScope line(type->mLine);
         const UTF8String elementType = type->mElementType.value_or(UTF8String());
         if (HasElements(type->mExtends) && !TypeIdDefinition(elementType)) {
             ReportRegistration(kInvalidElementTypeInType, {type->mName, elementType}, file);

@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <unordered_set>
 
+#include "definitions/entry_index.h"
 #include "frame/errors.h"
 #include "frame/initialization.h"
 #include "xmp/core/toolkit.h"
 #include "xmp/core/xmp_paths.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
+#include "zephcore/xml.h"
 
 namespace zephmetadata {
 
@@ -38,11 +41,14 @@ constexpr std::u16string_view kTypeElementTypeDefaulted =
     u"$$$/zephmetadata/ErrorInArrayOrChoice/InvalidElementTypeInTypeChangedToDefault=invalid element type for type "
     u"#{quot}@0#{quot} is changed to default type 'text'.";
 
-bool RegisterNamespace(const UTF8String& namespaceURI, const UTF8String& prefix, const UTF16String& file) {
-    if (toolkit::RegisterNamespace(namespaceURI, prefix)) {
+/// Of a schema or a field.
+template <typename Definition>
+bool RegisterNamespace(const Definition& definition, const UTF16String& file) {
+    if (toolkit::RegisterNamespace(definition.mNamespace, definition.mPrefix)) {
         return true;
     }
-    ReportRegistration(kNamespaceRefused, {namespaceURI, prefix}, file);
+    const zephcore::DocumentLineScope line(definition.mLine);
+    ReportRegistration(kNamespaceRefused, {definition.mNamespace, definition.mPrefix}, file);
     return false;
 }
 
@@ -69,43 +75,25 @@ std::vector<sp<Definition>> Registered(const std::map<UTF8String, sp<Definition>
     return definitions;
 }
 
-/// Takes in what has been added to @p entries.
-template <typename Entry>
-void Update(EntryNames& names, const std::vector<sp<Entry>>& entries) {
-    if (entries.size() < names.mEntries) {
-        names = {};
-    }
-    for (; names.mEntries < entries.size(); ++names.mEntries) {
-        names.mNames.insert(entries[names.mEntries]->mName);
-    }
-}
-
-/// The names in a schema or structure, kept where a MergingScope is, else made in @p unkept.
-template <typename Entry>
-EntryNames& NamesOf(const std::vector<sp<Entry>>& entries, EntryNames& unkept) {
-    auto& index = Registry().mMergeIndex;
-    EntryNames& names = index ? (*index)[&entries] : unkept;
-    Update(names, entries);
-    return names;
-}
-
 /// Adds the properties that @p registered does not have yet.
 void MergeProperties(const SchemaDefinition& added, SchemaDefinition& registered, const UTF16String& file) {
-    EntryNames unkept;
-    EntryNames& names = NamesOf(registered.mProperties, unkept);
+    const EntryIndexScope indexed;
     for (const auto& property : added.mProperties) {
-        if (names.mNames.contains(property->mName)) {
+        if (FindEntry(registered.mProperties, property->mName)) {
+            const zephcore::DocumentLineScope line(property->mLine);
             ReportRegistration(kDuplicateProperty, {added.mNamespace, property->mName}, file);
             continue;
         }
         registered.mProperties.push_back(property);
-        Update(names, registered.mProperties);
         NormalizeEntryTypes(*property, registered.mPrefix, file);
     }
 }
 
 void NormalizeType(TypeDefinition& type, const UTF16String& file) {
     type.mType = type.mName;
+    DropNulls(type.mFields);
+    DropNulls(type.mChoices);
+    DropNulls(type.mQualifiers);
     const bool hasElements =
         type.mExtends && (PrimitiveTypeIsChoice(*type.mExtends) || PrimitiveTypeIsArray(*type.mExtends));
     if (type.mFields.empty() && hasElements && !type.mElementType) {
@@ -132,6 +120,9 @@ void ReportRegistration(std::u16string_view key, std::initializer_list<UTF8Strin
 }
 
 void NormalizeEntryTypes(EntryDefinition& entry, const UTF8String& prefix, const UTF16String& file) {
+    const zephcore::DocumentLineScope line(entry.mLine);
+    DropNulls(entry.mChoices);
+    DropNulls(entry.mQualifiers);
     if (!entry.mType) {
         entry.mType = kTypeText;
         ReportRegistration(kEntryTypeDefaulted, {prefix, entry.mName}, file);
@@ -153,6 +144,8 @@ bool RegisterSchemaDefinition(const sp<SchemaDefinition>& schema, const UTF16Str
     if (!schema || !IsInitialized()) {
         return false;
     }
+    const zephcore::DocumentLineScope line(schema->mLine);
+    DropNulls(schema->mProperties);
     const sp<SchemaDefinition> registered = NamespaceDefinition(schema->mNamespace);
     if (registered && merge) {
         MergeProperties(*schema, *registered, file);
@@ -163,7 +156,7 @@ bool RegisterSchemaDefinition(const sp<SchemaDefinition>& schema, const UTF16Str
         return false;
     }
     Registry().mSchemas[schema->mNamespace] = schema;
-    RegisterNamespace(schema->mNamespace, schema->mPrefix, file);
+    RegisterNamespace(*schema, file);
     for (const auto& property : schema->mProperties) {
         NormalizeEntryTypes(*property, schema->mPrefix, file);
     }
@@ -175,21 +168,21 @@ bool AddsFieldsAlone(const TypeDefinition& added) {
     if (!registered || registered->mFields.empty() || added.mFields.empty()) {
         return false;
     }
-    EntryNames unkept;
-    const EntryNames& names = NamesOf(registered->mFields, unkept);
+    const EntryIndexScope indexed;
     std::unordered_set<UTF8String> seen;
     return std::all_of(added.mFields.begin(), added.mFields.end(), [&](const sp<FieldDefinition>& field) {
-        return !names.mNames.contains(field->mName) && seen.insert(field->mName).second;
+        return !FindEntry(registered->mFields, field->mName) && seen.insert(field->mName).second;
     });
 }
 
-bool AddFields(const TypeDefinition& added, const UTF16String& file) {
+bool AddFields(const TypeDefinition& added, const UTF16String& file, StructureFields& fields) {
     const sp<TypeDefinition> registered = TypeIdDefinition(added.mName);
     bool accepted = true;
     for (const auto& field : added.mFields) {
-        if (RegisterNamespace(field->mNamespace, field->mPrefix, file)) {
+        if (RegisterNamespace(*field, file)) {
             NormalizeEntryTypes(*field, field->mPrefix, file);
             registered->mFields.push_back(field);
+            fields.emplace_back(added.mName, field);
         } else {
             accepted = false;
         }
@@ -201,6 +194,7 @@ bool RegisterTypeDefinition(const sp<TypeDefinition>& type, const UTF16String& f
     if (!type || !IsInitialized()) {
         return false;
     }
+    const zephcore::DocumentLineScope line(type->mLine);
     if (TypeIdDefinition(type->mName)) {
         ReportRegistration(kDuplicateType, {type->mName}, file);
         return false;
@@ -209,7 +203,7 @@ bool RegisterTypeDefinition(const sp<TypeDefinition>& type, const UTF16String& f
     NormalizeType(*type, file);
     bool accepted = true;
     for (const auto& field : type->mFields) {
-        accepted = RegisterNamespace(field->mNamespace, field->mPrefix, file) && accepted;
+        accepted = RegisterNamespace(*field, file) && accepted;
     }
     if (!accepted) {
         Registry().mTypes[type->mName] = nullptr;

@@ -13,6 +13,9 @@ constexpr auto kPrimitiveIds = std::to_array<std::string_view>(
     {"integer", "real", "text", "boolean", "openchoice", "closedchoice", "bag", "seq", "alt"});
 static_assert(kPrimitiveIds.size() == static_cast<std::size_t>(kPrimitiveType_Alt) + 1);
 
+/// How far choices of choices are followed: documents can make a type its own element type, at any number of removes.
+constexpr std::size_t kMaxElementTypeDepth = 100;
+
 bool HasElements(PrimitiveType type) {
     return PrimitiveTypeIsChoice(type) || PrimitiveTypeIsArray(type);
 }
@@ -65,22 +68,22 @@ std::optional<PrimitiveType> PrimitiveTypeOf(const TypeDefinition& type) {
 }
 
 bool IsSimpleType(const UTF8String& typeId) {
-    const auto primitive = PrimitiveTypeOf(typeId);
-    if (!primitive) {
-        return false;
+    UTF8String id = typeId;
+    for (std::size_t depth = 0; depth < kMaxElementTypeDepth; ++depth) {
+        const auto primitive = PrimitiveTypeOf(id);
+        if (!primitive || !PrimitiveTypeIsChoice(*primitive)) {
+            return primitive && PrimitiveTypeIsSimple(*primitive);
+        }
+        const sp<TypeDefinition> type = TypeIdDefinition(id);
+        if (!type || !type->mExtends) {
+            return type != nullptr;  // the primitive choices themselves
+        }
+        if (!type->mElementType) {
+            return false;
+        }
+        id = *type->mElementType;
     }
-    if (!PrimitiveTypeIsChoice(*primitive)) {
-        return PrimitiveTypeIsSimple(*primitive);
-    }
-    const sp<TypeDefinition> type = TypeIdDefinition(typeId);
-    if (!type) {
-        return false;
-    }
-    if (!type->mExtends) {
-        return true;  // the primitive choices themselves
-    }
-    // A document can make a choice type its own element type.
-    return type->mElementType && *type->mElementType != typeId && IsSimpleType(*type->mElementType);
+    return false;
 }
 
 bool IsSimpleType(const TypeDefinition& type) {

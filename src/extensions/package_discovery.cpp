@@ -59,7 +59,7 @@ void PackageDiscovery::AddFolder(const UTF16String& path) {
     }
     ExtensionManifestParser::ManifestInfo info;
     if (PackageFolder(path).MayRead(manifest, kKind) && ParseExtensionManifestFromDocument(manifest.FullPath(), info)) {
-        Add({path, info.name, VersionNumber(info.version), info.locFilePrefix, {}, {}});
+        Add({path, info.name, VersionNumber(info.version), info.locFilePrefix, {}, {}, {}});
     }
 }
 

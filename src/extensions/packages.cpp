@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
+#include "definitions/entry_index.h"
 #include "definitions/loading.h"
-#include "definitions/registry.h"
 #include "extensions/package_discovery.h"
 #include "extensions/package_folder.h"
 #include "frame/errors.h"
@@ -88,7 +88,9 @@ bool LoadDocuments(const PackageFolder& folder, std::u16string_view subfolder, E
 bool LoadSchemas(ExtensionPackage& package, const PackageFolder& folder) {
     std::set<UTF8String> seen;
     return LoadDocuments(folder, u"schema", ErrorKind::DefinitionParsingError, [&](const UTF16String& path) {
-        for (UTF8String& schema : LoadDefinitionsDocument(path, DocumentOrigin::kExtensionPackage).mNamespaces) {
+        LoadedDocument loaded = LoadDefinitionsDocument(path, DocumentOrigin::kExtensionPackage);
+        package.fields.insert(package.fields.end(), loaded.mFields.begin(), loaded.mFields.end());
+        for (UTF8String& schema : loaded.mNamespaces) {
             if (seen.insert(schema).second) {
                 package.schemas.push_back(std::move(schema));
             }
@@ -98,6 +100,7 @@ bool LoadSchemas(ExtensionPackage& package, const PackageFolder& folder) {
 
 bool LoadViews(ExtensionPackage& package, const PackageFolder& folder) {
     return LoadDocuments(folder, u"view", ErrorKind::ViewDefinitionParsingError, [&](const UTF16String& path) {
+        const RecordLimit limit;
         for (const sp<ViewDefinition>& view : ParseViewDefinitionsFromDocument(path)) {
             if (AddViewDefinition(view, path)) {
                 package.views.push_back(view->mName);
@@ -124,7 +127,7 @@ void LoadExtensionPackages() {
     discovery.Search(CustomExtensionsGlobalDirectory());
     discovery.Search(CustomExtensionsUserDirectory());
     Loaded() = discovery.Take();
-    const MergingScope merging;
+    const EntryIndexScope indexed;  // many documents may add to one schema
     for (ExtensionPackage& package : Loaded()) {
         LoadPackage(package);
     }

@@ -1,8 +1,9 @@
 #include "extensions/panel_schemas.h"
 
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
+
+#include "definitions/entry_index.h"
 
 namespace zephmetadata {
 
@@ -15,13 +16,9 @@ Properties NewProperties(const SchemaDefinition& schema) {
     if (!registered) {
         return schema.mProperties;
     }
-    std::unordered_set<UTF8String> known;
-    for (const auto& property : registered->mProperties) {
-        known.insert(property->mName);
-    }
     Properties properties;
     for (const auto& property : schema.mProperties) {
-        if (property->mName.find('/') == UTF8String::npos && !known.contains(property->mName)) {
+        if (property->mName.find('/') == UTF8String::npos && !FindEntry(registered->mProperties, property->mName)) {
             properties.push_back(property);
         }
     }
@@ -46,6 +43,7 @@ Properties WithoutNamesakes(const Properties& properties) {
 }  // namespace
 
 std::vector<sp<SchemaDefinition>> NewSchemas(const std::vector<sp<SchemaDefinition>>& schemas) {
+    const EntryIndexScope indexed;
     std::vector<sp<SchemaDefinition>> added;
     std::unordered_map<UTF8String, sp<SchemaDefinition>> byNamespace;
     for (const auto& schema : schemas) {

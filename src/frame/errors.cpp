@@ -4,6 +4,7 @@
 #include <deque>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "frame/callback_list.h"
 #include "zephcore/localizer.h"
@@ -40,10 +41,30 @@ Errors& State() {
 
 thread_local ErrorScope* innermostScope = nullptr;
 
+constexpr std::u16string_view kMoreProblems =
+    u"$$$/zephmetadata/MoreProblems=there are more problems, which are not listed.";
+
+/// Far more than a message with some names in it; documents may have names of any length.
+constexpr std::size_t kMostMessageUnits = 4096;
+
+/// The innermost limit of this thread.
+RecordLimit*& CurrentLimit() {
+    thread_local RecordLimit* limit = nullptr;
+    return limit;
+}
+
+UTF16String Shortened(const UTF16String& text) {
+    if (text.size() <= kMostMessageUnits) {
+        return text;
+    }
+    const bool splitsPair = (text[kMostMessageUnits - 1] & 0xFC00U) == 0xD800U;
+    return text.substr(0, kMostMessageUnits - (splitsPair ? 1 : 0)) + u"\u2026";
+}
+
 UTF16String FullMessage(ErrorKind kind, const UTF16String& detail) {
     const auto index = static_cast<std::size_t>(kind);
     const std::u16string_view prefix = index < kPrefixes.size() ? kPrefixes[index] : u"@0";
-    return zephcore::ZString(prefix, {detail});
+    return zephcore::ZString(prefix, {Shortened(detail)});
 }
 
 void Keep(ErrorInfo info) {
@@ -75,8 +96,19 @@ ErrorScope::~ErrorScope() {
     innermostScope = mOuter;
 }
 
+RecordLimit::RecordLimit() : mBefore(std::exchange(CurrentLimit(), this)) {}
+
+RecordLimit::~RecordLimit() {
+    CurrentLimit() = mBefore;
+}
+
 void SendError(ErrorKind kind, const UTF16String& detail, const UTF16String& context) {
-    const UTF16String message = FullMessage(kind, detail);
+    const std::size_t records = CurrentLimit() == nullptr ? 0 : CurrentLimit()->Count();
+    if (records > RecordLimit::kMostRecords) {
+        return;
+    }
+    const bool isLast = records == RecordLimit::kMostRecords;
+    const UTF16String message = FullMessage(kind, isLast ? zephcore::ZString(kMoreProblems) : detail);
     ErrorInfo info{kind, message, context, zephcore::CurrentDocumentLine()};
     if (!ErrorReporter::ToScope(info)) {
         Keep(std::move(info));

@@ -4,19 +4,11 @@
 namespace zephmetadata {
 
 UTF8String GetXMPCoreVersion() {
-    static UTF8String version;
-    if (version.empty()) {
-        version = toolkit::CoreVersion();
-    }
-    return version;
+    return toolkit::CoreVersion();  // remembers it, under a lock
 }
 
 UTF8String GetXMPFilesVersion() {
-    static UTF8String version;
-    if (version.empty()) {
-        version = toolkit::FilesVersion();
-    }
-    return version;
+    return toolkit::FilesVersion();
 }
 
 UTF8String GetLibraryVersion() {

@@ -2,6 +2,7 @@
 #include <array>
 #include <string_view>
 
+#include "definitions/entry_index.h"
 #include "zephcore/text.h"
 #include "zephcore/xml.h"
 #include "zephmetadata/paths.h"
@@ -26,8 +27,9 @@ static_assert(kFieldElements.size() == static_cast<std::size_t>(Field::kParentId
 /// is held at a time is the one path that is being read, besides the result.
 class MetadataPrefsXMLHandler : public zephcore::AbstractParseHandler {
 public:
-    /// @p paths is filled and has to outlive the parse.
-    explicit MetadataPrefsXMLHandler(std::set<Path>* paths) : mPaths(paths) {}
+    /// @p paths, and @p findings where it is given, are filled and have to outlive the parse.
+    explicit MetadataPrefsXMLHandler(std::set<Path>* paths, std::vector<LeafPathFinding>* findings = nullptr)
+        : mPaths(paths), mFindings(findings) {}
 
     void StartElement(const UTF16String& name, const zephcore::AttributeMap& /*attributes*/) override {
         if (name == kPathElement) {
@@ -46,8 +48,13 @@ public:
             return;
         }
         const Path path = ReadPath();
-        if (PathEntryDefinition(path) && boost::empty(ChildPaths(path))) {
-            mPaths->insert(path);
+        mTexts = {};  // a path round this one does not have them again
+        if (!PathEntryDefinition(path)) {
+            PassOver(path, LeafPathProblem::kUndefined);
+        } else if (!boost::empty(ChildPaths(path))) {
+            PassOver(path, LeafPathProblem::kNotALeaf);
+        } else if (!mPaths->insert(path).second) {
+            PassOver(path, LeafPathProblem::kRepeated);
         }
     }
 
@@ -69,7 +76,14 @@ private:
                 .mParentId = UTF8(Field::kParentId)};
     }
 
+    void PassOver(const Path& path, LeafPathProblem problem) {
+        if (mFindings != nullptr) {
+            mFindings->push_back({problem, path, zephcore::CurrentDocumentLine()});
+        }
+    }
+
     std::set<Path>* mPaths;
+    std::vector<LeafPathFinding>* mFindings;
     std::array<UTF16String, kFieldElements.size()> mTexts;
     UTF16String* mCurrent = nullptr;
 };
@@ -78,6 +92,7 @@ private:
 template <typename Parse>
 bool ReadPaths(std::set<Path>& paths, const Parse& parse) {
     try {
+        const EntryIndexScope indexed;
         std::set<Path> read;
         const auto parser = zephcore::GetParser(std::make_unique<MetadataPrefsXMLHandler>(&read));
         if (parse(*parser) != 0) {
@@ -123,6 +138,17 @@ bool ReadIncludedLeafPathsAsXMLString(std::set<Path>& paths, const UTF8String& d
 
 bool ReadIncludedLeafPathsAsXMLFile(std::set<Path>& paths, const UTF16String& file) {
     return ReadPaths(paths, [&](zephcore::AbstractDocParser& parser) { return parser.ParseFile(file); });
+}
+
+std::vector<LeafPathFinding> CheckIncludedLeafPathsFile(const UTF16String& file) {
+    const EntryIndexScope indexed;
+    std::set<Path> paths;
+    std::vector<LeafPathFinding> findings;
+    const auto parser = zephcore::GetParser(std::make_unique<MetadataPrefsXMLHandler>(&paths, &findings));
+    if (parser->ParseFile(file) != 0) {
+        findings.push_back({LeafPathProblem::kInvalidXML, {}, parser->ErrorLine()});
+    }
+    return findings;
 }
 
 }  // namespace zephmetadata

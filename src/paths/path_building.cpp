@@ -1,5 +1,4 @@
-#include <algorithm>
-
+#include "definitions/entry_index.h"
 #include "xmp/core/toolkit.h"
 #include "zephcore/text.h"
 #include "zephmetadata/paths.h"
@@ -97,13 +96,7 @@ Path CreatePathFromElementType(const Path& path, const sp<EntryDefinition>& entr
 
 Path PathForSchemaNameAndPropertyName(UTF8String namespaceURI, UTF8String propertyName) {
     const sp<SchemaDefinition> schema = NamespaceDefinition(namespaceURI);
-    if (!schema) {
-        return {};
-    }
-    const auto& properties = schema->mProperties;
-    const auto found = std::find_if(properties.begin(), properties.end(),
-                                    [&](const auto& property) { return property->mName == propertyName; });
-    return found == properties.end() ? Path() : CreatePathFromSchemaProperty(schema, *found);
+    return schema ? CreatePathFromSchemaProperty(schema, FindEntry(schema->mProperties, propertyName)) : Path();
 }
 
 Path PathForSchemaNameAndPropertyName(UTF16String namespaceURI, UTF16String propertyName) {

@@ -16,6 +16,10 @@ using PathIterator = boost::range_iterator<PolyRange<Path>>::type;
 /// No structure of any standard comes near this depth; definitions may refer to themselves.
 constexpr std::size_t kMaxHierarchyDepth = 32;
 
+/// How many nodes below the top of a walk are stood upon before structures are no longer entered. Structures that refer to
+/// each other have factorially many; no schema of any standard has a tenth of this.
+constexpr std::size_t kMaxNestedNodes = 20000;
+
 /// Makes the child of a given number, so that a range over the numbers computes its paths as it is walked.
 struct FieldChild {
     Path mParent;
@@ -27,8 +31,12 @@ struct FieldChild {
             return {};
         }
         const sp<FieldDefinition>& field = mType->mFields[index];
-        return mArrayed ? CreatePathFromArrayedStructureField(mParent, field)
-                        : CreatePathFromStructureField(mParent, field);
+        try {
+            return mArrayed ? CreatePathFromArrayedStructureField(mParent, field)
+                            : CreatePathFromStructureField(mParent, field);
+        } catch (const XMPError&) {
+            return {};  // as for a field that is not arrayed: who walks has no use for the reason
+        }
     }
 };
 
@@ -83,8 +91,10 @@ private:
         if (mStack.empty() || mStack.back().mCurrent == mStack.back().mEnd) {
             return;
         }
+        mNestedNodes += mStack.size() > 1 ? 1 : 0;
         const PolyRange<Path> children = ChildPaths(*mStack.back().mCurrent);
-        if (!boost::empty(children) && mStack.size() < kMaxHierarchyDepth && !IsInsideItself()) {
+        if (!boost::empty(children) && mStack.size() < kMaxHierarchyDepth && mNestedNodes < kMaxNestedNodes &&
+            !IsInsideItself()) {
             mStack.push_back({boost::begin(children), boost::end(children)});
             return;
         }
@@ -107,6 +117,7 @@ private:
     }
 
     std::vector<Level> mStack;
+    std::size_t mNestedNodes = 0;
 };
 
 PolyRange<Path> Leaves(const PolyRange<Path>& children) {

@@ -70,7 +70,7 @@ Path Undefined(const Path& parent, UTF8String description) {
 template <typename Definition>
 sp<Definition> FindQualified(const std::vector<sp<Definition>>& definitions, const Name& name) {
     const auto found = std::find_if(definitions.begin(), definitions.end(), [&](const auto& definition) {
-        return definition->mName == name.mLocal &&
+        return definition && definition->mName == name.mLocal &&
                (definition->mNamespace.empty() || definition->mNamespace == name.mNamespace);
     });
     return found == definitions.end() ? nullptr : *found;
@@ -121,8 +121,9 @@ std::optional<UTF8String> ItemSelector(std::string_view text) {
     }
     int index = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), index);
-    if (error == std::errc() && end == text.data() + text.size() && index > 0) {
-        return std::to_string(index);
+    const bool isNumber = error == std::errc() && end == text.data() + text.size();
+    if (isNumber && index > 0 && !text.starts_with('0')) {  // an item has one expression
+        return UTF8String(text);
     }
     constexpr std::string_view kLanguage = "?xml:lang=\"";
     const bool isLanguage = text.starts_with(kLanguage) && text.size() > kLanguage.size() + 1 && text.ends_with('"');

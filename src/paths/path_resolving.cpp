@@ -1,18 +1,10 @@
-#include <algorithm>
-
+#include "definitions/entry_index.h"
 #include "zephcore/text.h"
 #include "zephmetadata/paths.h"
 
 namespace zephmetadata {
 
 namespace {
-
-template <typename Definition>
-sp<Definition> FindByName(const std::vector<sp<Definition>>& definitions, const UTF8String& name) {
-    const auto found = std::find_if(definitions.begin(), definitions.end(),
-                                    [&](const auto& definition) { return definition->mName == name; });
-    return found == definitions.end() ? nullptr : *found;
-}
 
 /// The property of a schema that lists none: whatever stands in the metadata is text.
 sp<PropertyDefinition> DynamicProperty(const UTF8String& name) {
@@ -32,12 +24,12 @@ sp<EntryDefinition> PathEntryDefinition(const Path& path) {
         if (schema->mDynamic) {
             return DynamicProperty(path.mEntryName);
         }
-        if (const auto property = FindByName(schema->mProperties, path.mEntryName)) {
+        if (const auto property = FindEntry(schema->mProperties, path.mEntryName)) {
             return property;
         }
     }
     if (const sp<TypeDefinition> type = TypeIdDefinition(path.mParentId)) {
-        if (const auto field = FindByName(type->mFields, path.mEntryName)) {
+        if (const auto field = FindEntry(type->mFields, path.mEntryName)) {
             return field;
         }
     }

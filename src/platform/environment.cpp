@@ -11,6 +11,8 @@ namespace zephcore {
 
 namespace {
 
+constexpr std::string_view kEnglish = "en_US";
+
 struct ClientName {
     std::mutex mMutex;
     UTF16String mName = u"zephmetadata";
@@ -41,11 +43,11 @@ std::string EnvironmentLocale(std::initializer_list<const char*> variables) {
         std::string_view code = value == nullptr ? "" : value;
         // language[_territory][.encoding][@modifier]
         code = code.substr(0, code.find_first_of(".@"));
-        if (!code.empty() && code != "C" && code != "POSIX") {
-            return std::string(code);
+        if (!code.empty()) {
+            return std::string(code == "C" || code == "POSIX" ? kEnglish : code);
         }
     }
-    return "en_US";
+    return std::string(kEnglish);
 }
 
 UTF16String Locale::ApplicationLangauge() {

@@ -201,7 +201,9 @@ void ExpatEvents::OnStart(const char* name, const char** attributes) {
     while (attributes[2 * count] != nullptr) {
         ++count;
     }
-    if (++mDepth > kMaxElementDepth || count > kMaxAttributes || (mHasDocumentType && RefersToUnknownEntity())) {
+    mNodes += 1 + count;
+    if (++mDepth > kMaxElementDepth || count > kMaxAttributes || mNodes > kMaxNodes ||
+        (mHasDocumentType && RefersToUnknownEntity())) {
         Stop();
         return;
     }

@@ -66,6 +66,7 @@ private:
     std::string mText;  ///< of the current text run, not yet delivered
     std::size_t mTextLine = 0;
     std::size_t mDepth = 0;
+    std::size_t mNodes = 0;
     std::int64_t mFedBytes = 0;
     std::int64_t mTokenStart = 0;  ///< byte offset of the first token that Expat has not completed
     bool mHasDocumentType = false;

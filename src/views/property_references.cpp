@@ -1,8 +1,8 @@
 #include "views/property_references.h"
 
-#include <algorithm>
 #include <utility>
 
+#include "definitions/entry_index.h"
 #include "frame/errors.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
@@ -74,11 +74,8 @@ Path PropertyReferences::Field(const UTF16String& value, std::u16string_view str
         return {};
     }
     if (const sp<TypeDefinition> type = TypeEntryDefinition(parent)) {
-        const auto found = std::find_if(type->mFields.begin(), type->mFields.end(), [&](const auto& candidate) {
-            return candidate->mName == fieldName->mLocalName && candidate->mNamespace == fieldName->mURI;
-        });
-        if (found != type->mFields.end()) {
-            return CreatePathFromStructureField(parent, *found);
+        if (const auto definition = FindField(type->mFields, fieldName->mURI, fieldName->mLocalName)) {
+            return CreatePathFromStructureField(parent, definition);
         }
     }
     Report(kInvalidField, value);

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 #include "frame/errors.h"
 #include "zephcore/environment.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
+#include "zephcore/xml.h"
 
 namespace zephmetadata {
 
@@ -18,7 +20,8 @@ constexpr std::u16string_view kDuplicate =
 
 struct Views {
     std::vector<sp<ViewDefinition>> mInOrder;
-    std::map<UTF8String, sp<ViewDefinition>> mByName;
+    /// By the names under which they were registered: hosts share the views and may rename them.
+    std::unordered_map<UTF8String, sp<ViewDefinition>> mByFirstName;
 };
 
 Views& Registered() {
@@ -40,11 +43,14 @@ bool AddViewDefinition(sp<ViewDefinition> view, const UTF16String& source) {
     if (!view) {
         return false;
     }
-    if (!Registered().mByName.emplace(view->mName, view).second) {
+    sp<ViewDefinition>& named = Registered().mByFirstName[view->mName];
+    if (named && named->mName == view->mName) {
+        const zephcore::DocumentLineScope line(view->mLine);
         SendError(ErrorKind::ViewDefinitionRegistrationError,
                   zephcore::ZString(kDuplicate, {zephcore::UTF8to16(view->mName)}), source);
         return false;
     }
+    named = view;
     Registered().mInOrder.push_back(std::move(view));
     return true;
 }
@@ -68,21 +74,23 @@ void LoadBuiltInViews() {
 }
 
 sp<ViewDefinition> GetViewDefinitionForName(const UTF8String& name) {
-    const auto found = Registered().mByName.find(name);
-    return found == Registered().mByName.end() ? nullptr : found->second;
+    const auto& views = Registered().mInOrder;
+    const auto found =
+        std::find_if(views.begin(), views.end(), [&](const sp<ViewDefinition>& view) { return view->mName == name; });
+    return found == views.end() ? nullptr : *found;
 }
 
 PolyRange<sp<ViewDefinition>> CommonViewDefinitions() {
     return Registered().mInOrder;
 }
 
-void BuildView(const sp<ViewDefinition>& view, ViewBuilderInterface& builder) {
+void BuildView(sp<ViewDefinition> view, ViewBuilderInterface& builder) {  // kept alive meanwhile
     if (!view) {
         return;
     }
-    builder.BeginView(
-        {view->mName, view->mLabel, view->mDescription, view->mItems.size(), view->mPruneEmptyProperties});
-    for (const sp<ViewItem>& item : view->mItems) {
+    const std::vector<sp<ViewItem>> items = view->mItems;
+    builder.BeginView({view->mName, view->mLabel, view->mDescription, items.size(), view->mPruneEmptyProperties});
+    for (const sp<ViewItem>& item : items) {
         builder.AddViewItem(item);
     }
     builder.EndView(*view);

@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "definitions/entry_index.h"
+#include "frame/errors.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 
@@ -166,6 +168,7 @@ void ViewDefinitionsHandler::RefuseRoot(const Element& /*element*/) {
 void ViewDefinitionsHandler::BeginView(const Element& element) {
     mParents = {};  // those of a view that was given up
     mView = std::make_shared<ViewDefinition>();
+    mView->mLine = zephcore::CurrentDocumentLine();
     mView->mName = AttributeText(element.mAttributes, u"name");
     mView->mLabel = AttributeText(element.mAttributes, u"label");
     mView->mDescription = AttributeText(element.mAttributes, u"description");
@@ -322,6 +325,8 @@ namespace {
 
 template <typename Parse>
 std::vector<sp<ViewDefinition>> RunParser(const UTF16String& sourceName, const Parse& parse) {
+    const EntryIndexScope indexed;
+    const RecordLimit limit;
     std::vector<sp<ViewDefinition>> results;
     const auto parser = zephcore::GetParser(std::make_unique<ViewDefinitionsHandler>(results, sourceName));
     if (parse(*parser) != 0) {

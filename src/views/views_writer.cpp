@@ -1,10 +1,10 @@
-#include <algorithm>
 #include <map>
 #include <optional>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
 
+#include "definitions/entry_index.h"
 #include "frame/xml_writer.h"
 #include "xmp/core/xmp_paths.h"
 #include "zephcore/files.h"
@@ -39,11 +39,8 @@ Prefixes PrefixesOf(const Schemas& schemas) {
     return prefixes;
 }
 
-bool HaveSameTexts(const EntryDefinition& left, const EntryDefinition& right) {
-    return left.mLabelZString == right.mLabelZString && left.mDescriptionZString == right.mDescriptionZString;
-}
-
-/// The properties of some schemas by name, those of one name in the order of the schemas.
+/// The properties of some schemas by name. Of namesakes it knows the first, and the first that differs from that one:
+/// whatever differs from a third property is one of them.
 class PropertyIndex {
 public:
     explicit PropertyIndex(const Schemas& schemas) {
@@ -54,34 +51,37 @@ public:
         }
     }
 
-    /// The first of the name; null when there is none.
-    sp<PropertyDefinition> Find(const UTF8String& name) const {
-        const auto named = mProperties.find(name);
-        return named == mProperties.end() ? nullptr : named->second.front();
-    }
-
     /// The first of the name that is not the same as @p property; null when there is none.
     sp<PropertyDefinition> FindDifferent(const PropertyDefinition& property) const {
         const auto named = mProperties.find(property.mName);
         if (named == mProperties.end()) {
             return nullptr;
         }
-        const auto found = std::find_if(named->second.begin(), named->second.end(), [&](const auto& candidate) {
-            return candidate->mInternal != property.mInternal || !HaveSameTexts(*candidate, property);
-        });
-        return found == named->second.end() ? nullptr : *found;
+        const auto& [first, second] = named->second;
+        return Differ(*first, property) ? first : second;
     }
 
 private:
+    static bool Differ(const PropertyDefinition& left, const PropertyDefinition& right) {
+        return left.mInternal != right.mInternal || left.mLabelZString != right.mLabelZString ||
+               left.mDescriptionZString != right.mDescriptionZString;
+    }
+
     void Add(const SchemaDefinition& schema) {
         for (const auto& property : schema.mProperties) {
-            if (property) {
-                mProperties[property->mName].push_back(property);
+            if (!property) {
+                continue;
+            }
+            auto& [first, second] = mProperties[property->mName];
+            if (!first) {
+                first = property;
+            } else if (!second && Differ(*first, *property)) {
+                second = property;
             }
         }
     }
 
-    std::unordered_map<UTF8String, std::vector<sp<PropertyDefinition>>> mProperties;
+    std::unordered_map<UTF8String, std::pair<sp<PropertyDefinition>, sp<PropertyDefinition>>> mProperties;
 };
 
 /// Finds the definitions of a registered schema by the names of properties as panels write them: "Name", or
@@ -89,10 +89,10 @@ private:
 class RegisteredEntries {
 public:
     RegisteredEntries(const sp<SchemaDefinition>& schema, const Prefixes& prefixes)
-        : mSchema(schema), mProperties({schema}), mPrefixes(prefixes) {}
+        : mSchema(schema), mPrefixes(prefixes) {}
 
     sp<EntryDefinition> Find(const UTF8String& name) const {
-        const sp<PropertyDefinition> property = mProperties.Find(name);
+        const sp<PropertyDefinition> property = FindEntry(mSchema->mProperties, name);
         return property ? property : FindField(mSchema->mNamespace, name);
     }
 
@@ -110,10 +110,7 @@ private:
         }
         const UTF8String fieldNamespace = NamespaceOf(name.substr(slash + 1, colon - slash - 1));
         const UTF8String fieldName = name.substr(colon + 1);
-        const auto found = std::find_if(type->mFields.begin(), type->mFields.end(), [&](const auto& field) {
-            return field && field->mName == fieldName && field->mNamespace == fieldNamespace;
-        });
-        return found == type->mFields.end() ? nullptr : *found;
+        return zephmetadata::FindField(type->mFields, fieldNamespace, fieldName);
     }
 
     /// As the reader of the view resolves a prefix, else as paths do.
@@ -123,7 +120,6 @@ private:
     }
 
     sp<SchemaDefinition> mSchema;
-    PropertyIndex mProperties;
     const Prefixes& mPrefixes;
 };
 
@@ -182,10 +178,10 @@ private:
             mDocument.BeginChildren();
         }
         const sp<SchemaDefinition> registered = NamespaceDefinition(schema.mNamespace);
-        const auto entries = registered ? std::optional(RegisteredEntries(registered, mPrefixes)) : std::nullopt;
+        const RegisteredEntries entries(registered, mPrefixes);
         for (const auto& property : schema.mProperties) {
             if (property) {
-                WriteEntry(schema.mPrefix, *property, entries);
+                WriteEntry(schema.mPrefix, *property, registered ? &entries : nullptr);
             }
         }
         if (isSection) {
@@ -193,12 +189,12 @@ private:
         }
     }
 
-    void WriteEntry(const UTF8String& prefix, const PropertyDefinition& property,
-                    const std::optional<RegisteredEntries>& registered) {
+    /// @p registered is null for a namespace that is not registered.
+    void WriteEntry(const UTF8String& prefix, const PropertyDefinition& property, const RegisteredEntries* registered) {
         const std::optional<UIAttributes>& hints = property.mUIAttributes;
         if (!hints || !property.mName.empty()) {
             WriteProperty(prefix, property,
-                          registered ? FromRegistered(property, *registered) : FromComparison(property));
+                          registered != nullptr ? FromRegistered(property, *registered) : FromComparison(property));
         }
         if (hints && hints->mSeparator) {
             mDocument.Empty("separator");
@@ -270,6 +266,7 @@ private:
 
 bool WriteViewDefinitionsFileFromSchema(const Schemas& presented, const Schemas& comparison,
                                         const GenericPanelManifestParser::ManifestInfo& info, const UTF16String& path) {
+    const EntryIndexScope indexed;
     XMLWriter document;
     if (!presented.empty()) {
         ViewWriter(document, presented, comparison).Write(info);

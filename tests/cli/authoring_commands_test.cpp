@@ -75,15 +75,32 @@ TEST_F(Authoring, RefusesWhatWouldBreakOrLoseSomething) {
 
 TEST_F(Authoring, TellsTheLineOfEachProblem) {
     Write("definitions.xml",
-          "<xmp_definitions>\n<xmp_schema namespace='urn:a:' prefix='a'>\n<xmp_prop name='x'/>\n</xmp_schema>\n"
-          "</xmp_definitions>\n");
+          "<xmp_definitions>\n<xmp_schema namespace='urn:a:' prefix='a'>\n<xmp_prop name='x'/>\n"
+          "<xmp_property name='y' type='no.such'/>\n</xmp_schema>\n</xmp_definitions>\n");
+    const auto path = [](const std::string& name) {
+        const std::string uri = "http://ns.adobe.com/xap/1.0/mm/";
+        return "<metadata_path><namespace>" + uri + "</namespace><entry_name>" + name + "</entry_name><description>" +
+               name + "</description><parent_id>" + uri + "</parent_id></metadata_path>\n";
+    };
+    Write("paths.xml",
+          "<md.paths>\n" + path("InstanceID") + path("DerivedFrom") + path("nothing") + path("InstanceID"));
+    Write("none.xml", "<?xml version='1.0'?>\n<md.paths version='1.0'>\n</md.paths>\n");
     Write("view.xml",
           "<views xmlns='http://ns.zephmetadata.org/metadata/ui/1.0/'>\n<view/>\n<view name='a'>\n"
           "<property name='dc:title'/>\n</view>\n");
     Write("other.xml", "<html/>");
-    const Outcome outcome = Zephmeta({"check", "definitions.xml", "view.xml", "other.xml", "missing.xml"});
+    const Outcome outcome =
+        Zephmeta({"check", "definitions.xml", "view.xml", "other.xml", "missing.xml", "paths.xml", "none.xml"});
     EXPECT_EQ(outcome.mStatus, 1);
-    EXPECT_EQ(outcome.mOutput, "");
+    EXPECT_EQ(outcome.mOutput, "none.xml: good\n");
+    EXPECT_THAT(outcome.mErrors, HasSubstr("definitions.xml:4: Error registering definition: XMP property \"a:y\" has "
+                                           "an invalid type \"no.such\"."));
+    for (const char* problem :
+         {"paths.xml:3: the path \"xmpMM:DerivedFrom\" has paths below it",
+          "paths.xml:4: the path \"xmpMM:nothing\" is not defined",
+          "paths.xml:5: the path \"xmpMM:InstanceID\" is there before", "paths.xml:6: invalid XML."}) {
+        EXPECT_THAT(outcome.mErrors, HasSubstr(problem));
+    }
     EXPECT_THAT(outcome.mErrors, HasSubstr("definitions.xml:3: Error parsing definitions file: invalid definitions tag "
                                            "\"xmp_prop\". (the elements are xmp_definitions, "));
     EXPECT_THAT(outcome.mErrors, HasSubstr("view.xml:2: Error parsing view definitions file: <view> tag needs a name "

@@ -52,13 +52,14 @@ TEST_F(PackagesCommand, ListWhatEachBroughtAndWhatIsWrong) {
               "<view name='com.corvid.xmp.view.gps'/></views>");
     WriteUser("a/schema/s.xml",
               "<xmp_definitions><xmp_schema namespace='http://purl.org/dc/elements/1.1/' prefix='dc'>"
-              "<xmp_property name='subtitle' type='text' category='external'/></xmp_schema></xmp_definitions>");
+              "<xmp_property name='subtitle' type='text' category='external'/></xmp_schema><xmp_type name='dimensions'>"
+              "<xmp_field namespace='urn:d:' prefix='depth' name='d' type='real'/></xmp_type></xmp_definitions>");
     WriteUser("b/readme", "");
     const Outcome text = Run({"packages"});
     EXPECT_EQ(text.mStatus, 0);
     EXPECT_EQ(text.mOutput, "A B  2024.1  " + User("a").string() +
-                                "\n  1 schema\n    dc  http://purl.org/dc/elements/1.1/\n  1 view\n    org.test.a  1 "
-                                "item\n");
+                                "\n  1 schema\n    dc  http://purl.org/dc/elements/1.1/\n  1 field of a structure\n    "
+                                "dimensions  depth:d\n  1 view\n    org.test.a  1 item\n");
     const std::string noManifest = "Error parsing manifest file: manifest file is missing from extension package.";
     const std::string noFolder =
         "Error parsing manifest file: localization directory is missing from extension package.";
@@ -66,12 +67,16 @@ TEST_F(PackagesCommand, ListWhatEachBroughtAndWhatIsWrong) {
     EXPECT_THAT(text.mErrors, HasSubstr(User("a/loc").string() + ": " + noFolder + "\n"));
 
     const Json json = Packages();
-    EXPECT_EQ(json["packages"], Json({{{"name", "A B"},
-                                       {"version", 2024.1},
-                                       {"path", User("a").string()},
-                                       {"locFilePrefix", "a"},
-                                       {"schemas", {"http://purl.org/dc/elements/1.1/"}},
-                                       {"views", {"org.test.a"}}}}));
+    EXPECT_EQ(
+        json["packages"],
+        Json({{{"name", "A B"},
+               {"version", 2024.1},
+               {"path", User("a").string()},
+               {"locFilePrefix", "a"},
+               {"schemas", {"http://purl.org/dc/elements/1.1/"}},
+               {"fields",
+                Json::array({{{"type", "dimensions"}, {"namespace", "urn:d:"}, {"prefix", "depth"}, {"name", "d"}}})},
+               {"views", {"org.test.a"}}}}));
     EXPECT_EQ(
         json["problems"],
         Json({{{"kind", "ExtensionManifestParsingError"},
@@ -165,8 +170,15 @@ TEST_F(PackagesCommand, CheckReadsDocumentsAsPartsOfTheirPackage) {
         "<property name='t:b'/></view></views>";
     WriteUser("p/view/1.xml", view);
     WriteUser("p/view/2.xml", view);
+    WriteUser("q/manifest.xml", std::string(kManifest) + "name='Q' version='1'/>");
+    WriteUser("q/schema/1.xml",
+              "<xmp_definitions><xmp_schema namespace='http://test/q/' prefix='tstq'>"
+              "<xmp_property name='a' type='p.state' category='external'/></xmp_schema></xmp_definitions>");
+    Write("loose.xml", support::ReadFile(User("q/schema/1.xml")));
     EXPECT_THAT(Check("p/schema/1.xml"), IsEmpty());
     EXPECT_THAT(Check("p/schema/2.xml"), IsEmpty());
+    EXPECT_THAT(Check("q/schema/1.xml"), IsEmpty()) << "the type is another package's";
+    EXPECT_EQ(Run({"check", "loose.xml"}).mErrors, "");
     EXPECT_THAT(Check("p/schema/3.xml"),
                 ElementsAre(HasSubstr("property definition for namespace \"http://test/p/a\" already exists."),
                             HasSubstr("XMP property \"tstp:c\" has an invalid type \"no.such\".")));

@@ -1,4 +1,6 @@
+#include "frame/errors.h"
 #include "support/library_test.h"
+#include "zephcore/xml.h"
 #include "zephmetadata/definitions.h"
 
 namespace zephmetadata {
@@ -116,10 +118,13 @@ TEST_F(DefinitionsDocument, MarksThePropertyBeforeASeparator) {
 
 TEST_F(DefinitionsDocument, ReportsEachProblemAndGoesOn) {
     struct Row {
-        const char* mBody;
+        std::string mBody;
         Record mProblem;
     };
+    const std::string tooLong(zephcore::kMaxNamespaceBytes + 1, 'p');
     const Row rows[] = {
+        {"<xmp_schema prefix='" + tooLong + "'/>",
+         Problem("attribute #{quot}prefix#{quot} is too long; it counts as missing.")},
         {"<xmp_property name='x'/>", Problem("invalid property tag #{quot}x#{quot}.")},
         {"<ui:separator/>", Problem("invalid property tag #{quot}#{quot}.")},
         {"<xmp_field name='x'/>", Problem("invalid field tag #{quot}x#{quot}.")},
@@ -130,11 +135,20 @@ TEST_F(DefinitionsDocument, ReportsEachProblemAndGoesOn) {
     };
     std::vector<Record> expected;
     for (const Row& row : rows) {
-        const Definitions definitions = Parse(std::string(row.mBody) + "<xmp_type name='good'/>", kUI);
+        const Definitions definitions = Parse(row.mBody + "<xmp_type name='good'/>", kUI);
         EXPECT_EQ(definitions.second.back()->mName, "good") << row.mBody;
         expected.push_back(row.mProblem);
     }
     EXPECT_EQ(Records(), expected);
+    std::string hopeless;
+    for (std::size_t i = 0; i < 2 * RecordLimit::kMostRecords; ++i) {
+        hopeless += "<oops/>";
+    }
+    Parse(hopeless);
+    EXPECT_EQ(Records().size(), expected.size() + RecordLimit::kMostRecords);
+    EXPECT_EQ(Records().back(), Problem("there are more problems, which are not listed."));
+    Parse("<xmp_type name='k' extends='" + std::string(1U << 20U, 'x') + "'/><" + std::string(1U << 20U, 'y') + "/>");
+    EXPECT_LT(Records().back().mMessage.size(), 5000U);
 }
 
 TEST_F(DefinitionsDocument, KeepsWhatStoodBeforeADocumentBreaksOff) {

@@ -97,6 +97,35 @@ TEST_F(Registration, MergesIntoTheSchemaThatIsThere) {
                                     "default type 'text'.")));
 }
 
+TEST_F(Registration, LeavesStructuresToPackages) {
+    const char* const fields =
+        "<xmp_definitions><xmp_type name='dimensions'><xmp_field namespace='n:f' prefix='nf' name='depth' type='real'/>"
+        "</xmp_type></xmp_definitions>";
+    EXPECT_TRUE(ParseBufferAndRegisterDefinitions(fields, u"f", true).second.empty());
+    EXPECT_THAT(Records(), ElementsAre(Problem("type definition for #{quot}dimensions#{quot} already exists.")));
+}
+
+TEST_F(Registration, TakesNullEntriesOut) {
+    const auto schema = std::make_shared<SchemaDefinition>();
+    schema->mNamespace = "n:null";
+    schema->mPrefix = "nn";
+    schema->mProperties = {nullptr, CreateNewProperty(kPrimitiveType_Text, "p", {}, {}, {}, {}), nullptr};
+    schema->mProperties[1]->mChoices = {nullptr};
+    schema->mProperties[1]->mQualifiers = {nullptr};
+    const auto type = std::make_shared<TypeDefinition>();
+    type->mName = "null.type";
+    type->mFields = {nullptr, std::make_shared<FieldDefinition>()};
+    type->mFields[1]->mNamespace = "n:null";
+    type->mFields[1]->mPrefix = "nn";
+    CheckFieldTypes({nullptr, type}, u"f");
+    EXPECT_TRUE(RegisterSchemaDefinition(schema, u"f", false));
+    EXPECT_FALSE(RegisterSchemaDefinition(schema, u"f", true));
+    EXPECT_TRUE(RegisterTypeDefinition(type, u"f"));
+    ASSERT_EQ(schema->mProperties.size(), 1U);
+    EXPECT_TRUE(schema->mProperties[0]->mChoices.empty() && schema->mProperties[0]->mQualifiers.empty());
+    EXPECT_EQ(type->mFields.size(), 1U);
+}
+
 TEST_F(Registration, ReportsNamespacesThatTheToolkitRefuses) {
     EXPECT_EQ(Register("<xmp_schema prefix='p1'/>").first.size(), 1U);
     EXPECT_EQ(Register("<xmp_schema namespace='n:c'/>").first.size(), 1U);
@@ -108,6 +137,8 @@ TEST_F(Registration, ReportsNamespacesThatTheToolkitRefuses) {
     EXPECT_EQ(Register("<xmp_type name='v'/>").second.size(), 1U);
     EXPECT_TRUE(NamespaceDefinition(""));
     EXPECT_TRUE(NamespaceDefinition("n:d"));
+    EXPECT_EQ(NamespaceForPrefix("dc_1_"), "n:d");
+    EXPECT_EQ(NamespaceForPrefix("dc_2_"), "n:e");
     const auto refused = [](const std::string& uri, const std::string& prefix) {
         return Problem("namespace #{quot}" + uri + "#{quot} couldn't be registered with prefix #{quot}" + prefix +
                        "#{quot}.");

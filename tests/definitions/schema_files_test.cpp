@@ -143,9 +143,10 @@ TEST_F(SchemaFiles, OfAPackageHoldWhatThePackageBrought) {
                                             "<xmp_property name='tstExtra' type='text'/></xmp_schema>"
                                             "<xmp_schema namespace='http://test/p/' prefix='tstp'/></xmp_definitions>")
                                      .string());
-    const auto [loaded, namespaces] = LoadDefinitionsDocument(path, DocumentOrigin::kExtensionPackage);
+    const auto [loaded, namespaces, fields] = LoadDefinitionsDocument(path, DocumentOrigin::kExtensionPackage);
     EXPECT_THAT(Prefixes(loaded), ElementsAre("tstp"));
     EXPECT_THAT(namespaces, ElementsAre("http://purl.org/dc/elements/1.1/", "http://test/p/"));
+    EXPECT_TRUE(fields.empty());
     EXPECT_EQ(allSchemasFromSourceFile(path), loaded.first);
     EXPECT_EQ(allTypesFromSourceFile(path), loaded.second);
     EXPECT_EQ(filePathForSchema(NamespaceDefinition("http://purl.org/dc/elements/1.1/")), u"");

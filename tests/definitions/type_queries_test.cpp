@@ -27,7 +27,8 @@ TEST_F(TypeQueries, NameThePrimitiveKinds) {
 TEST_F(TypeQueries, ClassifyTypeIds) {
     ParseBufferAndRegisterDefinitions(
         "<xmp_definitions><xmp_type name='listChoice' extends='openchoice' element_type='seq of integer'/>"
-        "<xmp_type name='selfChoice' extends='closedchoice' element_type='selfChoice'/></xmp_definitions>",
+        "<xmp_type name='ping' extends='openchoice' element_type='pong'/>"
+        "<xmp_type name='pong' extends='openchoice' element_type='ping'/></xmp_definitions>",
         u"", false);
     struct Row {
         const char* mId;
@@ -48,7 +49,7 @@ TEST_F(TypeQueries, ClassifyTypeIds) {
         {"openchoice of text", kPrimitiveType_OpenChoice, true, false, false, "text"},
         {"seq of integer", kPrimitiveType_Seq, false, true, false, "integer"},
         {"listChoice", kPrimitiveType_OpenChoice, false, false, false, "seq of integer"},
-        {"selfChoice", kPrimitiveType_ClosedChoice, false, false, false, "selfChoice"},
+        {"ping", kPrimitiveType_OpenChoice, false, false, false, "pong"},
         {"thumbnail", std::nullopt, false, false, true, nullptr},
         {"no such type", std::nullopt, false, false, true, nullptr},
         {"", std::nullopt, false, false, true, nullptr},

@@ -189,7 +189,7 @@ using Packages = support::PackageTest;
 TEST_F(Packages, KeepTheirOrderWhenOneIsReplaced) {
     PackageDiscovery discovery;
     const auto package = [](const char16_t* name, float version) {
-        return ExtensionPackage{UTF16String(u"/") + name, name, version, {}, {}, {}};
+        return ExtensionPackage{UTF16String(u"/") + name, name, version, {}, {}, {}, {}};
     };
     EXPECT_TRUE(discovery.Add(package(u"A", 1)));
     EXPECT_TRUE(discovery.Add(package(u"B", 1)));
@@ -278,6 +278,9 @@ TEST_F(Packages, AddFieldsToStructuresThatExist) {
     EXPECT_THAT(ShortRecords(), ElementsAre(duplicate("LocationDetails", "2.xml"), duplicate("url", "3.xml"),
                                             duplicate("LocationDetails", "4.xml")));
     EXPECT_EQ(TypeIdDefinition("LocationDetails")->mFields.size(), before + 2);
+    const StructureFields& fields = ExtensionPackages().at(0).fields;
+    ASSERT_EQ(fields.size(), 2U);
+    EXPECT_EQ(fields[1].first + "/" + fields[1].second->mName, "LocationDetails/Width");
     const Path depth = PathForExpression("Iptc4xmpExt:LocationShown[1]/tsta:Depth");
     const XMPMetaPtr tree = CreateXMPMeta();
     EXPECT_TRUE(SetValue(tree.get(), depth, "3"));

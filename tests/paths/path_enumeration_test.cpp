@@ -76,6 +76,35 @@ TEST_F(PathEnumeration, EndsForAStructureThatContainsItself) {
     EXPECT_THAT(Expressions(DescendantLeafPaths(NamespaceDefinition("n:l"))), ElementsAre("p/e:leaf:leaf"));
 }
 
+TEST_F(PathEnumeration, EndsForStructuresThatReferToEachOther) {
+    constexpr int kTypes = 9;
+    std::string types;
+    for (int type = 0; type < kTypes; ++type) {
+        types += "<xmp_type name='m" + std::to_string(type) + "'>";
+        for (int field = 0; field < kTypes; ++field) {
+            const std::string number = std::to_string(field);
+            types += "<xmp_field namespace='n:e' prefix='e' name='f" + number + "' type='m" + number + "'/>";
+        }
+        types += "<xmp_field namespace='n:e' prefix='e' name='leaf' type='text'/></xmp_type>";
+    }
+    ParseBufferAndRegisterDefinitions("<xmp_definitions>" + types +
+                                          "<xmp_schema namespace='n:m' prefix='m'><xmp_property name='p' type='m0'/>"
+                                          "<xmp_property name='q' type='text'/></xmp_schema></xmp_definitions>",
+                                      u"", false);
+    const auto leaves = Expressions(DescendantLeafPaths(NamespaceDefinition("n:m")));
+    EXPECT_LT(leaves.size(), 20000U) << "of about 100,000";
+    EXPECT_EQ(leaves.back(), "q");
+}
+
+TEST_F(PathEnumeration, ThrowsNothingForANamespaceThatIsNotRegistered) {
+    ParseBufferAndRegisterDefinitions(
+        "<xmp_definitions><xmp_schema namespace='n:x'>"
+        "<xmp_property name='p' type='text'/><xmp_property name='s' type='bag' element_type='inner' "
+        "category='internal'/></xmp_schema></xmp_definitions>",
+        u"", false);
+    EXPECT_THAT(Expressions(DescendantLeafPaths(NamespaceDefinition("n:x"))), ElementsAre("p"));
+}
+
 TEST_F(PathEnumeration, StopsAtAChildThatCannotBeBuilt) {
     TypeIdDefinition("outer")->mFields[1]->mNamespace = "n:unregistered";
     EXPECT_THAT(Expressions(DescendantLeafPaths(NamespaceDefinition("n:e"))),

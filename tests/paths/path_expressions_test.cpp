@@ -46,6 +46,7 @@ TEST_F(PathExpressions, AreEmptyPathsWhereTheyAreNone) {
                             "dc:title[",
                             "dc:title[0]",
                             "dc:title[-1]",
+                            "dc:title[029]",
                             "dc:title[1",
                             "dc:title[1]x",
                             "dc:title/",

@@ -43,8 +43,8 @@ TEST(Environment, LanguageComesFromTheFirstVariableThatNamesOne) {
         const char16_t* mLanguage;
     };
     for (const Row& row : {Row{"", "", "", "", u"en_US"}, Row{"fr_FR", "de_DE", "", "", u"fr_FR"},
-                           Row{"", "de_DE.UTF-8", "it_IT", "", u"de_DE"}, Row{"", "C.UTF-8", "it", "ja_JP", u"it"},
-                           Row{"", "POSIX", "C", "ca_ES.UTF-8@valencia", u"ca_ES"}, Row{"", "", "", "C", u"en_US"},
+                           Row{"", "de_DE.UTF-8", "it_IT", "", u"de_DE"}, Row{"", "C.UTF-8", "it", "ja_JP", u"en_US"},
+                           Row{"", "", "POSIX", "ca_ES.UTF-8@valencia", u"en_US"}, Row{"", "", "", "C", u"en_US"},
                            Row{"", "", "", "de_AT@euro", u"de_AT"}, Row{".UTF-8", "", "", "sv_SE", u"sv_SE"}}) {
         const Variables set({{"ZEPHCORE_LANGUAGE", row.mOwn},
                              {"LC_ALL", row.mAll},

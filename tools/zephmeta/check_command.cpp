@@ -48,6 +48,9 @@ constexpr auto kAdvice = std::to_array<AdviceRow>({
     {"has an invalid element type", "\"zephmeta types\" lists the types"},
     {"couldn't be registered with prefix", "choose a prefix that is a name and stands for no other namespace"},
     {"view named", "choose another name"},
+    {"is not defined", "\"zephmeta schemas PREFIX\" lists the properties of a schema"},
+    {"has paths below it", "name those of them that are wanted"},
+    {"is there before", "leave it out"},
 });
 
 std::string WithAdvice(const std::string& message) {

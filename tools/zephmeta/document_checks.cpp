@@ -50,6 +50,60 @@ void CheckMergedTypes(Definitions parsed, const Definitions& registered, const U
     CheckPropertyTypes(parsed.first, path);
 }
 
+/// Registers the schema documents of a package; only those before @p end, when it is given.
+void RegisterSchemas(const zephcore::Dir& package, const std::string& end = {}) {
+    for (const UTF16String& path : Documents(zephcore::Dir(package, u"schema"), end)) {
+        RegisterPackageDefinitions(ParseDocumentForDefinitions(path), path);
+    }
+}
+
+UTF16String NameOf(const zephcore::Dir& package) {
+    ExtensionManifestParser::ManifestInfo manifest;
+    ParseExtensionManifestFromDocument(zephcore::File(package, u"manifest.xml").FullPath(), manifest);
+    return manifest.name;
+}
+
+/// The packages that are installed, but for the one that @p package would replace.
+std::vector<zephcore::Dir> OtherPackages(const zephcore::Dir& package) {
+    LoadAllViewDefinitions();
+    const UTF16String name = NameOf(package);
+    std::vector<zephcore::Dir> others;
+    for (const ExtensionPackage& installed : ExtensionPackages()) {
+        if (installed.name != name) {
+            others.emplace_back(installed.path);
+        }
+    }
+    return others;
+}
+
+/// Starts the library anew, with what comes before the document in its package and with all that other packages define.
+void StartWithOtherDefinitions(const zephcore::Dir& package, const std::string& document) {
+    const std::vector<zephcore::Dir> others = OtherPackages(package);
+    Terminate();
+    Initialize();
+    for (const zephcore::Dir& other : others) {
+        RegisterSchemas(other);
+    }
+    RegisterSchemas(package, document);
+}
+
+/// Registers the types of the installed packages, but for those that the document @p parsed defines itself.
+void RegisterInstalledTypes(const Definitions& parsed) {
+    LoadAllViewDefinitions();
+    const std::vector<sp<TypeDefinition>> installed = RegisteredTypeDefinitions();
+    Terminate();
+    Initialize();
+    std::set<UTF8String> known;
+    for (const sp<TypeDefinition>& type : parsed.second) {
+        known.insert(type->mName);
+    }
+    for (const sp<TypeDefinition>& type : installed) {
+        if (!known.contains(type->mName) && !TypeIdDefinition(type->mName)) {
+            RegisterTypeDefinition(type, {});
+        }
+    }
+}
+
 /// The names of the registered views, but for those of an installed package of the same name as @p package, which the
 /// package would replace.
 std::set<UTF8String> TakenViewNames(const std::optional<zephcore::Dir>& package) {
@@ -60,14 +114,28 @@ std::set<UTF8String> TakenViewNames(const std::optional<zephcore::Dir>& package)
     if (!package) {
         return names;
     }
-    ExtensionManifestParser::ManifestInfo manifest;
-    ParseExtensionManifestFromDocument(zephcore::File(*package, u"manifest.xml").FullPath(), manifest);
+    const UTF16String name = NameOf(*package);
     for (const ExtensionPackage& installed : ExtensionPackages()) {
-        if (installed.name == manifest.name) {
+        if (installed.name == name) {
             std::for_each(installed.views.begin(), installed.views.end(), [&](const auto& view) { names.erase(view); });
         }
     }
     return names;
+}
+
+std::string TextOf(const LeafPathFinding& finding) {
+    const std::string path = "the path \"" + ExpressionForPath(finding.mPath) + "\" ";
+    switch (finding.mProblem) {
+        case LeafPathProblem::kUndefined:
+            return path + "is not defined";
+        case LeafPathProblem::kNotALeaf:
+            return path + "has paths below it, of which it says nothing";
+        case LeafPathProblem::kRepeated:
+            return path + "is there before";
+        case LeafPathProblem::kInvalidXML:
+            return "invalid XML.";
+    }
+    return {};
 }
 
 /// The value of the attribute @p name in a start tag.
@@ -154,15 +222,16 @@ DocumentProblems DocumentCheck::Problems() const {
 void CheckDefinitions(DocumentCheck& check) {
     const auto package = PackageOf(check.File(), "schema");
     if (package) {
-        for (const UTF16String& earlier : Documents(zephcore::Dir(*package, u"schema"), check.File())) {
-            ParseDocumentAndRegisterDefinitions(earlier, true);
-        }
+        StartWithOtherDefinitions(*package, check.File());
+    } else {
+        RegisterInstalledTypes(ParseDocumentForDefinitions(check.Path()));
     }
+    check.Begin();
     const Definitions parsed = ParseDocumentForDefinitions(check.Path());
-    check.Begin();  // the problems of the document come again as it is registered
-    const Definitions registered = ParseDocumentAndRegisterDefinitions(check.Path(), package.has_value());
     if (package) {
-        CheckMergedTypes(parsed, registered, check.Path());
+        CheckMergedTypes(parsed, RegisterPackageDefinitions(parsed, check.Path()), check.Path());
+    } else {
+        RegisterDefinitions(parsed, check.Path(), false);
     }
     if (parsed.first.empty() && parsed.second.empty() && check.Problems().empty()) {
         check.Report("defines nothing");
@@ -174,9 +243,7 @@ void CheckViews(DocumentCheck& check) {
     const auto package = PackageOf(check.File(), "view");
     std::set<UTF8String> names = TakenViewNames(package);
     if (package) {
-        for (const UTF16String& schema : Documents(zephcore::Dir(*package, u"schema"))) {
-            ParseDocumentAndRegisterDefinitions(schema, true);
-        }
+        RegisterSchemas(*package);
         for (const UTF16String& earlier : Documents(zephcore::Dir(*package, u"view"), check.File())) {
             for (const sp<ViewDefinition>& view : ParseViewDefinitionsFromDocument(earlier)) {
                 names.insert(view->mName);
@@ -186,7 +253,7 @@ void CheckViews(DocumentCheck& check) {
     check.Begin();
     for (const sp<ViewDefinition>& view : ParseViewDefinitionsFromDocument(check.Path())) {
         if (!names.insert(view->mName).second) {
-            check.Report("a view named \"" + view->mName + "\" already exists");
+            check.Report("a view named \"" + view->mName + "\" already exists", view->mLine);
         }
     }
 }
@@ -194,11 +261,8 @@ void CheckViews(DocumentCheck& check) {
 void CheckPaths(DocumentCheck& check) {
     LoadAllViewDefinitions();  // with the packages, whose properties have paths too
     check.Begin();
-    std::set<Path> paths;
-    if (!ReadIncludedLeafPathsAsXMLFile(paths, check.Path())) {
-        check.Report("invalid XML.");
-    } else if (paths.empty()) {
-        check.Report("names no path that is defined and holds a value of its own");
+    for (const LeafPathFinding& finding : CheckIncludedLeafPathsFile(check.Path())) {
+        check.Report(TextOf(finding), finding.mLine);
     }
 }
 

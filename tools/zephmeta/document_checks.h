@@ -33,7 +33,7 @@ public:
 
     /// The library is about to read the document: what it has reported so far is about others.
     void Begin();
-    void Report(const std::string& message) { mOwn.push_back({0, message}); }
+    void Report(const std::string& message, std::size_t line = 0) { mOwn.push_back({line, message}); }
 
     /// What was reported and what the library has said since Begin, in the order of the lines.
     DocumentProblems Problems() const;

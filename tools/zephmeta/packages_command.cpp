@@ -2,6 +2,7 @@
 #include <array>
 #include <charconv>
 #include <iostream>
+#include <map>
 #include <string_view>
 
 #include "commands.h"
@@ -50,12 +51,22 @@ bool ConcernsPackages(const ErrorInfo& info) {
            LiesIn(info.context, CustomExtensionsUserDirectory());
 }
 
+Json FieldsOf(const ExtensionPackage& package) {
+    Json fields = Json::array();
+    for (const auto& [type, field] : package.fields) {
+        fields.push_back(
+            {{"type", type}, {"namespace", field->mNamespace}, {"prefix", field->mPrefix}, {"name", field->mName}});
+    }
+    return fields;
+}
+
 Json ToJson(const ExtensionPackage& package) {
     return {{"name", zephcore::UTF16to8(package.name)},
             {"version", std::stod(VersionText(package.version))},
             {"path", zephcore::PathToNative(package.path)},
             {"locFilePrefix", zephcore::UTF16to8(package.locFilePrefix)},
             {"schemas", package.schemas},
+            {"fields", FieldsOf(package)},
             {"views", package.views}};
 }
 
@@ -80,7 +91,16 @@ std::string Count(std::size_t number, const std::string& thing, const std::strin
     return std::to_string(number) + " " + (number == 1 ? thing : things);
 }
 
-void PrintPackage(const ExtensionPackage& package) {
+/// The registered views by name.
+std::map<UTF8String, sp<ViewDefinition>> ViewsByName() {
+    std::map<UTF8String, sp<ViewDefinition>> views;
+    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
+        views.emplace(view->mName, view);
+    }
+    return views;
+}
+
+void PrintPackage(const ExtensionPackage& package, const std::map<UTF8String, sp<ViewDefinition>>& views) {
     std::cout << OneLine(zephcore::UTF16to8(package.name)) << "  " << VersionText(package.version) << "  "
               << OneLine(zephcore::PathToNative(package.path)) << '\n';
     std::cout << "  " << Count(package.schemas.size(), "schema", "schemas") << '\n';
@@ -89,16 +109,24 @@ void PrintPackage(const ExtensionPackage& package) {
         const sp<SchemaDefinition> schema = NamespaceDefinition(uri);
         std::cout << "    " << OneLine(schema ? schema->mPrefix : "") << "  " << OneLine(uri) << '\n';
     }
+    if (!package.fields.empty()) {
+        std::cout << "  " << Count(package.fields.size(), "field of a structure", "fields of structures") << '\n';
+    }
+    for (const auto& [type, field] : package.fields) {
+        std::cout << "    " << OneLine(type) << "  " << OneLine(field->mPrefix + ":" + field->mName) << '\n';
+    }
     std::cout << "  " << Count(package.views.size(), "view", "views") << '\n';
     for (const UTF8String& name : package.views) {
-        const sp<ViewDefinition> view = GetViewDefinitionForName(name);
-        std::cout << "    " << OneLine(name) << "  " << Count(view ? view->mItems.size() : 0, "item", "items") << '\n';
+        const auto view = views.find(name);
+        const std::size_t items = view == views.end() ? 0 : view->second->mItems.size();
+        std::cout << "    " << OneLine(name) << "  " << Count(items, "item", "items") << '\n';
     }
 }
 
 void PrintPackages() {
+    const auto views = ViewsByName();
     for (const ExtensionPackage& package : ExtensionPackages()) {
-        PrintPackage(package);
+        PrintPackage(package, views);
     }
     if (ExtensionPackages().empty()) {
         std::cout << "no extension packages in these folders:\n";

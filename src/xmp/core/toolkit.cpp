@@ -4,6 +4,7 @@
 #include <atomic>
 #include <mutex>
 #include <string>
+#include <unordered_map>
 
 #include "xmp/core/exempi_handles.h"
 #include "xmp/core/xmp_paths.h"
@@ -11,8 +12,20 @@
 namespace zephmetadata::toolkit {
 namespace {
 
+/// Of a prefix or a namespace URI: both stand in packets again and again.
+constexpr std::size_t kMaxNameBytes = 2048;
+
 std::mutex startMutex;
 std::atomic<bool> running{false};
+
+/// How many prefixes were made of a prefix that is taken; guarded by its mutex.
+struct Inventions {
+    std::mutex mMutex;
+    std::unordered_map<UTF8String, std::size_t> mCounts;
+};
+
+// Made when the library is loaded, so that it outlives a host's object that stops the library at exit.
+Inventions inventions;
 
 // The toolkit tells its version only in the packets that it writes, as x:xmptk="...".
 UTF8String WrittenVersion() {
@@ -44,6 +57,17 @@ UTF8String WithoutColon(UTF8String prefix) {
         prefix.pop_back();
     }
     return prefix;
+}
+
+/// A free prefix in the toolkit's own form, prefix_1_. The toolkit would try the numbers from 1 for each namespace.
+UTF8String InventedPrefix(const UTF8String& prefix) {
+    const std::lock_guard lock(inventions.mMutex);
+    std::size_t& count = inventions.mCounts[prefix];
+    UTF8String invented;
+    do {
+        invented = prefix + "_" + std::to_string(++count) + "_";
+    } while (NamespaceOf(invented));
+    return invented;
 }
 
 UTF8String QualifiedStep(const UTF8String& schema, const UTF8String& path, const UTF8String& fieldNamespace,
@@ -86,6 +110,8 @@ void Stop() noexcept {
         xmp_terminate();
     }
     RemoveQuietFilter();
+    const std::lock_guard inventionsLock(inventions.mMutex);
+    inventions.mCounts.clear();
 }
 
 bool IsRunning() noexcept {
@@ -112,17 +138,18 @@ UTF8String FilesVersion() {
 }
 
 bool RegisterNamespace(const UTF8String& namespaceURI, const UTF8String& prefix) {
-    if (!IsRunning() || !IsNCName(prefix) || !IsWritableURI(namespaceURI) || prefix == "xmlns") {
+    const bool isTooLong = prefix.size() > kMaxNameBytes || namespaceURI.size() > kMaxNameBytes;
+    if (!IsRunning() || isTooLong || !IsNCName(prefix) || !IsWritableURI(namespaceURI) || prefix == "xmlns") {
         return false;
     }
     if (const std::optional<UTF8String> present = PrefixOf(namespaceURI)) {
         return *present == prefix;
     }
-    // For a prefix that is taken the toolkit answers false, but registers the namespace under a prefix of its own
-    // making. That is wanted: properties of such a namespace can then be read.
+    // With a prefix that is taken the namespace gets another one: properties of such a namespace can then be read.
+    const UTF8String own = NamespaceOf(prefix) ? InventedPrefix(prefix) : prefix;
     const QuietToolkit quiet;
     const ToolkitString registered;
-    return xmp_register_namespace(namespaceURI.c_str(), prefix.c_str(), registered.Get()) &&
+    return xmp_register_namespace(namespaceURI.c_str(), own.c_str(), registered.Get()) &&
            WithoutColon(registered.Text()) == prefix;
 }
 
