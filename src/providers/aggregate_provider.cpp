@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "providers/merged_edits.h"
+#include "providers/merging/merged_edits.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephcore/text.h"
 #include "zephmetadata/providers.h"

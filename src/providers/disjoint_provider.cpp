@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <set>
 
-#include "providers/merged_edits.h"
+#include "providers/merging/merged_edits.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/providers.h"
 

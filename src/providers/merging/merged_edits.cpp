@@ -1,11 +1,11 @@
-#include "providers/merged_edits.h"
+#include "providers/merging/merged_edits.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 #include <string_view>
 
-#include "providers/unit_edits.h"
+#include "providers/merging/unit_edits.h"
 #include "xmp/core/xmp_paths.h"
 #include "zephmetadata/providers.h"
 

@@ -1,4 +1,4 @@
-#include "providers/property_units.h"
+#include "providers/merging/property_units.h"
 
 #include <algorithm>
 #include <utility>

@@ -4,7 +4,7 @@
 #include <set>
 #include <vector>
 
-#include "providers/property_units.h"
+#include "providers/merging/property_units.h"
 #include "zephmetadata/paths.h"
 
 /// What was done to a merged tree, in a form that can be done to each of its sources.

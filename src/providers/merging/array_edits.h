@@ -1,6 +1,6 @@
 #pragma once
 
-#include "providers/merged_edits.h"
+#include "providers/merging/merged_edits.h"
 
 /// Edits of arrays, for ApplyUnitEdit.
 namespace zephmetadata {

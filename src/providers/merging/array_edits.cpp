@@ -1,8 +1,8 @@
-#include "providers/array_edits.h"
+#include "providers/merging/array_edits.h"
 
 #include <algorithm>
 
-#include "providers/unit_edits.h"
+#include "providers/merging/unit_edits.h"
 #include "xmp/core/xmp_paths.h"
 #include "xmp/tree/node_copy.h"
 
