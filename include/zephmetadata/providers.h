@@ -277,8 +277,8 @@ ZEPHMETADATA_EXPORT bool IsInstanceData(const Path& path);
 /// arrays and alternatives as a whole. Providers without a tree are passed over.
 ///
 /// A write-back takes to each provider what was changed at or below the changed paths and nothing else: a value that is
-/// still mixed stays as it is in each source, one that was removed is removed from all, one language or one item leaves
-/// the others as they are. Document identifiers and the history stay each source's own. A provider that may not write one
+/// still mixed stays as it is in each source, one that was removed or set to an empty text is removed from all, one
+/// language or one item leaves the others as they are. Document identifiers and the history stay each source's own. A provider that may not write one
 /// of the changed paths is left out.
 class ZEPHMETADATA_EXPORT AggregateProvider : public ProxyProviderImpl {
 public:
@@ -287,7 +287,7 @@ public:
     ~AggregateProvider() override;
 
     /// Nothing for a null pointer, for this provider and for a proxy that holds it. A provider that is added twice is
-    /// written once.
+    /// written once. Without @p rebuild the tree stays as it is, but what is edited from here on is edited in all.
     void AddProvider(const sp<MetaDataProvider>& provider, bool rebuild);
     void ResetProviders();
     void ResetProviders(const PolyRange<sp<MetaDataProvider>>& providers);
@@ -303,6 +303,7 @@ protected:
 private:
     void WriteChanges(const std::vector<Path>& changes) override;
     void WriteMerged(const std::vector<Path>& changes);
+    void RememberTree();
 
     struct Merge;
     std::vector<sp<MetaDataProvider>> mProviders;

@@ -1,52 +1,17 @@
 #include "providers/merging/array_edits.h"
 
 #include <algorithm>
+#include <deque>
+#include <optional>
+#include <set>
+#include <unordered_map>
 
+#include "providers/merging/array_items.h"
 #include "providers/merging/unit_edits.h"
-#include "xmp/core/xmp_paths.h"
-#include "xmp/tree/node_copy.h"
 
 namespace zephmetadata {
 
-using toolkit::Node;
-using toolkit::Place;
-
 namespace {
-
-/// One item of an array: its nodes with paths relative to the item.
-using ArrayItem = std::vector<Node>;
-
-std::vector<ArrayItem> ItemsOf(const PropertyUnit& unit) {
-    std::vector<ArrayItem> items;
-    const std::size_t arrayLength = unit.Path().size();
-    for (auto node = std::next(unit.mNodes.begin()); node != unit.mNodes.end(); ++node) {
-        if (node->mPath[arrayLength] != '[') {
-            continue;  // a qualifier of the array itself
-        }
-        const std::size_t itemLength = node->mPath.find(']', arrayLength) + 1;
-        Node relative = *node;
-        relative.mPath.erase(0, itemLength);
-        if (relative.mPath.empty()) {
-            items.emplace_back();
-        }
-        items.back().push_back(std::move(relative));
-    }
-    return items;
-}
-
-bool IsSimple(const ArrayItem& item) {
-    return (item.front().mOptions & toolkit::kPropCompositeMask) == 0;
-}
-
-bool SameItem(const ArrayItem& left, const ArrayItem& right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), &toolkit::SameNode);
-}
-
-std::size_t FindItem(const std::vector<ArrayItem>& items, const ArrayItem& wanted) {
-    const auto found =
-        std::find_if(items.begin(), items.end(), [&](const ArrayItem& item) { return SameItem(item, wanted); });
-    return static_cast<std::size_t>(found - items.begin());
-}
 
 /// What turned one list of items into another.
 struct ItemChanges {
@@ -60,21 +25,19 @@ struct ItemChanges {
 };
 
 ItemChanges Compare(const std::vector<ArrayItem>& before, const std::vector<ArrayItem>& after) {
+    std::unordered_map<UTF8String, std::deque<std::size_t>> unmatched;
+    for (std::size_t i = 0; i < after.size(); ++i) {
+        unmatched[KeyOf(after[i])].push_back(i);
+    }
     std::vector<bool> isNew(after.size(), true);
     std::vector<std::size_t> gone;
-    std::size_t firstNew = 0;  // most items stand where they stood, so that most searches end where they begin
     for (std::size_t i = 0; i < before.size(); ++i) {
-        while (firstNew < after.size() && !isNew[firstNew]) {
-            ++firstNew;
-        }
-        std::size_t kept = firstNew;
-        while (kept < after.size() && !(isNew[kept] && SameItem(before[i], after[kept]))) {
-            ++kept;
-        }
-        if (kept < after.size()) {
-            isNew[kept] = false;
-        } else {
+        const auto same = unmatched.find(KeyOf(before[i]));
+        if (same == unmatched.end() || same->second.empty()) {
             gone.push_back(i);
+        } else {
+            isNew[same->second.front()] = false;
+            same->second.pop_front();
         }
     }
     ItemChanges changes;
@@ -94,94 +57,111 @@ ItemChanges Compare(const std::vector<ArrayItem>& before, const std::vector<Arra
     return changes;
 }
 
-constexpr int kOtherShape = -102;  // what the toolkit answers for a path that does not fit a tree
-
-/// The array of a source, as edits of single items meet it.
-class SourceArray {
+/// The items of a source's own array, as edits of single items meet them.
+class SourceItems {
 public:
-    /// Makes the array, like @p model, where there is none.
-    SourceArray(XMPMetaHandle source, const Place& place, const PropertyUnit& model) : mSource(source), mPlace(place) {
-        PropertyUnits units = UnitsAt(source, place);
-        if (units.empty()) {
-            toolkit::CopyNode(source, model.mNodes.front(), place.mPath);
-            units = UnitsAt(source, place);
-        }
-        mUnit = units.begin()->second;
-        if (!mUnit.IsArray()) {
-            throw XMPError(kOtherShape, "\"" + place.mPath + "\" is no array");
-        }
-        mItems = ItemsOf(mUnit);
-        mIsOrdered = (mUnit.mNodes.front().mOptions & toolkit::kPropArrayIsOrdered) != 0;
-    }
-
-    const PropertyUnit& Unit() const { return mUnit; }
-
-    /// Where there is no such item, the change has nothing to do with this source.
-    void Replace(const ArrayItem& old, const ArrayItem& item) {
-        const std::size_t index = FindItem(mItems, old);
-        if (index == mItems.size()) {
-            return;
-        }
-        if (IsSimple(old) && IsSimple(item)) {
-            toolkit::SetProperty(mSource, mPlace.mSchema, PathOf(index), item.front().mValue);
-            mItems[index] = item;
-        } else {
-            Remove(old);
-            Add(item);
+    explicit SourceItems(const PropertyUnit& unit)
+        : mIsOrdered((unit.mNodes.front().mOptions & toolkit::kPropArrayIsOrdered) != 0) {
+        for (ArrayItem& item : ItemsOf(unit)) {
+            Append(std::move(item));
         }
     }
 
-    void Remove(const ArrayItem& item) {
-        const std::size_t index = FindItem(mItems, item);
-        if (index < mItems.size()) {
-            toolkit::DeleteProperty(mSource, mPlace.mSchema, PathOf(index));
-            mItems.erase(mItems.begin() + static_cast<std::ptrdiff_t>(index));
+    /// False where there is no such item.
+    bool Replace(const ArrayItem& old, const ArrayItem& item) {
+        const auto index = Take(old);
+        if (index) {
+            mItems[*index] = item;
+            mIndexes[KeyOf(item)].insert(*index);
         }
+        return index.has_value();
     }
 
-    void Add(const ArrayItem& item) {
-        if (!mIsOrdered && FindItem(mItems, item) != mItems.size()) {
-            return;  // an unordered list gains nothing from holding an item twice
+    bool Remove(const ArrayItem& item) {
+        const auto index = Take(item);
+        if (index) {
+            mItems[*index].clear();
         }
-        mItems.push_back(item);
-        for (const Node& node : item) {
-            toolkit::CopyNode(mSource, node, PathOf(mItems.size() - 1) + node.mPath);
-        }
+        return index.has_value();
     }
 
-    bool IsEmpty() const { return mItems.empty(); }
+    /// False for an unordered array that holds the item, which gains nothing from holding it twice.
+    bool Add(const ArrayItem& item) {
+        if (!mIsOrdered && mIndexes.contains(KeyOf(item))) {
+            return false;
+        }
+        Append(item);
+        return true;
+    }
+
+    std::vector<ArrayItem> Left() const {
+        std::vector<ArrayItem> left;
+        std::copy_if(mItems.begin(), mItems.end(), std::back_inserter(left),
+                     [](const ArrayItem& item) { return !item.empty(); });
+        return left;
+    }
 
 private:
-    UTF8String PathOf(std::size_t index) const { return toolkit::ItemPath(mPlace.mPath, index + 1); }
+    void Append(ArrayItem item) {
+        mIndexes[KeyOf(item)].insert(mItems.size());
+        mItems.push_back(std::move(item));
+    }
 
-    XMPMetaHandle mSource;
-    const Place& mPlace;
-    PropertyUnit mUnit;
-    std::vector<ArrayItem> mItems;
-    bool mIsOrdered = false;
+    /// Forgets where the first such item stands.
+    std::optional<std::size_t> Take(const ArrayItem& item) {
+        const auto found = mIndexes.find(KeyOf(item));
+        if (found == mIndexes.end()) {
+            return std::nullopt;
+        }
+        const std::size_t index = *found->second.begin();
+        found->second.erase(found->second.begin());
+        if (found->second.empty()) {
+            mIndexes.erase(found);
+        }
+        return index;
+    }
+
+    bool mIsOrdered;
+    std::vector<ArrayItem> mItems;  // an empty one was removed
+    std::unordered_map<UTF8String, std::set<std::size_t>> mIndexes;
 };
+
+/// Whether anything changed.
+bool Apply(const ItemChanges& changes, bool wasCommon, SourceItems& items) {
+    bool isChanged = false;
+    for (const auto& [old, item] : changes.mReplaced) {
+        // What all sources held is meant for all of them; of what only some held, the others have nothing to change.
+        isChanged |= items.Replace(old, item) || (wasCommon && items.Add(item));
+    }
+    for (const ArrayItem& item : changes.mRemoved) {
+        isChanged |= items.Remove(item);
+    }
+    for (const ArrayItem& item : changes.mAdded) {
+        isChanged |= items.Add(item);
+    }
+    return isChanged;
+}
 
 }  // namespace
 
 void EditItems(XMPMetaHandle source, const UnitEdit& edit) {
-    const ItemChanges changes = Compare(ItemsOf(*edit.mBefore), ItemsOf(*edit.mAfter));
-    SourceArray array(source, edit.mPlace, *edit.mAfter);
-    const bool hasItems = !ItemsOf(*edit.mAfter).empty();
-    if (hasItems && !array.Unit().mMixed && SameContent(array.Unit(), *edit.mBefore)) {
+    const PropertyUnits present = UnitsAt(source, edit.mPlace);
+    const PropertyUnit own =
+        present.empty() ? PropertyUnit{{edit.mAfter->mNodes.front()}, false, {}} : present.begin()->second;
+    if (!own.IsArray()) {
+        throw XMPError(kOtherShape, "\"" + edit.mPlace.mPath + "\" is no array");
+    }
+    const std::vector<ArrayItem> after = ItemsOf(*edit.mAfter);
+    const bool isAsBefore = !present.empty() && edit.mBefore && !own.mMixed && SameContent(own, *edit.mBefore);
+    if (isAsBefore && !after.empty()) {
         ReplaceUnit(source, *edit.mAfter);  // in the order that the tree shows
         return;
     }
-    for (const auto& [old, item] : changes.mReplaced) {
-        array.Replace(old, item);
-    }
-    for (const ArrayItem& item : changes.mRemoved) {
-        array.Remove(item);
-    }
-    for (const ArrayItem& item : changes.mAdded) {
-        array.Add(item);
-    }
-    if (array.IsEmpty()) {
-        RemoveUnit(source, edit.mPlace);
+    const std::vector<ArrayItem> before = edit.mBefore ? ItemsOf(*edit.mBefore) : std::vector<ArrayItem>();
+    const bool wasCommon = edit.mBefore && !edit.mBefore->mMixed;
+    SourceItems items(own);
+    if (Apply(Compare(before, after), wasCommon, items) || isAsBefore) {
+        PutItems(source, own, items.Left());
     }
 }
 
@@ -190,7 +170,8 @@ void SettleArray(XMPMetaHandle source, const UnitEdit& edit) {
     const std::vector<ArrayItem> items = ItemsOf(after);
     const auto present = toolkit::GetProperty(source, edit.mPlace.mSchema, edit.mPlace.mPath);
     const bool fits = present && (present->mOptions & toolkit::kPropValueIsArray) != 0;
-    if (!fits || items.empty() || !std::all_of(items.begin(), items.end(), IsSimple)) {
+    const auto isText = [](const ArrayItem& item) { return IsSimple(item.front()); };
+    if (!fits || items.empty() || !std::all_of(items.begin(), items.end(), isText)) {
         ReplaceUnit(source, after);
         return;
     }

@@ -45,12 +45,14 @@ Place ChangedRegion(XMPMetaHandle tree, const Path& path) {
     Place place = toolkit::NormalPlace(tree, path.mNamespace, path.mPathDescription);
     place.mPath.resize(std::min(place.mPath.find('['), place.mPath.size()));
     place.mPath.resize(std::min(place.mPath.find("/?"), place.mPath.size()));
-    for (std::size_t step = place.mPath.rfind('/'); step != UTF8String::npos; step = place.mPath.rfind('/')) {
-        if (toolkit::PropertyExists(tree, place.mSchema, place.mPath.substr(0, step))) {
+    for (std::size_t step = place.mPath.find('/'); step != UTF8String::npos; step = place.mPath.find('/', step + 1)) {
+        const auto holder = toolkit::GetProperty(tree, place.mSchema, place.mPath.substr(0, step));
+        if (!holder || (holder->mOptions & toolkit::kPropValueIsStruct) == 0) {
+            place.mPath.resize(step);
             break;
         }
-        place.mPath.resize(step);
     }
+    toolkit::GetProperty(tree, place.mSchema, place.mPath);  // throws for a step that can be none
     return place;
 }
 

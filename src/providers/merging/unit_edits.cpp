@@ -1,10 +1,9 @@
 #include "providers/merging/unit_edits.h"
 
-#include <algorithm>
+#include <unordered_set>
 
 #include "providers/merging/array_edits.h"
-#include "xmp/arrays/xmp_alternatives.h"
-#include "xmp/core/xmp_paths.h"
+#include "providers/merging/language_edits.h"
 #include "xmp/tree/node_copy.h"
 
 namespace zephmetadata {
@@ -18,56 +17,46 @@ bool IsQualifier(const Node& node) {
     return node.mPath.find("/?") != UTF8String::npos;
 }
 
-bool Holds(const PropertyUnit& unit, const Node& node) {
-    return std::any_of(unit.mNodes.begin(), unit.mNodes.end(),
-                       [&](const Node& own) { return toolkit::SameNode(own, node); });
+std::unordered_set<UTF8String> QualifierKeys(const PropertyUnit& unit) {
+    std::unordered_set<UTF8String> keys;
+    for (const Node& node : unit.mNodes) {
+        if (IsQualifier(node)) {
+            keys.insert(KeyOf(node));
+        }
+    }
+    return keys;
 }
 
-void SetSimple(XMPMetaHandle source, const PropertyUnit& before, const PropertyUnit& after) {
-    const Node& root = after.mNodes.front();
+void SetSimple(XMPMetaHandle source, const UnitEdit& edit) {
+    const Node& root = edit.mAfter->mNodes.front();
     const auto present = toolkit::GetProperty(source, root.mSchema, root.mPath);
+    if (!present && !edit.mBefore) {
+        CopyUnit(source, *edit.mAfter);
+        return;
+    }
     if (present && (present->mOptions & toolkit::kPropCompositeMask) != 0) {
         toolkit::DeleteProperty(source, root.mSchema, root.mPath);
     }
     toolkit::SetProperty(source, root.mSchema, root.mPath, root.mValue);
-    EditQualifiers(source, before, after);
+    EditQualifiers(source, edit.mBefore.value_or(PropertyUnit()), *edit.mAfter);
 }
 
-const toolkit::AlternativeItem* FindLanguage(const toolkit::Alternative& alternative, std::string_view language) {
-    const auto found = std::find_if(
-        alternative.mItems.begin(), alternative.mItems.end(),
-        [&](const toolkit::AlternativeItem& item) { return toolkit::SameLanguage(item.mLanguage, language); });
-    return found == alternative.mItems.end() ? nullptr : &*found;
+bool IsText(const PropertyUnit& unit) {
+    return IsSimple(unit.mNodes.front());
 }
 
-bool IsItemMixed(const PropertyUnit& unit, const toolkit::Alternative& alternative,
-                 const toolkit::AlternativeItem& item) {
-    const auto index = static_cast<std::size_t>(&item - alternative.mItems.data()) + 1;
-    return unit.mMixed || unit.mMixedItems.contains(toolkit::ItemPath(unit.Path(), index));
+/// Whether it is what it was, or new, so that a source may have something of its own there to be kept.
+bool HasKeptItsShape(const UnitEdit& edit) {
+    return !edit.mBefore || (edit.mBefore->IsArray() == edit.mAfter->IsArray() &&
+                             edit.mBefore->IsStructure() == edit.mAfter->IsStructure() &&
+                             edit.mBefore->IsLanguageAlternative() == edit.mAfter->IsLanguageAlternative());
 }
 
-/// Sets and removes the languages that were, and no other.
-void EditLanguages(XMPMetaHandle source, const UnitEdit& edit) {
-    const PropertyUnits present = UnitsAt(source, edit.mPlace);
-    const bool isAlike = !present.empty() && SameContent(present.begin()->second, *edit.mBefore);
-    if (isAlike && !edit.mBefore->mMixed && edit.mBefore->mMixedItems.empty()) {
+/// Its fields are edits of their own.
+void MakeStructure(XMPMetaHandle source, const UnitEdit& edit) {
+    const auto present = toolkit::GetProperty(source, edit.mPlace.mSchema, edit.mPlace.mPath);
+    if (!present || (present->mOptions & toolkit::kPropValueIsStruct) == 0) {
         ReplaceUnit(source, *edit.mAfter);
-        return;
-    }
-    const toolkit::Alternative before = toolkit::Alternatives(edit.mBefore->mNodes).front();
-    const toolkit::Alternative after = toolkit::Alternatives(edit.mAfter->mNodes).front();
-    for (const toolkit::AlternativeItem& item : before.mItems) {
-        if (FindLanguage(after, item.mLanguage) == nullptr) {
-            toolkit::DeleteLocalizedText(source, edit.mPlace.mSchema, edit.mPlace.mPath, item.mLanguage);
-        }
-    }
-    for (const toolkit::AlternativeItem& item : after.mItems) {
-        const toolkit::AlternativeItem* const old = FindLanguage(before, item.mLanguage);
-        const bool settled =
-            old != nullptr && IsItemMixed(*edit.mBefore, before, *old) && !IsItemMixed(*edit.mAfter, after, item);
-        if (old == nullptr || old->mValue != item.mValue || settled) {
-            toolkit::SetLocalizedText(source, edit.mPlace.mSchema, edit.mPlace.mPath, {}, item.mLanguage, item.mValue);
-        }
     }
 }
 
@@ -91,45 +80,51 @@ void ReplaceUnit(XMPMetaHandle source, const PropertyUnit& unit) {
     CopyUnit(source, unit);
 }
 
+void PutItems(XMPMetaHandle source, const PropertyUnit& own, const std::vector<ArrayItem>& items) {
+    const Place place{own.mNodes.front().mSchema, own.Path()};
+    if (items.empty() && !own.mMixed) {
+        RemoveUnit(source, place);
+        return;
+    }
+    ReplaceUnit(source, WithItems(own, items));
+    if (own.mMixed) {
+        toolkit::MarkMixed(source, place.mSchema, place.mPath);
+    }
+}
+
 void EditQualifiers(XMPMetaHandle source, const PropertyUnit& before, const PropertyUnit& after) {
+    const std::unordered_set<UTF8String> old = QualifierKeys(before);
+    const std::unordered_set<UTF8String> present = QualifierKeys(after);
     for (const Node& node : before.mNodes) {
-        if (IsQualifier(node) && !Holds(after, node)) {
+        if (IsQualifier(node) && !present.contains(KeyOf(node))) {
             toolkit::DeleteProperty(source, node.mSchema, node.mPath);
         }
     }
     for (const Node& node : after.mNodes) {
-        if (IsQualifier(node) && !Holds(before, node)) {
+        if (IsQualifier(node) && !old.contains(KeyOf(node))) {
             toolkit::CopyNode(source, node, node.mPath);
         }
     }
 }
 
 void ApplyUnitEdit(XMPMetaHandle source, const UnitEdit& edit) {
-    if (!edit.mAfter) {
+    if (!edit.mAfter || (IsText(*edit.mAfter) && edit.mAfter->mNodes.front().mValue.empty())) {
         RemoveUnit(source, edit.mPlace);
         return;
     }
     const PropertyUnit& after = *edit.mAfter;
     if (after.IsStructure()) {
-        // Its fields are edits of their own.
-        const PropertyUnits present = UnitsAt(source, edit.mPlace);
-        if (present.empty() || !present.begin()->second.IsStructure()) {
-            ReplaceUnit(source, after);
-        }
-        return;
-    }
-    const bool isSameShape = edit.mBefore && edit.mBefore->IsArray() == after.IsArray() &&
-                             edit.mBefore->IsLanguageAlternative() == after.IsLanguageAlternative();
-    if (isSameShape && after.IsLanguageAlternative()) {
-        EditLanguages(source, edit);
-    } else if (isSameShape && after.IsArray() && after.mMixed) {
-        EditItems(source, edit);
-    } else if (isSameShape && after.IsArray() && edit.mBefore->mMixed) {
-        SettleArray(source, edit);
-    } else if (isSameShape && !after.IsArray()) {
-        SetSimple(source, *edit.mBefore, after);
-    } else {
+        MakeStructure(source, edit);
+    } else if (!HasKeptItsShape(edit)) {
         ReplaceUnit(source, after);
+    } else if (after.IsLanguageAlternative()) {
+        EditLanguages(source, edit);
+    } else if (!after.IsArray()) {
+        SetSimple(source, edit);
+    } else if (edit.mBefore && edit.mBefore->mMixed && !after.mMixed) {
+        SettleArray(source, edit);
+    } else {
+        EditItems(source, edit);
     }
 }
 
