@@ -278,8 +278,8 @@ ZEPHMETADATA_EXPORT bool IsInstanceData(const Path& path);
 ///
 /// A write-back takes to each provider what was changed at or below the changed paths and nothing else: a value that is
 /// still mixed stays as it is in each source, one that was removed or set to an empty text is removed from all, one
-/// language or one item leaves the others as they are. Document identifiers and the history stay each source's own. A provider that may not write one
-/// of the changed paths is left out.
+/// language or one item leaves the others as they are. Document identifiers and the history stay each source's own. A
+/// provider that may not write one of the changed paths is left out.
 class ZEPHMETADATA_EXPORT AggregateProvider : public ProxyProviderImpl {
 public:
     AggregateProvider();
@@ -312,9 +312,13 @@ private:
 
 /// A provider in which some schemas live in providers of their own and everything else in a base provider.
 ///
-/// The tree is the base provider's own, into which the properties of the routed schemas are copied. Through this provider
-/// the base is written without them; whoever writes the base by itself writes them too. A base belongs to one such
+/// The tree is the base provider's own, into which the properties of the routed schemas are copied. What the base holds of
+/// these schemas itself is shown where the route has no such property. Through this provider the base is written as if
+/// there were no routes; whoever writes the base by itself writes their properties too. A base belongs to one such
 /// provider at a time.
+///
+/// A change of a routed schema is written to its provider, a property that was only the base's as a whole. One that was
+/// removed goes from the base as well, which is then written too.
 class ZEPHMETADATA_EXPORT DisjointSchemaProxyProvider : public ProxyProviderImpl {
 public:
     DisjointSchemaProxyProvider();
@@ -336,7 +340,7 @@ private:
     using Routes = std::map<sp<SchemaDefinition>, sp<MetaDataProvider>, std::owner_less<sp<SchemaDefinition>>>;
 
     void WriteChanges(const std::vector<Path>& changes) override;
-    void WriteBase(XMPMetaHandle tree, const std::vector<Path>& changes);
+    void WriteBase(const std::vector<Path>& changes);
     bool CopyRoutes(XMPMetaHandle tree);
     void TakeRoutesOut();
 
