@@ -15,6 +15,7 @@
 ///
 /// The usual edit: make a MetaDataUpdateAccess, change values on `*access`, AddChange each path that really changed, and
 /// let the access end, which writes back. Providers live in shared pointers. Threads: one at a time for each provider.
+/// Without the library initialised none has a tree, which an error record (ErrorReadingXMP) says.
 namespace zephmetadata {
 
 enum PathStatus : std::int32_t { kPathReadable = 0, kPathWritable = 1 };

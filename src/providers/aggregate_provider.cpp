@@ -2,6 +2,7 @@
 #include <unordered_set>
 
 #include "providers/merging/merged_edits.h"
+#include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephcore/text.h"
 #include "zephmetadata/providers.h"
@@ -74,7 +75,7 @@ void AggregateProvider::AddProvider(const sp<MetaDataProvider>& provider, bool r
 /// What is edited from here on is edited in all providers, also when the tree is still the first one's own.
 void AggregateProvider::RememberTree() {
     const XMPMetaPtr tree = MetaDataAccess();
-    if (mProviders.size() > 1 && tree && tree != mMerge->mTree) {
+    if (mProviders.size() > 1 && tree && tree != mMerge->mTree && CanHaveTrees()) {
         *mMerge = {tree, UnitsOf(tree.get())};
     }
 }
@@ -121,9 +122,13 @@ void AggregateProvider::GetAllPathsForDynamicSchema(const UTF8String& namespaceU
 }
 
 void AggregateProvider::OnProxyMetaDataChange(XMPMetaHandle /*changed*/) {
+    *mMerge = {};
+    if (mProviders.empty() || !CanHaveTrees()) {
+        ResetMetaData(nullptr, true);
+        return;
+    }
     const Providers providers = Unique(mProviders);
     XMPMetaPtr tree;
-    *mMerge = {};
     if (mProviders.size() == 1) {
         tree = TreeOf(providers.front());
     } else {

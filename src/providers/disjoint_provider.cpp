@@ -4,6 +4,7 @@
 #include <unordered_set>
 
 #include "providers/merging/merged_edits.h"
+#include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/providers.h"
 
@@ -226,6 +227,10 @@ bool DisjointSchemaProxyProvider::CopyRoutes(XMPMetaHandle tree) {
 
 void DisjointSchemaProxyProvider::OnProxyMetaDataChange(XMPMetaHandle /*changed*/) {
     TakeRoutesOut();
+    if ((!mBase && mRoutes.empty()) || !CanHaveTrees()) {
+        ResetMetaData(nullptr, true);
+        return;
+    }
     XMPMetaPtr tree = *MetaDataReadAccess(mBase);
     const bool hasBase = tree != nullptr;
     if (!hasBase) {
