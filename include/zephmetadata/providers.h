@@ -46,6 +46,12 @@ public:
     /// Takes back the first registration of that very function object.
     void RemoveMetaDataChangedNotification(const MetaDataCallback& callback);
 
+    /// Has @p callback called with the tree after every write-back of an update access that has changes, however it went:
+    /// the tree has the edits in any case, of which NotifyWhenMetaDataChanged does not tell. Panels that show the tree
+    /// register one function object with both. Exceptions that it throws are discarded and end the pass.
+    void NotifyWhenMetaDataWritten(const MetaDataCallback& callback);
+    void RemoveMetaDataWrittenNotification(const MetaDataCallback& callback);
+
     /// Keeps a dynamic schema with this provider, the first of each namespace, and registers it when the registry has none.
     void AddDynamicSchemaDefinition(sp<SchemaDefinition> schema);
     bool DoesDynamicNamespaceExist(const UTF8String& namespaceURI);
@@ -66,6 +72,9 @@ protected:
     bool IsInWrite() const;
 
 private:
+    /// DoWriteChanges, then the callbacks.
+    void WriteBack(const std::vector<Path>& changes);
+
     friend class MetaDataReadAccess;
     friend class MetaDataUpdateAccess;
     struct State;
