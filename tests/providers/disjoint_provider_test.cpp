@@ -77,9 +77,10 @@ TEST_F(Disjoint, WritesEachChangeToItsProvider) {
     {
         MetaDataUpdateAccess access(mProvider);
         SetValue(*access, At("dc:format"), "f");
+        SetValue(*access, At("dc:coverage"), "c");
         SetValue(*access, At("dc:subject"), "x; y; z");
         SetValue(*access, At("xmp:Label"), "ll");
-        for (const char* description : {"dc:subject", "dc:format/xmp:Label", "dc:format", "dc:x[", "dc:y//"}) {
+        for (const char* description : {"dc:subject", "dc:coverage/xmp:Label", "dc:format", "dc:x[", "dc:y//"}) {
             access.AddChange({false, At("dc:subject").mNamespace, description, "", ""});  // some lead nowhere
         }
         access.AddChange({false, At("xmp:Label").mNamespace, "xmp:Label//", "", ""});
@@ -91,7 +92,7 @@ TEST_F(Disjoint, WritesEachChangeToItsProvider) {
         access.AddChange(At("dc:subject[1]"));
     }
     EXPECT_EQ(Shown(mRouted, "dc:subject"), "y; z") << "an item's path stands for its array";
-    EXPECT_EQ(Shown(mRouted, "dc:format") + duringWrite, "f<none>ll");
+    EXPECT_EQ(Shown(mRouted, "dc:format") + Shown(mRouted, "dc:coverage") + duringWrite, "fc<none>ll");
 }
 
 TEST_F(Disjoint, LosesNothingThatNobodyEdited) {
