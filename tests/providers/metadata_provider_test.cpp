@@ -148,12 +148,6 @@ TEST_F(Provider, MayBeDestroyedByItsOwnCallback) {
     EXPECT_FALSE(*after);
 }
 
-TEST_F(Provider, LetsExceptionsOfCallbacksThrough) {
-    mProvider->NotifyWhenMetaDataChanged(Callback([](XMPMetaHandle) { throw std::runtime_error("host"); }));
-    EXPECT_THROW(mProvider->ResetToEmptyMetaData(true), std::runtime_error);
-    EXPECT_NO_THROW(mProvider->ResetToEmptyMetaData(false));
-}
-
 TEST_F(Provider, ReadAccessKeepsItsTree) {
     SetValue(Tree(), At("dc:source"), "old");
     const MetaDataReadAccess access(mProvider);
@@ -163,56 +157,6 @@ TEST_F(Provider, ReadAccessKeepsItsTree) {
     std::string text;
     EXPECT_TRUE(GetValue(*access, At("dc:source"), text));
     EXPECT_EQ(text, "old");
-}
-
-TEST_F(Provider, OfAnyKindHasNoTreeWithoutTheLibrary) {
-    class Buffer : public BufferProviderImpl {
-    public:
-        explicit Buffer(const std::string& packet)
-            : BufferProviderImpl(reinterpret_cast<const unsigned char*>(packet.data()), packet.size()) {}
-
-    private:
-        void WriteBuffer(const std::vector<Path>&, const char*, std::size_t) override {}
-    };
-    const UTF16String photo = u"" ZEPHMETADATA_SOURCE_DIR "/tests/data/harbour.jpg";
-    const std::string packet = SerializeXMPMeta(Tree());
-    struct Row {
-        const char* mLabel;
-        std::function<sp<MetaDataProvider>()> mMake;
-    };
-    const std::vector<Row> rows = {
-        {"file", [&] { return std::make_shared<FileProvider>(photo); }},
-        {"media", [&] { return OpenMedia(photo); }},
-        {"sidecar",
-         [] { return std::make_shared<SidecarProvider>(u"" ZEPHMETADATA_SOURCE_DIR "/tests/data/sidecar.xmp"); }},
-        {"buffer", [&] { return std::make_shared<Buffer>(packet); }},
-        {"typical",
-         [&] {
-             mProvider->ResetToEmptyMetaData(true);
-             return mProvider;
-         }},
-        {"aggregate",
-         [&] { return std::make_shared<AggregateProvider>(std::vector<sp<MetaDataProvider>>{mProvider}); }},
-        {"disjoint",
-         [&] {
-             const auto disjoint = std::make_shared<DisjointSchemaProxyProvider>();
-             disjoint->RegisterBaseProvider(mProvider);
-             return disjoint;
-         }},
-    };
-    Terminate();
-    for (const Row& row : rows) {
-        EXPECT_EQ(*MetaDataReadAccess(row.mMake()), nullptr) << row.mLabel;
-    }
-    EXPECT_EQ(GetErrorInfos().size(), rows.size());
-    const auto provider = std::make_shared<FileProvider>(photo);
-    EXPECT_EQ(provider->LastRead().mStatus, FileStatus::kFileStatus_Unreadable);
-    Initialize();
-    EXPECT_EQ(Records().back(),
-              (Record{ErrorKind::ErrorReadingXMP, "Error reading XMP data: the library is not initialised.",
-                      zephcore::UTF16to8(photo)}));
-    provider->ReloadFile();
-    EXPECT_NE(*MetaDataReadAccess(provider), nullptr);
 }
 
 TEST_F(Provider, KeepsTheFirstDynamicSchemaOfANamespace) {

@@ -11,8 +11,8 @@
 namespace zephmetadata {
 
 /// The whole that a changed path is part of: an array or alternative for one of its items, the outermost structure that
-/// went with its last field, and what stands there instead of a structure. Can be read from @p tree. Throws XMPError for
-/// what can be no path.
+/// went with its last field, and what stands there instead of a structure. Can be read from @p tree. Throws XMPError
+/// for what can be no path.
 toolkit::Place ChangedRegion(XMPMetaHandle tree, const Path& path);
 /// Those of all @p changes, without the ones that lie within others.
 std::set<toolkit::Place> ChangedRegions(XMPMetaHandle tree, const std::vector<Path>& changes);
