@@ -46,9 +46,9 @@ public:
     /// Takes back the first registration of that very function object.
     void RemoveMetaDataChangedNotification(const MetaDataCallback& callback);
 
-    /// Has @p callback called with the tree after every write-back of an update access that has changes, however it went:
-    /// the tree has the edits in any case, of which NotifyWhenMetaDataChanged does not tell. Panels that show the tree
-    /// register one function object with both. Exceptions that it throws are discarded and end the pass.
+    /// Has @p callback called with the tree after every write-back of an update access that has changes, however it
+    /// went: the tree has the edits in any case, of which NotifyWhenMetaDataChanged does not tell. Panels that show the
+    /// tree register one function object with both. Exceptions that it throws are discarded and end the pass.
     void NotifyWhenMetaDataWritten(const MetaDataCallback& callback);
     void RemoveMetaDataWrittenNotification(const MetaDataCallback& callback);
 
@@ -322,8 +322,8 @@ private:
 
 /// A provider in which some schemas live in providers of their own and everything else in a base provider.
 ///
-/// The tree is the base provider's own, into which the properties of the routed schemas are copied. What the base holds of
-/// these schemas itself is shown where the route has no such property. Through this provider the base is written as if
+/// The tree is the base provider's own, into which the properties of the routed schemas are copied. What the base holds
+/// of these schemas itself is shown where the route has no such property. Through this provider the base is written as if
 /// there were no routes; whoever writes the base by itself writes their properties too. A base belongs to one such
 /// provider at a time.
 ///
