@@ -15,6 +15,7 @@
 ///
 /// The usual edit: make a MetaDataUpdateAccess, change values on `*access`, AddChange each path that really changed, and
 /// let the access end, which writes back. Providers live in shared pointers. Threads: one at a time for each provider.
+/// Without the library initialised none has a tree, which an error record (ErrorReadingXMP) says.
 namespace zephmetadata {
 
 enum PathStatus : std::int32_t { kPathReadable = 0, kPathWritable = 1 };
@@ -45,6 +46,12 @@ public:
     /// Takes back the first registration of that very function object.
     void RemoveMetaDataChangedNotification(const MetaDataCallback& callback);
 
+    /// Has @p callback called with the tree after every write-back of an update access that has changes, however it
+    /// went: the tree has the edits in any case, of which NotifyWhenMetaDataChanged does not tell. Panels that show the
+    /// tree register one function object with both. Exceptions that it throws are discarded and end the pass.
+    void NotifyWhenMetaDataWritten(const MetaDataCallback& callback);
+    void RemoveMetaDataWrittenNotification(const MetaDataCallback& callback);
+
     /// Keeps a dynamic schema with this provider, the first of each namespace, and registers it when the registry has none.
     void AddDynamicSchemaDefinition(sp<SchemaDefinition> schema);
     bool DoesDynamicNamespaceExist(const UTF8String& namespaceURI);
@@ -65,6 +72,9 @@ protected:
     bool IsInWrite() const;
 
 private:
+    /// DoWriteChanges, then the callbacks.
+    void WriteBack(const std::vector<Path>& changes);
+
     friend class MetaDataReadAccess;
     friend class MetaDataUpdateAccess;
     struct State;
@@ -277,9 +287,9 @@ ZEPHMETADATA_EXPORT bool IsInstanceData(const Path& path);
 /// arrays and alternatives as a whole. Providers without a tree are passed over.
 ///
 /// A write-back takes to each provider what was changed at or below the changed paths and nothing else: a value that is
-/// still mixed stays as it is in each source, one that was removed is removed from all, one language or one item leaves
-/// the others as they are. Document identifiers and the history stay each source's own. A provider that may not write one
-/// of the changed paths is left out.
+/// still mixed stays as it is in each source, one that was removed or set to an empty text is removed from all, one
+/// language or one item leaves the others as they are. Document identifiers and the history stay each source's own. A
+/// provider that may not write one of the changed paths is left out.
 class ZEPHMETADATA_EXPORT AggregateProvider : public ProxyProviderImpl {
 public:
     AggregateProvider();
@@ -287,7 +297,7 @@ public:
     ~AggregateProvider() override;
 
     /// Nothing for a null pointer, for this provider and for a proxy that holds it. A provider that is added twice is
-    /// written once.
+    /// written once. Without @p rebuild the tree stays as it is, but what is edited from here on is edited in all.
     void AddProvider(const sp<MetaDataProvider>& provider, bool rebuild);
     void ResetProviders();
     void ResetProviders(const PolyRange<sp<MetaDataProvider>>& providers);
@@ -303,6 +313,7 @@ protected:
 private:
     void WriteChanges(const std::vector<Path>& changes) override;
     void WriteMerged(const std::vector<Path>& changes);
+    void RememberTree();
 
     struct Merge;
     std::vector<sp<MetaDataProvider>> mProviders;
@@ -311,9 +322,13 @@ private:
 
 /// A provider in which some schemas live in providers of their own and everything else in a base provider.
 ///
-/// The tree is the base provider's own, into which the properties of the routed schemas are copied. Through this provider
-/// the base is written without them; whoever writes the base by itself writes them too. A base belongs to one such
+/// The tree is the base provider's own, into which the properties of the routed schemas are copied. What the base holds
+/// of these schemas itself is shown where the route has no such property. Through this provider the base is written as if
+/// there were no routes; whoever writes the base by itself writes their properties too. A base belongs to one such
 /// provider at a time.
+///
+/// A change of a routed schema is written to its provider, a property that was only the base's as a whole. One that was
+/// removed goes from the base as well, which is then written too.
 class ZEPHMETADATA_EXPORT DisjointSchemaProxyProvider : public ProxyProviderImpl {
 public:
     DisjointSchemaProxyProvider();
@@ -335,7 +350,7 @@ private:
     using Routes = std::map<sp<SchemaDefinition>, sp<MetaDataProvider>, std::owner_less<sp<SchemaDefinition>>>;
 
     void WriteChanges(const std::vector<Path>& changes) override;
-    void WriteBase(XMPMetaHandle tree, const std::vector<Path>& changes);
+    void WriteBase(const std::vector<Path>& changes);
     bool CopyRoutes(XMPMetaHandle tree);
     void TakeRoutesOut();
 

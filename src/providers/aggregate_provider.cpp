@@ -1,7 +1,8 @@
 #include <algorithm>
 #include <unordered_set>
 
-#include "providers/merged_edits.h"
+#include "providers/merging/merged_edits.h"
+#include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephcore/text.h"
 #include "zephmetadata/providers.h"
@@ -66,6 +67,16 @@ void AggregateProvider::AddProvider(const sp<MetaDataProvider>& provider, bool r
     mProviders.push_back(provider);
     if (rebuild) {
         OnProxyMetaDataChange(nullptr);
+    } else {
+        RememberTree();
+    }
+}
+
+/// What is edited from here on is edited in all providers, also when the tree is still the first one's own.
+void AggregateProvider::RememberTree() {
+    const XMPMetaPtr tree = MetaDataAccess();
+    if (mProviders.size() > 1 && tree && tree != mMerge->mTree && CanHaveTrees()) {
+        *mMerge = {tree, UnitsOf(tree.get())};
     }
 }
 
@@ -77,7 +88,9 @@ void AggregateProvider::ResetProviders(const PolyRange<sp<MetaDataProvider>>& pr
     const Providers released = std::exchange(mProviders, {});
     ResetProxyProviders();
     for (const sp<MetaDataProvider>& provider : providers) {
-        AddProvider(provider, false);
+        if (AddProxyProvider(provider)) {
+            mProviders.push_back(provider);
+        }
     }
     OnProxyMetaDataChange(nullptr);
 }
@@ -109,9 +122,13 @@ void AggregateProvider::GetAllPathsForDynamicSchema(const UTF8String& namespaceU
 }
 
 void AggregateProvider::OnProxyMetaDataChange(XMPMetaHandle /*changed*/) {
+    *mMerge = {};
+    if (mProviders.empty() || !CanHaveTrees()) {
+        ResetMetaData(nullptr, true);
+        return;
+    }
     const Providers providers = Unique(mProviders);
     XMPMetaPtr tree;
-    *mMerge = {};
     if (mProviders.size() == 1) {
         tree = TreeOf(providers.front());
     } else {
@@ -145,7 +162,7 @@ void AggregateProvider::WriteMerged(const std::vector<Path>& changes) {
     std::copy_if(changes.begin(), changes.end(), std::back_inserter(shared),
                  [](const Path& path) { return !IsInstanceData(path); });
     const XMPMetaPtr tree = MetaDataAccess();
-    if (!tree || tree != mMerge->mTree || shared.empty()) {
+    if (!tree || tree != mMerge->mTree) {
         return;
     }
     Providers writable = Unique(mProviders);
@@ -155,10 +172,13 @@ void AggregateProvider::WriteMerged(const std::vector<Path>& changes) {
     for (const sp<MetaDataProvider>& provider : writable) {
         try {
             MetaDataUpdateAccess access(provider);
-            if (*access != nullptr && edited.insert(*access).second) {
+            const bool isOwnTree = *access == tree;  // of the only provider that there was, edited already
+            if (*access != nullptr && !isOwnTree && edited.insert(*access).second) {
                 edits.ApplyTo(*access);
             }
-            std::for_each(shared.begin(), shared.end(), [&](const Path& path) { access.AddChange(path); });
+            for (const Path& path : isOwnTree ? changes : shared) {
+                access.AddChange(path);
+            }
         } catch (...) {
             // A provider that cannot even hand out its tree keeps the edit from no other.
         }

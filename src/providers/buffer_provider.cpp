@@ -1,6 +1,7 @@
 #include <limits>
 
 #include "frame/errors.h"
+#include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
@@ -13,6 +14,9 @@ namespace {
 XMPMetaPtr TreeOf(const unsigned char* data, std::size_t size) {
     // The toolkit counts packets in 32 bits.
     if (data == nullptr || size == 0 || size > std::numeric_limits<std::uint32_t>::max()) {
+        return nullptr;
+    }
+    if (!CanHaveTrees()) {
         return nullptr;
     }
     XMPMetaPtr tree = toolkit::NewTree();

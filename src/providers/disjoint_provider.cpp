@@ -1,47 +1,73 @@
 #include <algorithm>
 #include <set>
+#include <unordered_map>
+#include <unordered_set>
 
-#include "providers/merged_edits.h"
+#include "providers/merging/merged_edits.h"
+#include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {
 
-/// Which schemas of which tree stand for those of other providers, and what the tree had of them itself.
+/// Which properties of which tree stand for those of other providers, and what the tree had of their schemas itself.
 struct DisjointSchemaProxyProvider::Copies {
+    /// Has @p edited, properties of routed schemas, stand for those of the routes from now on. Those that are gone and
+    /// that the tree had itself as well: they go there too, so as not to come to light again.
+    std::set<toolkit::Place> Settle(XMPMetaHandle edited, const std::set<toolkit::Place>& properties);
+
     XMPMetaPtr mTree;
-    std::vector<UTF8String> mSchemas;
+    std::set<toolkit::Place> mProperties;
     XMPMetaPtr mOwn;
 };
 
 namespace {
 
-/// Copies the properties of one schema from one tree to another, replacing those of the same names.
-void CopySchema(XMPMetaHandle source, XMPMetaHandle destination, const UTF8String& schema) {
-    for (const toolkit::Node& node : toolkit::Nodes(source, schema, {}, toolkit::Walk::kJustChildren)) {
-        toolkit::DuplicateSubtree(source, destination, schema, node.mPath);
+using toolkit::Place;
+
+std::vector<toolkit::Node> PropertiesOf(XMPMetaHandle tree, const UTF8String& schema) {
+    return toolkit::Nodes(tree, schema, {}, toolkit::Walk::kJustChildren);
+}
+
+/// Copies a property or a part of one, if there is such; what the destination cannot take stays where it is.
+void Copy(XMPMetaHandle source, XMPMetaHandle destination, const Place& place) {
+    try {
+        toolkit::DuplicateSubtree(source, destination, place.mSchema, place.mPath);
+    } catch (const XMPError&) {
+        // The other properties are independent of it.
     }
 }
 
-/// Takes the paths that lead into @p schema out of @p changes, in their order.
-std::vector<Path> TakeOut(std::vector<Path>& changes, XMPMetaHandle tree, const UTF8String& schema) {
-    const auto leadsElsewhere = [&](const Path& path) {
-        try {
-            return ChangedRegion(tree, path).mSchema != schema;
-        } catch (const XMPError&) {
-            return path.mNamespace != schema;
-        }
-    };
-    const auto first = std::stable_partition(changes.begin(), changes.end(), leadsElsewhere);
-    std::vector<Path> taken(first, changes.end());
-    changes.erase(first, changes.end());
-    return taken;
+Place TopLevelOf(Place place) {
+    place.mPath.resize(std::min(place.mPath.find('/'), place.mPath.size()));
+    return place;
 }
 
-/// Makes what a tree holds at a region what @p edited holds there.
-void CopyRegion(XMPMetaHandle edited, XMPMetaHandle tree, const toolkit::Place& region) {
-    const auto& [schema, path] = region;
+bool Holds(XMPMetaHandle tree, const Place& place) {
+    return toolkit::PropertyExists(tree, place.mSchema, place.mPath);
+}
+
+template <typename Visit>
+void ForEachOf(const std::set<Place>& places, const UTF8String& schema, const Visit& visit) {
+    for (auto place = places.lower_bound({schema, {}}); place != places.end() && place->mSchema == schema; ++place) {
+        visit(*place);
+    }
+}
+
+bool HoldsMixed(XMPMetaHandle tree, const Place& place) {
+    const std::vector<toolkit::Node> nodes = toolkit::Nodes(tree, place.mSchema, place.mPath, toolkit::Walk::kSubtree);
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [&](const toolkit::Node& node) { return toolkit::IsMixed(tree, node.mSchema, node.mPath); });
+}
+
+/// Makes what a tree holds at a region what @p edited holds there. A property that the tree lacks comes as a whole: the
+/// part alone would take the place of the others that are shown.
+void CopyRegion(XMPMetaHandle edited, XMPMetaHandle tree, const Place& region) {
     try {
+        const Place property = TopLevelOf(region);
+        const bool isWhole = Holds(edited, property) && !Holds(tree, property) && !HoldsMixed(edited, property);
+        const Place& place = isWhole ? property : region;
+        const auto& [schema, path] = place;
         // What the sources of the base differ in is theirs, and no value for another provider.
         const bool isForeign = toolkit::IsMixed(edited, schema, path) && !toolkit::IsMixed(tree, schema, path);
         if (!isForeign) {
@@ -53,7 +79,76 @@ void CopyRegion(XMPMetaHandle edited, XMPMetaHandle tree, const toolkit::Place& 
     }
 }
 
+/// What was changed, as it was when the write-back began: a provider that is written may bring about a rebuild.
+class EditedParts {
+public:
+    EditedParts(XMPMetaHandle tree, const std::vector<Path>& changes) : mTree(toolkit::NewTree()) {
+        for (const Path& path : changes) {
+            Place place{path.mNamespace, {}};
+            try {
+                place = ChangedRegion(tree, path);
+                mRegions.insert(place);
+                if (mProperties.insert(TopLevelOf(place)).second) {
+                    Copy(tree, mTree.get(), TopLevelOf(place));
+                }
+            } catch (const XMPError&) {
+                // It can be no path, which is for the provider of its schema to hear of.
+            }
+            mPaths[place.mSchema].push_back(path);
+            mPlaces.push_back(std::move(place));
+        }
+    }
+
+    XMPMetaHandle Tree() const { return mTree.get(); }
+    /// Of each change, in their order.
+    const std::vector<Place>& Places() const { return mPlaces; }
+    /// The properties that the changes are, or are parts of.
+    const std::set<Place>& Properties() const { return mProperties; }
+
+    /// Takes the changes of a schema to its provider, whose tree may be the edited one itself.
+    void WriteTo(MetaDataUpdateAccess& access, const UTF8String& schema, bool isEdited) const {
+        if (!isEdited) {
+            ForEachOf(mRegions, schema, [&](const Place& region) { CopyRegion(mTree.get(), *access, region); });
+        }
+        if (const auto paths = mPaths.find(schema); paths != mPaths.end()) {
+            std::for_each(paths->second.begin(), paths->second.end(),
+                          [&](const Path& path) { access.AddChange(path); });
+        }
+    }
+
+private:
+    XMPMetaPtr mTree;
+    std::vector<Place> mPlaces;
+    std::set<Place> mRegions;
+    std::set<Place> mProperties;
+    std::unordered_map<UTF8String, std::vector<Path>> mPaths;  // by schema
+};
+
+/// Those of @p properties that belong to a route with a tree of its own.
+template <typename Routes>
+std::set<Place> OfRoutes(const Routes& routes, const std::set<Place>& properties, XMPMetaHandle tree) {
+    std::set<Place> routed;
+    for (const auto& [schema, provider] : routes) {
+        const MetaDataReadAccess access(provider);
+        if (*access != nullptr && *access != tree) {
+            ForEachOf(properties, schema->mNamespace, [&](const Place& property) { routed.insert(property); });
+        }
+    }
+    return routed;
+}
+
 }  // namespace
+
+std::set<Place> DisjointSchemaProxyProvider::Copies::Settle(XMPMetaHandle edited, const std::set<Place>& properties) {
+    std::set<Place> gone;
+    for (const Place& property : mOwn ? properties : std::set<Place>()) {
+        mProperties.insert(property);
+        if (!Holds(edited, property) && toolkit::DeleteProperty(mOwn.get(), property.mSchema, property.mPath)) {
+            gone.insert(property);
+        }
+    }
+    return gone;
+}
 
 DisjointSchemaProxyProvider::DisjointSchemaProxyProvider() : mCopies(std::make_unique<Copies>()) {}
 
@@ -94,44 +189,48 @@ bool DisjointSchemaProxyProvider::QueryPathStatus(const Path& path, PathStatus s
     return provider ? provider->QueryPathStatus(path, status) : MetaDataProvider::QueryPathStatus(path, status);
 }
 
-/// Gives the tree that routed schemas were copied into what it had of its own.
+/// Gives the tree that routed properties were copied into what it had in their places.
 void DisjointSchemaProxyProvider::TakeRoutesOut() {
     const Copies copies = std::exchange(*mCopies, {});
-    try {
-        for (const UTF8String& schema : copies.mSchemas) {
-            toolkit::RemoveProperties(copies.mTree.get(), schema, {});
-            CopySchema(copies.mOwn.get(), copies.mTree.get(), schema);
+    for (const Place& place : copies.mProperties) {
+        try {
+            toolkit::RemoveProperties(copies.mTree.get(), place.mSchema, place.mPath);
+            Copy(copies.mOwn.get(), copies.mTree.get(), place);
+        } catch (const XMPError&) {
+            // The toolkit was stopped before its last host: the tree is read by nobody any more.
         }
-    } catch (const XMPError&) {
-        // The toolkit was stopped before its last host: the tree is read by nobody any more.
     }
 }
 
-/// Copies the routed schemas into @p tree; whether there was any to copy.
+/// Copies the routed properties into @p tree; whether any route has a tree.
 bool DisjointSchemaProxyProvider::CopyRoutes(XMPMetaHandle tree) {
     *mCopies = {tree, {}, toolkit::NewTree()};
-    for (const auto& [schema, provider] : Routes(mRoutes)) {
+    std::unordered_set<UTF8String> schemas;
+    for (const auto& [definition, provider] : Routes(mRoutes)) {
         const MetaDataReadAccess source(provider);
         if (*source == nullptr || *source == tree) {
             continue;
         }
-        std::vector<UTF8String>& copied = mCopies->mSchemas;
-        const bool isFirst = std::find(copied.begin(), copied.end(), schema->mNamespace) == copied.end();
-        try {
-            if (isFirst) {
-                copied.push_back(schema->mNamespace);
-                CopySchema(tree, mCopies->mOwn.get(), schema->mNamespace);
+        const UTF8String& schema = definition->mNamespace;
+        if (schemas.insert(schema).second) {
+            for (const toolkit::Node& node : PropertiesOf(tree, schema)) {
+                Copy(tree, mCopies->mOwn.get(), {schema, node.mPath});
             }
-            CopySchema(*source, tree, schema->mNamespace);
-        } catch (const XMPError&) {
-            // What the tree cannot take stays with its own provider.
+        }
+        for (const toolkit::Node& node : PropertiesOf(*source, schema)) {
+            mCopies->mProperties.insert({schema, node.mPath});
+            Copy(*source, tree, {schema, node.mPath});
         }
     }
-    return !mCopies->mSchemas.empty();
+    return !schemas.empty();
 }
 
 void DisjointSchemaProxyProvider::OnProxyMetaDataChange(XMPMetaHandle /*changed*/) {
     TakeRoutesOut();
+    if ((!mBase && mRoutes.empty()) || !CanHaveTrees()) {
+        ResetMetaData(nullptr, true);
+        return;
+    }
     XMPMetaPtr tree = *MetaDataReadAccess(mBase);
     const bool hasBase = tree != nullptr;
     if (!hasBase) {
@@ -151,46 +250,46 @@ void DisjointSchemaProxyProvider::WriteChanges(const std::vector<Path>& changes)
     if (!tree) {
         return;
     }
-    // Taken before the first provider is written, which may bring about a rebuild.
-    const XMPMetaPtr edited = toolkit::NewTree();
-    const std::set<toolkit::Place> regions = ChangedRegions(tree.get(), changes);
-    for (const auto& [schema, path] : regions) {
-        toolkit::DuplicateSubtree(tree.get(), edited.get(), schema, path);
+    const EditedParts edited(tree.get(), changes);
+    const std::set<Place> gone =
+        mCopies->Settle(edited.Tree(), OfRoutes(Routes(mRoutes), edited.Properties(), tree.get()));
+    std::unordered_set<UTF8String> written;
+    for (const auto& [schema, provider] : Routes(mRoutes)) {
+        try {
+            MetaDataUpdateAccess access(provider);
+            if (*access != nullptr) {
+                written.insert(schema->mNamespace);
+                edited.WriteTo(access, schema->mNamespace, *access == tree);
+            }
+        } catch (...) {
+            // A provider that cannot even hand out its tree keeps the edit from no other.
+        }
     }
-    std::vector<Path> remaining = changes;
-    for (const Routes::value_type& route : Routes(mRoutes)) {
-        MetaDataUpdateAccess access(route.second);
-        if (*access != nullptr) {
-            for (const Path& path : TakeOut(remaining, tree.get(), route.first->mNamespace)) {
-                access.AddChange(path);
-            }
-            for (const toolkit::Place& region : regions) {
-                if (region.mSchema == route.first->mNamespace && *access != tree) {
-                    CopyRegion(edited.get(), *access, region);
-                }
-            }
+    std::vector<Path> remaining;
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        const Place& place = edited.Places()[i];
+        if (!written.contains(place.mSchema) || gone.contains(TopLevelOf(place))) {
+            remaining.push_back(changes[i]);
         }
     }
     if (mBase && !remaining.empty()) {
-        WriteBase(tree.get(), remaining);
+        WriteBase(remaining);
     }
 }
 
-void DisjointSchemaProxyProvider::WriteBase(XMPMetaHandle tree, const std::vector<Path>& changes) {
-    for (const auto& [schema, provider] : mRoutes) {
-        // A schema whose provider has no tree of its own has no other place than the base provider.
-        const MetaDataReadAccess routed(provider);
-        if (*routed != nullptr && *routed != tree) {
-            toolkit::RemoveProperties(tree, schema->mNamespace, {});
-        }
-    }
-    {
+/// Writes the base without what belongs to routes.
+void DisjointSchemaProxyProvider::WriteBase(const std::vector<Path>& changes) {
+    const XMPMetaPtr tree = mCopies->mTree;
+    TakeRoutesOut();
+    try {
         MetaDataUpdateAccess access(mBase);
-        for (const Path& path : changes) {
-            access.AddChange(path);
-        }
+        std::for_each(changes.begin(), changes.end(), [&](const Path& path) { access.AddChange(path); });
+    } catch (...) {
+        // As with the routes, whose properties are put back in any case.
     }
-    CopyRoutes(tree);
+    if (tree && !mCopies->mTree) {  // else a rebuild has taken place meanwhile
+        CopyRoutes(tree.get());
+    }
 }
 
 }  // namespace zephmetadata

@@ -1,4 +1,5 @@
 #include "media/media_store.h"
+#include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
@@ -32,6 +33,11 @@ void FileProvider::ResetFilePath(const UTF16String& path) {
 }
 
 void FileProvider::ReloadFile() {
+    if (!CanHaveTrees(mFile->mPath)) {
+        mFile->mLastRead = {FileStatus::kFileStatus_Unreadable, kNotInitialized};
+        ResetMetaData(nullptr, true);
+        return;
+    }
     const media::MediaReading file = media::ReadMedia(mFile->mPath);
     mFile->mLastRead = {file.mStatus, file.mDetail};
     mFile->mCanWrite = file.mWriteStatus == FileStatus::kFileStatus_Success;

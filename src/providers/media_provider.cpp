@@ -1,4 +1,5 @@
 #include "media/media_pair.h"
+#include "providers/tree_supply.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
 
@@ -28,6 +29,11 @@ const UTF16String& MediaProvider::SidecarPath() const {
 }
 
 void MediaProvider::ReloadFile() {
+    if (!CanHaveTrees(FilePath())) {
+        mMedia->mLastRead = {FileStatus::kFileStatus_Unreadable, kNotInitialized};
+        ResetMetaData(nullptr, true);
+        return;
+    }
     const media::MediaReading reading = mMedia->mPair.Read();
     mMedia->mLastRead = {reading.mStatus, reading.mDetail};
     ResetMetaData(reading.mTree.get(), true);

@@ -12,12 +12,14 @@ struct MetaDataProvider::State {
     std::vector<sp<SchemaDefinition>> mDynamicSchemas;
     std::set<UTF8String> mDynamicNamespaces;
     CallbackList<XMPMetaHandle> mCallbacks;
+    CallbackList<XMPMetaHandle> mWriteCallbacks;
 };
 
 MetaDataProvider::MetaDataProvider() : mState(std::make_unique<State>()) {}
 
 MetaDataProvider::~MetaDataProvider() {
     mState->mCallbacks.EmptyAll();
+    mState->mWriteCallbacks.EmptyAll();
 }
 
 bool MetaDataProvider::QueryPathStatus(const Path& /*path*/, PathStatus status) const {
@@ -45,6 +47,14 @@ void MetaDataProvider::NotifyWhenMetaDataChanged(const MetaDataCallback& callbac
 
 void MetaDataProvider::RemoveMetaDataChangedNotification(const MetaDataCallback& callback) {
     mState->mCallbacks.Remove(callback);
+}
+
+void MetaDataProvider::NotifyWhenMetaDataWritten(const MetaDataCallback& callback) {
+    mState->mWriteCallbacks.Add(callback);
+}
+
+void MetaDataProvider::RemoveMetaDataWrittenNotification(const MetaDataCallback& callback) {
+    mState->mWriteCallbacks.Remove(callback);
 }
 
 void MetaDataProvider::AddDynamicSchemaDefinition(sp<SchemaDefinition> schema) {
@@ -121,6 +131,19 @@ void MetaDataProvider::DoWriteChanges(const std::vector<Path>& changes) {
     GuardedWriteChanges(changes);
 }
 
+void MetaDataProvider::WriteBack(const std::vector<Path>& changes) {
+    const bool isWrite = MetaDataAccess() != nullptr && !changes.empty() && !IsInWrite();
+    try {
+        DoWriteChanges(changes);
+    } catch (...) {
+        // Nobody is there to be told; providers that can fail say so themselves, as FileProvider::LastWrite does.
+    }
+    if (isWrite) {
+        const XMPMetaPtr staysAliveForThePass = MetaDataAccess();
+        mState->mWriteCallbacks.Call(staysAliveForThePass.get());
+    }
+}
+
 MetaDataReadAccess::MetaDataReadAccess(const sp<MetaDataProvider>& provider)
     : mTree(provider ? provider->MetaDataAccess() : nullptr) {}
 
@@ -134,9 +157,9 @@ MetaDataUpdateAccess::~MetaDataUpdateAccess() {
         return;
     }
     try {
-        mProvider->DoWriteChanges(mChanges);
+        mProvider->WriteBack(mChanges);
     } catch (...) {
-        // A destructor has nobody to tell; providers that can fail say so themselves, as FileProvider::LastWrite does.
+        // A callback's, or one of a provider that cannot even hand out its tree: a destructor has nobody to tell.
     }
 }
 

@@ -1,4 +1,5 @@
 #include "media/files/packet_file.h"
+#include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
@@ -6,8 +7,11 @@
 namespace zephmetadata {
 
 struct SidecarProvider::FileState {
-    explicit FileState(const UTF16String& path)
-        : mPath(path), mPacket(path), mLastRead{mPacket.Status(), mPacket.Detail()} {}
+    FileState(const UTF16String& path, bool canRead)
+        : mPath(path),
+          mPacket(canRead ? path : UTF16String()),
+          mLastRead(canRead ? FileReport{mPacket.Status(), mPacket.Detail()}
+                            : FileReport{FileStatus::kFileStatus_Unreadable, kNotInitialized}) {}
 
     UTF16String mPath;
     toolkit::PacketFile mPacket;
@@ -16,7 +20,7 @@ struct SidecarProvider::FileState {
 };
 
 SidecarProvider::SidecarProvider(const UTF16String& path)
-    : BufferProviderImpl(nullptr, 0), mFile(std::make_unique<FileState>(path)) {
+    : BufferProviderImpl(nullptr, 0), mFile(std::make_unique<FileState>(path, CanHaveTrees(path))) {
     const std::string_view packet = mFile->mPacket.Packet();
     ResetBuffer(reinterpret_cast<const unsigned char*>(packet.data()), packet.size());
 }

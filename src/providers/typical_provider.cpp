@@ -1,3 +1,4 @@
+#include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephmetadata/providers.h"
 
@@ -21,7 +22,7 @@ void TypicalProviderImpl::ResetMetaData(XMPMetaHandle tree, bool notify) {
 }
 
 void TypicalProviderImpl::ResetToEmptyMetaData(bool notify) {
-    ResetMetaData(toolkit::NewTree().get(), notify);
+    ResetMetaData((CanHaveTrees() ? toolkit::NewTree() : nullptr).get(), notify);
 }
 
 }  // namespace zephmetadata

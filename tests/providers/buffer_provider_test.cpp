@@ -1,5 +1,5 @@
+#include "support/test_provider.h"
 #include "support/values_test.h"
-#include "zephmetadata/providers.h"
 
 namespace zephmetadata {
 namespace {
@@ -85,6 +85,49 @@ TEST_F(BufferProvider, KeepsAnExceptionOfItsSubclassIn) {
         access.AddChange(At("dc:source"));
     });
     EXPECT_EQ(provider->mStored, "");
+}
+
+// Providers of all kinds.
+TEST_F(BufferProvider, AndAnyOtherHasNoTreeWithoutTheLibrary) {
+    const UTF16String photo = u"" ZEPHMETADATA_SOURCE_DIR "/tests/data/harbour.jpg";
+    const auto other = std::make_shared<support::TestProvider>(Tree());
+    const std::string packet = SerializeXMPMeta(Tree());
+    struct Row {
+        const char* mLabel;
+        std::function<sp<MetaDataProvider>()> mMake;
+    };
+    const std::vector<Row> rows = {
+        {"file", [&] { return std::make_shared<FileProvider>(photo); }},
+        {"media", [&] { return OpenMedia(photo); }},
+        {"sidecar",
+         [] { return std::make_shared<SidecarProvider>(u"" ZEPHMETADATA_SOURCE_DIR "/tests/data/sidecar.xmp"); }},
+        {"buffer", [&] { return std::make_shared<TestBuffer>(packet); }},
+        {"typical",
+         [&] {
+             other->ResetToEmptyMetaData(true);
+             return other;
+         }},
+        {"aggregate", [&] { return std::make_shared<AggregateProvider>(std::vector<sp<MetaDataProvider>>{other}); }},
+        {"disjoint",
+         [&] {
+             const auto disjoint = std::make_shared<DisjointSchemaProxyProvider>();
+             disjoint->RegisterBaseProvider(other);
+             return disjoint;
+         }},
+    };
+    Terminate();
+    for (const Row& row : rows) {
+        EXPECT_EQ(*MetaDataReadAccess(row.mMake()), nullptr) << row.mLabel;
+    }
+    EXPECT_EQ(GetErrorInfos().size(), rows.size());
+    const auto provider = std::make_shared<FileProvider>(photo);
+    EXPECT_EQ(provider->LastRead().mStatus, FileStatus::kFileStatus_Unreadable);
+    Initialize();
+    EXPECT_EQ(Records().back(),
+              (Record{ErrorKind::ErrorReadingXMP, "Error reading XMP data: the library is not initialised.",
+                      zephcore::UTF16to8(photo)}));
+    provider->ReloadFile();
+    EXPECT_NE(*MetaDataReadAccess(provider), nullptr);
 }
 
 }  // namespace

@@ -65,16 +65,26 @@ TEST_F(Disjoint, WritesEachChangeToItsProvider) {
     std::string duringWrite;
     mBase->mDuringWrite = [&] { duringWrite = Shown(mBase, "dc:source") + Shown(mBase, "xmp:Label"); };
     Edit(mProvider, "xmp:Label", "l");
-    EXPECT_EQ(duringWrite, "<none>l") << "the base provider is written without the routed schema";
-    EXPECT_EQ(Shown(mProvider, "dc:source"), "n") << "and shows it again afterwards";
+    EXPECT_EQ(duringWrite, "coveredl") << "the base provider is written with what it has itself";
+    EXPECT_EQ(Shown(mProvider, "dc:source"), "n") << "and shows the routed schema again afterwards";
     EXPECT_EQ(mRouted->mWrites.size(), 1U);
 
     Edit(mProvider, "dc:source", "");
     EXPECT_EQ(Shown(mRouted, "dc:source"), "<none>");
+    EXPECT_EQ(duringWrite, "<none>l") << "what is deleted does not come to light again in the base";
+    mBase->MetaDataChanged();
+    EXPECT_EQ(Shown(mProvider, "dc:source"), "<none>");
     {
         MetaDataUpdateAccess access(mProvider);
+        SetValue(*access, At("dc:format"), "f");
+        SetValue(*access, At("dc:coverage"), "c");
         SetValue(*access, At("dc:subject"), "x; y; z");
-        access.AddChange(At("dc:subject"));
+        SetValue(*access, At("xmp:Label"), "ll");
+        for (const char* description : {"dc:subject", "dc:coverage/xmp:Label", "dc:format", "dc:x[", "dc:y//"}) {
+            access.AddChange({false, At("dc:subject").mNamespace, description, "", ""});  // some lead nowhere
+        }
+        access.AddChange({false, At("xmp:Label").mNamespace, "xmp:Label//", "", ""});
+        access.AddChange(At("xmp:Label"));
     }
     {
         MetaDataUpdateAccess access(mProvider);
@@ -82,6 +92,39 @@ TEST_F(Disjoint, WritesEachChangeToItsProvider) {
         access.AddChange(At("dc:subject[1]"));
     }
     EXPECT_EQ(Shown(mRouted, "dc:subject"), "y; z") << "an item's path stands for its array";
+    EXPECT_EQ(Shown(mRouted, "dc:format") + Shown(mRouted, "dc:coverage") + duringWrite, "fc<none>ll");
+}
+
+TEST_F(Disjoint, LosesNothingThatNobodyEdited) {
+    const std::string source =
+        "<xmpMM:DerivedFrom rdf:parseType='Resource'><stRef:documentID>d</stRef:documentID>"
+        "<stRef:instanceID>i</stRef:instanceID></xmpMM:DerivedFrom>";
+    mBase = Source("<dc:source>covered</dc:source><dc:format>f</dc:format>" + source);
+    Connect();
+    mProvider->RegisterProvider(NamespaceDefinition(At("xmpMM:DocumentID").mNamespace), mRouted);
+    const auto rebuilt = [&](const char* expression) {
+        mRouted->MetaDataChanged();
+        return Shown(mProvider, expression);
+    };
+    std::string duringWrite;
+    mBase->mDuringWrite = [&] { duringWrite = Shown(mBase, "dc:source") + Shown(mBase, "dc:format"); };
+    Edit(mProvider, "xmp:Label", "l");
+    EXPECT_EQ(duringWrite, "coveredf");
+    EXPECT_EQ(rebuilt("dc:format"), "f") << "what the route lacks is shown and stays where it is";
+
+    Edit(mProvider, "xmpMM:DerivedFrom/stRef:documentID", "n");
+    EXPECT_EQ(Shown(mRouted, "xmpMM:DerivedFrom/stRef:instanceID"), "i") << "a part takes the whole along";
+    EXPECT_EQ(rebuilt("xmpMM:DerivedFrom/stRef:documentID"), "n");
+
+    Edit(mProvider, "dc:format", "");
+    EXPECT_THAT(mBase->mWrites.back(), ElementsAre(At("dc:format")));
+    EXPECT_EQ(rebuilt("dc:format") + duringWrite, "<none>covered<none>");
+
+    SetValue(*MetaDataReadAccess(mBase), At("dc:coverage"), "c");
+    EXPECT_EQ(rebuilt("dc:coverage"), "c") << "an edit of the base by itself";
+    mProvider.reset();
+    EXPECT_EQ(Shown(mBase, "dc:coverage") + Shown(mBase, "dc:source"), "ccovered");
+    EXPECT_EQ(Shown(mBase, "xmpMM:DerivedFrom/stRef:documentID"), "d");
 }
 
 TEST_F(Disjoint, KeepsASchemaInTheBaseWhileItsProviderHasNoTree) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <unordered_set>
 
 #include "xmp/arrays/xmp_alternatives.h"
 #include "xmp/core/exempi_handles.h"
@@ -85,7 +86,7 @@ public:
         : mTree(tree), mPlace(place), mWhole(IsMixed(tree, place.mSchema, place.mPath)) {
         for (std::size_t i = 0; i < items.size() && !tree->mMixed.empty(); ++i) {
             if (IsMixed(tree, place.mSchema, ItemPath(place.mPath, i + 1))) {
-                mLanguages.push_back(items[i].mLanguage);
+                mLanguages.insert(LanguageKey(items[i].mLanguage));
             }
         }
     }
@@ -101,7 +102,7 @@ public:
 
     void Settle(std::string_view language) {
         mWhole = false;
-        std::erase_if(mLanguages, [&](const UTF8String& own) { return SameLanguage(own, language); });
+        mLanguages.erase(LanguageKey(language));
     }
 
 private:
@@ -114,10 +115,9 @@ private:
             return;
         }
         const auto items = Items(mTree, mPlace.mSchema, mPlace.mPath).value_or(std::vector<AlternativeItem>());
-        for (const UTF8String& language : mLanguages) {
-            if (const auto found = FindLanguage(items, language); found != items.end()) {
-                const auto index = static_cast<std::size_t>(found - items.begin()) + 1;
-                mTree->mMixed.insert({mPlace.mSchema, ItemPath(mPlace.mPath, index)});
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            if (mLanguages.contains(LanguageKey(items[i].mLanguage))) {
+                mTree->mMixed.insert({mPlace.mSchema, ItemPath(mPlace.mPath, i + 1)});
             }
         }
     }
@@ -125,7 +125,7 @@ private:
     XMPMetaHandle mTree;
     Place mPlace;
     bool mWhole;
-    std::vector<UTF8String> mLanguages;
+    std::unordered_set<UTF8String> mLanguages;  // as LanguageKey has them
 };
 
 /// The x-default item as the toolkit finds it, which is quick; absent where there is none, or where the toolkit would

@@ -164,4 +164,10 @@ bool SameLanguage(std::string_view left, std::string_view right) {
                       [](char l, char r) { return ToLower(l) == ToLower(r); });
 }
 
+UTF8String LanguageKey(std::string_view language) {
+    UTF8String key(language);
+    std::transform(key.begin(), key.end(), key.begin(), ToLower);
+    return key;
+}
+
 }  // namespace zephmetadata::toolkit

@@ -49,5 +49,7 @@ void CheckLanguage(std::string_view language);
 
 /// ASCII letter case ignored, as in language tags.
 bool SameLanguage(std::string_view left, std::string_view right);
+/// The same text for all tags that SameLanguage takes for one.
+UTF8String LanguageKey(std::string_view language);
 
 }  // namespace zephmetadata::toolkit

@@ -95,10 +95,11 @@ UTF8String Joined(const std::vector<UTF8String>& parts) {
 void TXMPDocOps::OpenXMP(XMPMetaHandle tree) {
     mTree = tree;
     mParts.clear();
+    mNoted.clear();
 }
 
 void TXMPDocOps::NoteChange(const UTF8String& part) {
-    if (std::find(mParts.begin(), mParts.end(), part) == mParts.end()) {
+    if (mNoted.insert(part).second) {
         mParts.push_back(part);
     }
 }
@@ -108,9 +109,7 @@ void TXMPDocOps::PrepareForSave() {
         return;
     }
     XMPMetaHandle tree = mTree.get();
-    const auto isSetByUser = [&](std::string_view part) {
-        return std::find(mParts.begin(), mParts.end(), part) != mParts.end();
-    };
+    const auto isSetByUser = [&](const UTF8String& part) { return mNoted.contains(part); };
     const UTF8String document = "xmp.did:" + RandomUUID();
     const UTF8String now = ConvertFromDate(CurrentDateTime());
     RegisterNamespace(kEventNamespace, "stEvt");
@@ -126,6 +125,7 @@ void TXMPDocOps::PrepareForSave() {
         AppendEvent(tree, now, Joined(mParts));
     }
     mParts.clear();
+    mNoted.clear();
 }
 
 }  // namespace zephmetadata::toolkit

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <unordered_set>
 #include <vector>
 
 #include "xmp/core/toolkit.h"
@@ -22,6 +23,7 @@ public:
 private:
     XMPMetaPtr mTree;
     std::vector<UTF8String> mParts;
+    std::unordered_set<UTF8String> mNoted;  // the same parts
 };
 
 }  // namespace zephmetadata::toolkit

@@ -4,14 +4,15 @@
 #include <set>
 #include <vector>
 
-#include "providers/property_units.h"
+#include "providers/merging/property_units.h"
 #include "zephmetadata/paths.h"
 
 /// What was done to a merged tree, in a form that can be done to each of its sources.
 namespace zephmetadata {
 
-/// The whole that a changed path is part of: an array or alternative for one of its items, and the outermost structure
-/// that went with its last field. Throws XMPError for what can be no path.
+/// The whole that a changed path is part of: an array or alternative for one of its items, the outermost structure that
+/// went with its last field, and what stands there instead of a structure. Can be read from @p tree. Throws XMPError
+/// for what can be no path.
 toolkit::Place ChangedRegion(XMPMetaHandle tree, const Path& path);
 /// Those of all @p changes, without the ones that lie within others.
 std::set<toolkit::Place> ChangedRegions(XMPMetaHandle tree, const std::vector<Path>& changes);

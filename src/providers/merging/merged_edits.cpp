@@ -1,11 +1,11 @@
-#include "providers/merged_edits.h"
+#include "providers/merging/merged_edits.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 #include <string_view>
 
-#include "providers/unit_edits.h"
+#include "providers/merging/unit_edits.h"
 #include "xmp/core/xmp_paths.h"
 #include "zephmetadata/providers.h"
 
@@ -45,12 +45,14 @@ Place ChangedRegion(XMPMetaHandle tree, const Path& path) {
     Place place = toolkit::NormalPlace(tree, path.mNamespace, path.mPathDescription);
     place.mPath.resize(std::min(place.mPath.find('['), place.mPath.size()));
     place.mPath.resize(std::min(place.mPath.find("/?"), place.mPath.size()));
-    for (std::size_t step = place.mPath.rfind('/'); step != UTF8String::npos; step = place.mPath.rfind('/')) {
-        if (toolkit::PropertyExists(tree, place.mSchema, place.mPath.substr(0, step))) {
+    for (std::size_t step = place.mPath.find('/'); step != UTF8String::npos; step = place.mPath.find('/', step + 1)) {
+        const auto holder = toolkit::GetProperty(tree, place.mSchema, place.mPath.substr(0, step));
+        if (!holder || (holder->mOptions & toolkit::kPropValueIsStruct) == 0) {
+            place.mPath.resize(step);
             break;
         }
-        place.mPath.resize(step);
     }
+    toolkit::GetProperty(tree, place.mSchema, place.mPath);  // throws for a step that can be none
     return place;
 }
 

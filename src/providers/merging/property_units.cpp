@@ -1,8 +1,10 @@
-#include "providers/property_units.h"
+#include "providers/merging/property_units.h"
 
 #include <algorithm>
+#include <unordered_set>
 #include <utility>
 
+#include "providers/merging/array_items.h"
 #include "xmp/arrays/xmp_alternatives.h"
 #include "xmp/core/xmp_paths.h"
 #include "xmp/tree/node_copy.h"
@@ -116,6 +118,10 @@ namespace {
 void AddLanguages(PropertyUnit& alternative, const PropertyUnit& other) {
     const UTF8String path = alternative.Path();
     const toolkit::Alternative own = toolkit::Alternatives(alternative.mNodes).front();
+    std::unordered_set<UTF8String> languages;
+    for (const toolkit::AlternativeItem& ownItem : own.mItems) {
+        languages.insert(toolkit::LanguageKey(ownItem.mLanguage));
+    }
     const toolkit::Alternative others = toolkit::Alternatives(other.mNodes).front();
     std::size_t count = own.mItems.size();
     std::size_t item = 0;  // of the other alternative, from 1
@@ -123,7 +129,7 @@ void AddLanguages(PropertyUnit& alternative, const PropertyUnit& other) {
     for (const Node& node : other.mNodes) {
         const UTF8String next = toolkit::ItemPath(path, item + 1);
         if (node.mPath == next) {
-            isNew = !own.HasLanguage(others.mItems[item++].mLanguage);
+            isNew = !languages.contains(toolkit::LanguageKey(others.mItems[item++].mLanguage));
             count += isNew ? 1 : 0;
         }
         if (isNew) {
