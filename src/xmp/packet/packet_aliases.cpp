@@ -140,13 +140,16 @@ bool IsArray(XMPMetaHandle tree, const Place& place) {
     return property && (property->mOptions & kPropValueIsArray) != 0;
 }
 
+/// The property itself, of which a place may be an item.
+Place WholeOf(Place place) {
+    place.mPath.resize(std::min(place.mPath.find('['), place.mPath.size()));
+    return place;
+}
+
 /// An array stands for an array, also where the toolkit takes the name for an item of it.
 std::optional<Place> MeantPlace(XMPMetaHandle tree, const AliasNamespace& row, const UTF8String& name, bool isArray) {
     std::optional<Place> meant = MeantPlace(tree, row, name);
-    if (meant && isArray) {
-        meant->mPath.resize(std::min(meant->mPath.find('['), meant->mPath.size()));
-    }
-    return meant;
+    return meant && isArray ? WholeOf(*std::move(meant)) : meant;
 }
 
 /// All that a place holds, as one text to compare by; absent when it holds nothing.
@@ -212,6 +215,35 @@ void Unnest(XMPMetaHandle tree, const Place& array, XMPMetaHandle shadow, const 
     }
 }
 
+/// The toolkit makes arrays of Dublin Core's texts where they stand under their own names alone: it would do so with what
+/// it took from other names when it reads it again.
+void MakeArray(XMPMetaHandle tree, const Place& place) {
+    constexpr std::string_view kDublinCore = "http://purl.org/dc/elements/1.1/";
+    const std::optional<Property> property = GetProperty(tree, place.mSchema, place.mPath);
+    if (place.mSchema != kDublinCore || place.mPath.ends_with(']') || !property ||
+        (property->mOptions & kPropCompositeMask) != 0) {
+        return;
+    }
+    const XMPMetaPtr own = NewTree();
+    const XMPMetaPtr again = NewTree();
+    CopyTree(tree, place, own.get(), place.mSchema, place.mPath);
+    if (ParsePacket(again.get(), SerializePacket(own.get(), PacketForm::kBareRDF)) && IsArray(again.get(), place)) {
+        DeleteProperty(tree, place.mSchema, place.mPath);
+        CopyTree(again.get(), place, tree, place.mSchema, place.mPath);
+    }
+}
+
+/// Whether the packet has the property under the name by which the toolkit knows it.
+bool IsInPacket(XMPMetaHandle shadow, const Place& meant) {
+    Place place = WholeOf(meant);
+    for (const AliasNamespace& row : kNamespaces) {
+        if (row.mURI == meant.mSchema) {
+            place = {ShadowURI(row), ShadowPrefix(row) + ":" + NameIn(place.mPath)};
+        }
+    }
+    return PropertyExists(shadow, place.mSchema, place.mPath);
+}
+
 }  // namespace
 
 sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
@@ -229,11 +261,15 @@ sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
             if (meant && isArray && IsArray(tree, *meant)) {
                 Unnest(tree, *meant, shadow.get(), {schema, node.mPath});
             }
+            if (meant) {
+                MakeArray(tree, *meant);
+            }
             const auto content = meant ? ContentAt(tree, *meant) : std::nullopt;
             if (content) {
                 CopyTree(shadow.get(), {schema, node.mPath}, aliases->mTree.get(), schema, node.mPath);
                 const bool isTheSame = TextsAt(shadow.get(), {schema, node.mPath}) == TextsAt(tree, *meant);
-                aliases->mMeant.emplace(Place{schema, node.mPath}, KeptAliases::Meant{*content, isTheSame});
+                aliases->mMeant.emplace(Place{schema, node.mPath},
+                                        KeptAliases::Meant{*content, isTheSame, IsInPacket(shadow.get(), *meant)});
             }
         }
     }
@@ -241,6 +277,7 @@ sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
 }
 
 void PutAliases(const KeptAliases& aliases, XMPMetaHandle tree) {
+    std::map<Place, bool> isSaidByOthers;  // by all of them, as it is
     for (const auto& entry : aliases.mMeant) {
         const Place& place = entry.first;
         const KeptAliases::Meant& before = entry.second;
@@ -257,6 +294,16 @@ void PutAliases(const KeptAliases& aliases, XMPMetaHandle tree) {
         } else if (now) {
             const std::vector<UTF8String> texts = TextsAt(tree, *meant);
             SetProperty(tree, place.mSchema, place.mPath, texts.empty() ? UTF8String() : texts.front());
+        }
+        if (now) {
+            const bool isSaid = *now == before.mContent && before.mIsTheSame && !before.mIsInPacket;
+            bool& isSaidByAll = isSaidByOthers.emplace(WholeOf(*meant), true).first->second;
+            isSaidByAll = isSaidByAll && isSaid;
+        }
+    }
+    for (const auto& [property, isSaid] : isSaidByOthers) {
+        if (isSaid) {
+            DeleteProperty(tree, property.mSchema, property.mPath);
         }
     }
 }
