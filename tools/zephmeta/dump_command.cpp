@@ -70,7 +70,8 @@ std::string ValueText(const ListedValue& value) {
 void PrintText(const MediaFile& file, const std::vector<ListedValue>& values) {
     std::cout << OneLine(file.Name()) << '\n';
     if (!file.HasXMP()) {
-        std::cout << "  no XMP\n";
+        const std::string reason = file.WhyWithoutXMP();
+        std::cout << "  no XMP" << (reason.empty() ? "" : " (" + OneLine(reason) + ")") << '\n';
     }
     const ColumnWidths widths = Measure(values);
     for (const ListedValue& value : values) {
@@ -110,7 +111,7 @@ int Dump(const std::vector<std::string>& files, bool json) {
             PrintText(file, values);
         }
         first = false;
-        problems.ReportCollected(name);
+        problems.PassOverCollected();  // values that break their definition: "validate" tells of them
         if (const std::string warning = file.ReadWarning(); !warning.empty()) {
             problems.Report(name, warning);
         }
