@@ -153,15 +153,31 @@ class SetCommand {
 public:
     SetCommand(std::vector<Edit> edits, bool json) : mEdits(std::move(edits)), mJson(json) {}
 
-    int Run(const std::vector<std::string>& names) {
+    int Run(std::vector<std::string> names) {
         mProblems.ReportCollected({});
+        // An item is meant by its place in the list that was read, everything else can be done to what is there now.
+        constexpr int kTries = 20;
+        mTriesLeft = std::any_of(mEdits.begin(), mEdits.end(), &LeadsToItem) ? 1 : kTries;
+        mProblems.PassOverCollected();
+        while (!names.empty()) {
+            --mTriesLeft;
+            names = Edited(names);
+        }
+        return mProblems.ExitStatus();
+    }
+
+private:
+    /// The files that another program changed meanwhile and that are worth another try.
+    std::vector<std::string> Edited(const std::vector<std::string>& names) {
         std::vector<ChangedFile> changed;
         for (MediaFile& file : OpenAll(names, mProblems)) {
             if (IsRefused(file.Name(), names.size() > 1)) {
                 continue;
             }
             if (!file.HasXMP() && HasValuesToSet() && !file.Start()) {
-                mProblems.Report(file.Name(), "has no XMP, and its format cannot be given any");
+                const std::string reason = file.WhyWithoutXMP();
+                mProblems.Report(file.Name(), reason.empty() ? "has no XMP, and its format cannot be given any"
+                                                             : "cannot be given any XMP (" + reason + ")");
                 continue;
             }
             if (const auto expressions = Rehearse(file); expressions && expressions->empty()) {
@@ -170,11 +186,9 @@ public:
                 changed.push_back({std::move(file), *expressions});
             }
         }
-        EditTogether(changed);
-        return mProblems.ExitStatus();
+        return EditTogether(changed);
     }
 
-private:
     bool IsRefused(const std::string& name, bool amongOthers) {
         bool refused = false;
         for (const Edit& edit : mEdits) {
@@ -212,22 +226,26 @@ private:
         return changed;
     }
 
-    /// Edits all files as one, so that each is written once.
-    void EditTogether(const std::vector<ChangedFile>& files) {
+    /// Edits all files as one, so that each is written once. Those that are worth another try come back.
+    std::vector<std::string> EditTogether(const std::vector<ChangedFile>& files) {
+        std::vector<std::string> again;
         std::vector<MediaFile> media;
         std::transform(files.begin(), files.end(), std::back_inserter(media),
                        [](const ChangedFile& file) { return file.mFile; });
         if (media.empty() || !WriteAll(AsOne(media), media)) {
-            return;
+            return again;
         }
         for (const ChangedFile& file : files) {
             mProblems.ReportCollected(file.mFile.Name());
-            if (const std::string problem = file.mFile.WriteProblem(); !problem.empty()) {
+            if (file.mFile.WasChangedMeanwhile() && mTriesLeft > 0) {
+                again.push_back(file.mFile.Name());
+            } else if (const std::string problem = file.mFile.WriteProblem(); !problem.empty()) {
                 mProblems.Report(file.mFile.Name(), problem);
             } else {
                 Print(file.mFile.Name(), file.mChanged, file.mFile.Sidecar());
             }
         }
+        return again;
     }
 
     /// False when an edit makes no sense for these files together, which is reported for each of them.
@@ -294,6 +312,7 @@ private:
 
     std::vector<Edit> mEdits;
     bool mJson;
+    int mTriesLeft = 0;
     Problems mProblems;
 };
 
