@@ -62,6 +62,13 @@ UTF8String ShadowURI(const AliasNamespace& row) {
     return UTF8String(row.mURI).append(kShadowMark);
 }
 
+/// Null for a namespace that was not moved aside.
+const AliasNamespace* RowOf(const UTF8String& shadowURI) {
+    const auto* const row = std::find_if(kNamespaces.begin(), kNamespaces.end(),
+                                         [&](const AliasNamespace& one) { return ShadowURI(one) == shadowURI; });
+    return row == kNamespaces.end() ? nullptr : row;
+}
+
 UTF8String ShadowPrefix(const AliasNamespace& row) {
     return UTF8String(kShadowPrefix).append(row.mPrefix);
 }
@@ -276,14 +283,52 @@ sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
     return aliases->mMeant.empty() ? nullptr : aliases;
 }
 
+bool ParseByNames(XMPMetaHandle tree, std::string_view packet) {
+    const XMPMetaPtr shadow = MayHoldAliases(packet) ? ShadowTree(packet) : nullptr;
+    if (!shadow) {
+        return false;
+    }
+    std::vector<std::pair<Node, Place>> others;
+    bool isOther = false;  // what follows belongs to such a property
+    for (Node& node : Nodes(shadow.get(), {}, {}, Walk::kSubtree)) {
+        if ((node.mOptions & kSchemaNode) != 0) {
+            continue;
+        }
+        const AliasNamespace* const row = RowOf(node.mSchema);
+        if (node.mPath.find_first_of("/[") == UTF8String::npos) {
+            const bool isArray = (node.mOptions & kPropValueIsArray) != 0;
+            const auto meant = row == nullptr ? std::nullopt : MeantPlace(tree, *row, NameIn(node.mPath), isArray);
+            isOther = meant.has_value();
+            if (isOther) {
+                others.emplace_back(node, WholeOf(*meant));
+            }
+        }
+        if (!isOther) {
+            node.mSchema = row == nullptr ? node.mSchema : UTF8String(row->mURI);
+            ReplaceAll(node.mPath, kShadowPrefix, {});
+            CopyNode(tree, node, node.mPath);
+        }
+    }
+    for (const auto& [node, whole] : others) {
+        if (PropertyExists(tree, whole.mSchema, whole.mPath)) {
+            continue;
+        }
+        if ((node.mOptions & kPropValueIsArray) != 0) {
+            CopyTree(shadow.get(), {node.mSchema, node.mPath}, tree, whole.mSchema, whole.mPath);
+        } else {
+            SetProperty(tree, UTF8String(RowOf(node.mSchema)->mURI), NameIn(node.mPath), node.mValue);
+            MakeArray(tree, whole);
+        }
+    }
+    return true;
+}
+
 void PutAliases(const KeptAliases& aliases, XMPMetaHandle tree) {
     std::map<Place, bool> isSaidByOthers;  // by all of them, as it is
     for (const auto& entry : aliases.mMeant) {
         const Place& place = entry.first;
         const KeptAliases::Meant& before = entry.second;
-        const auto* const row = std::find_if(kNamespaces.begin(), kNamespaces.end(), [&](const AliasNamespace& one) {
-            return ShadowURI(one) == place.mSchema;
-        });
+        const AliasNamespace* const row = RowOf(place.mSchema);
         const bool isArray = IsArray(aliases.mTree.get(), place);
         const std::optional<Place> meant = MeantPlace(tree, *row, NameIn(place.mPath), isArray);
         const auto now = meant ? ContentAt(tree, *meant) : std::nullopt;

@@ -30,6 +30,11 @@ struct KeptAliases {
 /// has an array is that array.
 sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet);
 
+/// Reads a packet that the toolkit cannot or that it reads into an array what is none, since a property has several old
+/// names in it: the property's own value or that of the first name counts. False, with anything in the tree, when that is
+/// not why.
+bool ParseByNames(XMPMetaHandle tree, std::string_view packet);
+
 /// Puts them into a tree that is to be written: as they were; where what they are taken for was changed, those that said
 /// the same change with it in their own form; where it was removed they go, since they would stand for it again. What only
 /// they said goes out of the tree while it is as it was: the toolkit makes it of them again.

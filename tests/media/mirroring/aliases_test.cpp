@@ -123,6 +123,25 @@ TEST_F(MirroringTest, ArraysStandForArrays) {
     }
 }
 
+TEST_F(MirroringTest, SeveralOldNamesOfOnePropertyAreReadInAnyOrder) {
+    const std::string title = Simple("xmp:Title", "Pier");
+    for (const auto& [body, path, text] : std::vector<std::tuple<std::string, std::string, std::string>>{
+             {title + Simple("pdf:Title", "Quay"), "dc:title[1]", "Pier"},
+             {Simple("pdf:Title", "Quay") + title, "dc:title[1]", "Quay"},
+             {Simple("xmp:Authors", "Me") + Simple("tiff:Artist", "You"), "dc:creator[1]", "Me"},
+             {title + Simple("pdf:Title", "Quay") + Languages("dc:title", {{"x-default", "Mole"}, {"de", "Kai"}}) +
+                  "<exif:Flash rdf:parseType='Resource'><exif:Mode>1</exif:Mode></exif:Flash>",
+              "dc:title[2]", "Kai"}}) {
+        const EditedFile file = EditBlocks(Blocks(body), &EditLabel);
+        EXPECT_EQ(file.mWhyNot, "") << body;
+        EXPECT_EQ(ValueOf(file.mAfter.mJoined.get(), path), text) << body;
+        const std::string packet = Rewritten(body, &EditLabel);
+        for (const std::string name : {"xmp:Title", "pdf:Title", "xmp:Authors", "tiff:Artist", "exif:Mode"}) {
+            EXPECT_EQ(Named(packet, name) == "<none>", body.find("<" + name) == std::string::npos) << name << packet;
+        }
+    }
+}
+
 TEST_F(MirroringTest, BothNamesKeepWhatEachSays) {
     const std::string body = Simple("tiff:Software", "Camera 1.0") + Simple("xmp:CreatorTool", "Editor 2.0");
     const std::string packet = Rewritten(body, &EditLabel);
