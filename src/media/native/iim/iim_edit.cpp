@@ -289,7 +289,12 @@ std::optional<std::string> EditedIIM(std::string_view datasets, std::span<const 
         return std::string(datasets);
     }
     const std::optional<Writing> writing = WritingFor(records, pending);
-    return writing ? std::optional(Written(records, std::move(pending), *writing)) : std::nullopt;
+    if (!writing) {
+        return std::nullopt;
+    }
+    std::string written = Written(records, std::move(pending), *writing);
+    // A question mark that was as good as the character stands for itself alone in UTF-8.
+    return writing->mIsConverted ? EditedIIM(written, changes) : written;
 }
 
 }  // namespace zephmetadata::media
