@@ -173,6 +173,7 @@ TEST_F(ReadingFiles, AreValidated) {
                                                 {"severity", "error"},
                                                 {"rule", "choice"},
                                                 {"message", "\"1\" is none of: 2, 3"}}));
+    EXPECT_EQ(Zephmeta({"dump", "exif-only.jpg"}).mErrors, "");  // which shows the value as it is
 }
 
 TEST_F(ReadingFiles, EveryPathOfDumpLeadsBackToItsValue) {
