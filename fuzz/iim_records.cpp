@@ -60,7 +60,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     }
     const std::vector<MirrorChange> changes = Changes(size == 0 ? 1 : data[size - 1]);
     const std::optional<std::string> edited = EditedIIM(records.mBytes, changes);
-    fuzz::Require(edited.has_value() == records.mIsWhole, "whole datasets can be edited, and no others");
+    fuzz::Require(!edited || records.mIsWhole, "damaged datasets stay");
+    fuzz::Require(edited || !records.mIsWhole || records.mCharset == IIMCharset::kUnknown,
+                  "whole datasets in a known character set can be edited");
     if (!edited) {
         return 0;
     }

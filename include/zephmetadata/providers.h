@@ -148,7 +148,8 @@ protected:
 struct FileReport {
     FileStatus mStatus = FileStatus::kFileStatus_NoFile;
     /// In English, where more is known: the system's reason, the path that did not read back; beside kFileStatus_Success
-    /// of a reading what is damaged in a file that was read as far as it goes and is not written.
+    /// of a reading what is damaged in a file that was read as far as it goes and is not written; beside
+    /// kFileStatus_NoXMP why it can be given none.
     UTF8String mDetail;
 };
 

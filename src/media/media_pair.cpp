@@ -23,7 +23,10 @@ void MediaPair::LaySidecar(MediaReading& reading) {
         reading.mTree = toolkit::NewTree();
     }
     LaySidecarOver(reading.mTree.get(), sidecar.get());
-    reading.mStatus = FileStatus::kFileStatus_Success;
+    if (reading.mStatus == FileStatus::kFileStatus_NoXMP) {
+        reading.mStatus = FileStatus::kFileStatus_Success;
+        reading.mDetail.clear();
+    }
 }
 
 MediaReading MediaPair::Read() {

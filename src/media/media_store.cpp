@@ -160,7 +160,7 @@ MediaReading ReadMedia(const std::shared_ptr<const ByteSource>& source) {
     MediaTrees trees = JoinBlocks(blocks);
     std::tie(reading.mWriteStatus, reading.mWriteDetail) = WriteRefusal(*reading.mFormat, blocks);
     reading.mStatus = trees.mStatus;
-    reading.mDetail = std::move(trees.mDetail);
+    reading.mDetail = trees.mStatus == FileStatus::kFileStatus_NoXMP ? reading.mWriteDetail : std::move(trees.mDetail);
     if (trees.mStatus == FileStatus::kFileStatus_Success) {
         reading.mTree = std::move(trees.mJoined);
         reading.mDetail = blocks.mStatus == FileStatus::kFileStatus_Success ? UTF8String() : blocks.mDetail;

@@ -72,7 +72,8 @@ std::string ValueText(const ListedValue& value) {
 void PrintText(const MediaFile& file, const std::vector<ListedValue>& values, FileResult& result) {
     result.Print(OneLine(file.Name()));
     if (!file.HasXMP()) {
-        result.Print("  no XMP");
+        const std::string reason = file.WhyWithoutXMP();
+        result.Print("  no XMP" + (reason.empty() ? reason : " (" + OneLine(reason) + ")"));
     }
     const ColumnWidths widths = Measure(values);
     for (const ListedValue& value : values) {

@@ -79,6 +79,10 @@ const FileReport& MediaFile::LastRead() const {
     return mSidecar != nullptr ? mSidecar->LastRead() : mMedia->LastRead();
 }
 
+const FileReport& MediaFile::LastWrite() const {
+    return mSidecar != nullptr ? mSidecar->LastWrite() : mMedia->LastWrite();
+}
+
 bool MediaFile::HasXMP() const {
     return LastRead().mStatus == FileStatus::kFileStatus_Success;
 }
@@ -91,8 +95,16 @@ std::string MediaFile::ReadWarning() const {
     return HasXMP() && !LastRead().mDetail.empty() ? "the file is damaged (" + LastRead().mDetail + ")" : std::string();
 }
 
+std::string MediaFile::WhyWithoutXMP() const {
+    return LastRead().mStatus == FileStatus::kFileStatus_NoXMP ? LastRead().mDetail : std::string();
+}
+
 std::string MediaFile::WriteProblem() const {
-    return Reason(mSidecar != nullptr ? mSidecar->LastWrite() : mMedia->LastWrite());
+    return Reason(LastWrite());
+}
+
+bool MediaFile::WasChangedMeanwhile() const {
+    return LastWrite().mStatus == FileStatus::kFileStatus_Changed;
 }
 
 std::string MediaFile::Sidecar() const {

@@ -23,8 +23,12 @@ public:
     std::string ReadProblem() const;
     /// What is damaged in a file that was read as far as it goes; empty when nothing is.
     std::string ReadWarning() const;
+    /// Why a file without XMP can be given none, where more is known than its format.
+    std::string WhyWithoutXMP() const;
     /// Why the last write-back failed; empty when it did not.
     std::string WriteProblem() const;
+    /// Whether that was because the file is no longer the one that was read.
+    bool WasChangedMeanwhile() const;
     /// The sidecar that changes go to instead of the file; empty when they go into the file.
     std::string Sidecar() const;
     /// Gives a file without XMP its first; false when its format cannot carry any.
@@ -32,6 +36,7 @@ public:
 
 private:
     const zephmetadata::FileReport& LastRead() const;
+    const zephmetadata::FileReport& LastWrite() const;
 
     std::string mName;
     zephmetadata::sp<zephmetadata::MetaDataProvider> mProvider;

@@ -65,13 +65,14 @@ public:
         : mRequest(request), mEdits(std::move(edits)), mCopies(std::move(copies)) {}
 
     void EditFile(MediaFile& file, FileResult& result) const {
-        const FileEdits edits = EditsOf(*MetaDataReadAccess(file.Provider()));
-        if (!edits.mProblem.empty()) {
-            result.Fail(edits.mProblem + kNothingWritten);
-        } else if (mRequest.mDryRun) {
-            Rehearse(file, edits, result);
-        } else {
-            Write(file, edits, result);
+        // An item is meant by its place in the list that was read, everything else can be done to what is there now.
+        constexpr int kTries = 20;
+        const bool isRepeatable = std::none_of(mEdits.begin(), mEdits.end(), [](const RequestedEdit& one) {
+            return one.mEdit.mPath.mPathDescription.find('[') != std::string::npos;
+        });
+        int triesLeft = isRepeatable ? kTries : 1;
+        while (EditOnce(file, --triesLeft > 0, result)) {
+            file = MediaFile(file.Name());
         }
     }
 
@@ -104,6 +105,19 @@ public:
 
 private:
     static constexpr const char* kNothingWritten = "; nothing was written";
+
+    /// True when another program changed the file meanwhile and another try is worth it.
+    bool EditOnce(MediaFile& file, bool mayTryAgain, FileResult& result) const {
+        const FileEdits edits = EditsOf(*MetaDataReadAccess(file.Provider()));
+        if (!edits.mProblem.empty()) {
+            result.Fail(edits.mProblem + kNothingWritten);
+        } else if (mRequest.mDryRun) {
+            Rehearse(file, edits, result);
+        } else {
+            return Write(file, edits, mayTryAgain, result);
+        }
+        return false;
+    }
 
     FileEdits EditsOf(XMPMetaHandle tree) const {
         FileEdits edits = EditsFor(mEdits, tree);
@@ -159,10 +173,10 @@ private:
         Print(file, ChangedOf(edits, report), Differences(*access, after.get()), result);
     }
 
-    void Write(MediaFile& file, const FileEdits& edits, FileResult& result) const {
+    bool Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain, FileResult& result) const {
         if (std::string problem = Backup(file.Name()); !problem.empty()) {
             result.Fail(problem);
-            return;
+            return false;
         }
         const KeptTime time(file.Name(), mRequest.mKeepTime);
         const XMPMetaPtr before =
@@ -170,13 +184,15 @@ private:
         const EditReport report = ApplyEdits(file.Provider(), edits.mEdits);
         if (report.IsRefused()) {
             const bool hasTree = *MetaDataReadAccess(file.Provider()) != nullptr;
-            result.Fail(hasTree ? WhyNot(edits, report) + kNothingWritten
-                                : "has no XMP, and its format cannot be given any");
-            return;
+            result.Fail(hasTree ? WhyNot(edits, report) + kNothingWritten : WhyNoFirst(file));
+            return false;
+        }
+        if (report.IsChanged() && mayTryAgain && file.WasChangedMeanwhile()) {
+            return true;
         }
         if (const std::string problem = report.IsChanged() ? file.WriteProblem() : std::string(); !problem.empty()) {
             result.Fail(problem);
-            return;
+            return false;
         }
         time.PutBack();
         result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
@@ -187,6 +203,13 @@ private:
             changes = Differences(before.get(), after.get());
         }
         Print(file, ChangedOf(edits, report), changes, result);
+        return false;
+    }
+
+    static std::string WhyNoFirst(const MediaFile& file) {
+        const std::string reason = file.WhyWithoutXMP();
+        return reason.empty() ? "has no XMP, and its format cannot be given any"
+                              : "cannot be given any XMP (" + reason + ")";
     }
 
     /// The file as it is, under a name with the suffix, unless that is there already. Why not; empty when it is there.

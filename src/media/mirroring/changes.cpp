@@ -114,6 +114,19 @@ void MirrorInIIM(const FileBlocks& blocks, const Mirrored& mirrored, MediaChange
     }
 }
 
+/// Why a property that was to change reads otherwise.
+UTF8String WhyNotRead(const Place& property, const MediaTrees& after, XMPMetaHandle wanted) {
+    if (!toolkit::PropertyExists(wanted, property.mSchema, property.mPath)) {
+        return "stands in fields of the file that are not written";
+    }
+    if (!toolkit::IsNative(after.mJoined.get(), property.mSchema, property.mPath)) {
+        return "does not read back as it was written";
+    }
+    return IsStructural(property.mSchema, LocalName(property))
+               ? "describes the stored picture and follows it alone"
+               : "cannot be stored in the file's native metadata like this";
+}
+
 bool IsAmong(const std::vector<Place>& places, const Place& place) {
     return std::any_of(places.begin(), places.end(), [&](const Place& candidate) {
         return candidate.mPath == place.mPath && candidate.mSchema == place.mSchema;
@@ -149,9 +162,7 @@ UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before,
     }
     for (const Place& property : ChangedProperties(after.mJoinedContent, changes.mWanted)) {
         if (IsAmong(changes.mProperties, property)) {
-            const bool isRemoved = !toolkit::PropertyExists(wanted, property.mSchema, property.mPath);
-            return property.mPath + (isRemoved ? " stands in fields of the file that are not written"
-                                               : " does not read back as it was written");
+            return property.mPath + " " + WhyNotRead(property, after, wanted);
         }
     }
     // The technical names of a field stand for it: with them it goes under all its names.

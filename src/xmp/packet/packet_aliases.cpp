@@ -62,6 +62,13 @@ UTF8String ShadowURI(const AliasNamespace& row) {
     return UTF8String(row.mURI).append(kShadowMark);
 }
 
+/// Null for a namespace that was not moved aside.
+const AliasNamespace* RowOf(const UTF8String& shadowURI) {
+    const auto* const row = std::find_if(kNamespaces.begin(), kNamespaces.end(),
+                                         [&](const AliasNamespace& one) { return ShadowURI(one) == shadowURI; });
+    return row == kNamespaces.end() ? nullptr : row;
+}
+
 UTF8String ShadowPrefix(const AliasNamespace& row) {
     return UTF8String(kShadowPrefix).append(row.mPrefix);
 }
@@ -191,13 +198,16 @@ bool IsArray(XMPMetaHandle tree, const Place& place) {
     return property && (property->mOptions & kPropValueIsArray) != 0;
 }
 
+/// The property itself, of which a place may be an item.
+Place WholeOf(Place place) {
+    place.mPath.resize(std::min(place.mPath.find('['), place.mPath.size()));
+    return place;
+}
+
 /// An array stands for an array, also where the toolkit takes the name for an item of it.
 std::optional<Place> MeantPlace(XMPMetaHandle tree, const AliasNamespace& row, const UTF8String& name, bool isArray) {
     std::optional<Place> meant = MeantPlace(tree, row, name);
-    if (meant && isArray) {
-        meant->mPath.resize(std::min(meant->mPath.find('['), meant->mPath.size()));
-    }
-    return meant;
+    return meant && isArray ? WholeOf(*std::move(meant)) : meant;
 }
 
 /// All that a place holds, as one text to compare by; absent when it holds nothing.
@@ -263,6 +273,35 @@ void Unnest(XMPMetaHandle tree, const Place& array, XMPMetaHandle shadow, const 
     }
 }
 
+/// The toolkit makes arrays of Dublin Core's texts where they stand under their own names alone: it would do so with what
+/// it took from other names when it reads it again.
+void MakeArray(XMPMetaHandle tree, const Place& place) {
+    constexpr std::string_view kDublinCore = "http://purl.org/dc/elements/1.1/";
+    const std::optional<Property> property = GetProperty(tree, place.mSchema, place.mPath);
+    if (place.mSchema != kDublinCore || place.mPath.ends_with(']') || !property ||
+        (property->mOptions & kPropCompositeMask) != 0) {
+        return;
+    }
+    const XMPMetaPtr own = NewTree();
+    const XMPMetaPtr again = NewTree();
+    CopyTree(tree, place, own.get(), place.mSchema, place.mPath);
+    if (ParsePacket(again.get(), SerializePacket(own.get(), PacketForm::kBareRDF)) && IsArray(again.get(), place)) {
+        DeleteProperty(tree, place.mSchema, place.mPath);
+        CopyTree(again.get(), place, tree, place.mSchema, place.mPath);
+    }
+}
+
+/// Whether the packet has the property under the name by which the toolkit knows it.
+bool IsInPacket(XMPMetaHandle shadow, const Place& meant) {
+    Place place = WholeOf(meant);
+    for (const AliasNamespace& row : kNamespaces) {
+        if (row.mURI == meant.mSchema) {
+            place = {ShadowURI(row), ShadowPrefix(row) + ":" + NameIn(place.mPath)};
+        }
+    }
+    return PropertyExists(shadow, place.mSchema, place.mPath);
+}
+
 }  // namespace
 
 sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
@@ -280,24 +319,67 @@ sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
             if (meant && isArray && IsArray(tree, *meant)) {
                 Unnest(tree, *meant, shadow.get(), {schema, node.mPath});
             }
+            if (meant) {
+                MakeArray(tree, *meant);
+            }
             const auto content = meant ? ContentAt(tree, *meant) : std::nullopt;
             if (content) {
                 CopyTree(shadow.get(), {schema, node.mPath}, aliases->mTree.get(), schema, node.mPath);
                 const bool isTheSame = TextsAt(shadow.get(), {schema, node.mPath}) == TextsAt(tree, *meant);
-                aliases->mMeant.emplace(Place{schema, node.mPath}, KeptAliases::Meant{*content, isTheSame});
+                aliases->mMeant.emplace(Place{schema, node.mPath},
+                                        KeptAliases::Meant{*content, isTheSame, IsInPacket(shadow.get(), *meant)});
             }
         }
     }
     return aliases->mMeant.empty() ? nullptr : aliases;
 }
 
+bool ParseByNames(XMPMetaHandle tree, std::string_view packet) {
+    const XMPMetaPtr shadow = MayHoldAliases(packet) ? ShadowTree(packet) : nullptr;
+    if (!shadow) {
+        return false;
+    }
+    std::vector<std::pair<Node, Place>> others;
+    bool isOther = false;  // what follows belongs to such a property
+    for (Node& node : Nodes(shadow.get(), {}, {}, Walk::kSubtree)) {
+        if ((node.mOptions & kSchemaNode) != 0) {
+            continue;
+        }
+        const AliasNamespace* const row = RowOf(node.mSchema);
+        if (node.mPath.find_first_of("/[") == UTF8String::npos) {
+            const bool isArray = (node.mOptions & kPropValueIsArray) != 0;
+            const auto meant = row == nullptr ? std::nullopt : MeantPlace(tree, *row, NameIn(node.mPath), isArray);
+            isOther = meant.has_value();
+            if (isOther) {
+                others.emplace_back(node, WholeOf(*meant));
+            }
+        }
+        if (!isOther) {
+            node.mSchema = row == nullptr ? node.mSchema : UTF8String(row->mURI);
+            ReplaceAll(node.mPath, kShadowPrefix, {});
+            CopyNode(tree, node, node.mPath);
+        }
+    }
+    for (const auto& [node, whole] : others) {
+        if (PropertyExists(tree, whole.mSchema, whole.mPath)) {
+            continue;
+        }
+        if ((node.mOptions & kPropValueIsArray) != 0) {
+            CopyTree(shadow.get(), {node.mSchema, node.mPath}, tree, whole.mSchema, whole.mPath);
+        } else {
+            SetProperty(tree, UTF8String(RowOf(node.mSchema)->mURI), NameIn(node.mPath), node.mValue);
+            MakeArray(tree, whole);
+        }
+    }
+    return true;
+}
+
 void PutAliases(const KeptAliases& aliases, XMPMetaHandle tree) {
+    std::map<Place, bool> isSaidByOthers;  // by all of them, as it is
     for (const auto& entry : aliases.mMeant) {
         const Place& place = entry.first;
         const KeptAliases::Meant& before = entry.second;
-        const auto* const row = std::find_if(kNamespaces.begin(), kNamespaces.end(), [&](const AliasNamespace& one) {
-            return ShadowURI(one) == place.mSchema;
-        });
+        const AliasNamespace* const row = RowOf(place.mSchema);
         const bool isArray = IsArray(aliases.mTree.get(), place);
         const std::optional<Place> meant = MeantPlace(tree, *row, NameIn(place.mPath), isArray);
         const auto now = meant ? ContentAt(tree, *meant) : std::nullopt;
@@ -308,6 +390,16 @@ void PutAliases(const KeptAliases& aliases, XMPMetaHandle tree) {
         } else if (now) {
             const std::vector<UTF8String> texts = TextsAt(tree, *meant);
             SetProperty(tree, place.mSchema, place.mPath, texts.empty() ? UTF8String() : texts.front());
+        }
+        if (now) {
+            const bool isSaid = *now == before.mContent && before.mIsTheSame && !before.mIsInPacket;
+            bool& isSaidByAll = isSaidByOthers.emplace(WholeOf(*meant), true).first->second;
+            isSaidByAll = isSaidByAll && isSaid;
+        }
+    }
+    for (const auto& [property, isSaid] : isSaidByOthers) {
+        if (isSaid) {
+            DeleteProperty(tree, property.mSchema, property.mPath);
         }
     }
 }

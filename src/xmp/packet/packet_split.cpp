@@ -93,6 +93,7 @@ bool MergeExtended(XMPMetaHandle tree, const std::vector<std::string>& packets) 
         }
     }
     for (const XMPMetaPtr& part : parts) {
+        tree->mAbout = tree->mAbout.empty() ? part->mAbout : tree->mAbout;
         for (const TopProperty& property : TopProperties(part.get())) {
             const auto& [schema, path] = property.mPlace;
             if (!PropertyExists(tree, schema, path)) {

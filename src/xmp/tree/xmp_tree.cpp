@@ -60,6 +60,23 @@ void MoveDefaultsFirst(std::vector<Node>& nodes) {
     }
 }
 
+/// For packets that the toolkit does not read as they are meant; the tree is empty when there is no other way.
+bool ParseOtherwise(XMPMetaHandle tree, std::string_view text, const UTF8String& about) {
+    tree->mTree = NewNative();
+    try {
+        if (ParseByNames(tree, text)) {
+            tree->mAliases = AliasesOf(tree, text);
+            tree->mAbout = about;
+            return true;
+        }
+    } catch (const XMPError&) {
+        // as little to be read in this way
+    }
+    tree->mTree = NewNative();
+    tree->mAbout.clear();
+    return false;
+}
+
 }  // namespace
 
 XMPMetaPtr NewTree() {
@@ -82,16 +99,22 @@ bool ParsePacket(XMPMetaHandle tree, std::string_view packet) {
         const std::string_view text = isUsual ? packet : widened;
         const QuietToolkit quiet;
         if (!xmp_parse(parsed.get(), text.data(), text.size())) {
-            return false;
+            return ParseOtherwise(tree, text, about);
         }
+        tree->mTree = std::move(parsed);
+        tree->mAbout = about;
+        MendAlternatives(tree, text);
     } catch (const XMPError&) {
+        tree->mTree = NewNative();
         return false;
     }
-    tree->mTree = std::move(parsed);
-    tree->mAbout = std::move(about);
-    MendAlternatives(tree, isUsual ? packet : widened);
-    tree->mAliases = AliasesOf(tree, isUsual ? packet : widened);
-    return true;
+    const std::string_view text = isUsual ? packet : widened;
+    try {
+        tree->mAliases = AliasesOf(tree, text);
+        return true;
+    } catch (const XMPError&) {
+        return ParseOtherwise(tree, text, about);
+    }
 }
 
 UTF8String SerializePacket(XMPMetaHandle tree, PacketForm form) {

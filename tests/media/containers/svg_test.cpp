@@ -51,6 +51,10 @@ INSTANTIATE_TEST_SUITE_P(
         EditCase{"EmptyMetadata", kRoot + "<metadata a='1'", "/>", ">" + ShortPacket(kNew) + "</metadata>",
                  "<g/></svg>", false},
         EditCase{"NoMetadata", kRoot, "", "\n<metadata>" + ShortPacket(kNew) + "</metadata>", "<g/></svg>", false},
+        EditCase{
+            "OtherRDF", kRoot + "<metadata>", "", ShortPacket(kNew),
+            "<r:RDF xmlns:r='http://www.w3.org/1999/02/22-rdf-syntax-ns#'><w xmlns='urn:w'/></r:RDF></metadata></svg>",
+            false},
         EditCase{"NestedIsNotIt", kRoot, "", "\n<metadata>" + ShortPacket(kNew) + "</metadata>",
                  "<g><metadata>" + kOld + "</metadata></g></svg>", false},
         EditCase{"Prefix", "<s:svg xmlns:s='http://www.w3.org/2000/svg'>", "",

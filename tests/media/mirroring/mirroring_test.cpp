@@ -163,7 +163,8 @@ TEST_F(MirroringTest, AnUnrelatedEditLeavesEverythingElse) {
 }
 
 TEST_F(MirroringTest, AnEditOfAPropertyChangesItsFieldAlone) {
-    const FileBlocks blocks = Blocks(Simple("tiff:Make", "Acme"), {Make("Other"), kDate, FNumber(28, 10)});
+    const TiffEdit width{TiffDirectory::kMain, 0x0100, TiffType::kShort, NumberBytes(640, 2)};
+    const FileBlocks blocks = Blocks(Simple("tiff:Make", "Acme"), {Make("Other"), kDate, FNumber(28, 10), width});
     const EditedFile brighter = EditBlocks(blocks, [](auto tree) { Set(tree, "exif:FNumber", "4/1"); });
     EXPECT_THAT(brighter.mChanges.mExif, ElementsAre(FNumber(4, 1)));
     EXPECT_EQ(ValueOf(brighter.mAfter.mJoined.get(), "exif:FNumber"), "4/1");
@@ -178,6 +179,8 @@ TEST_F(MirroringTest, AnEditOfAPropertyChangesItsFieldAlone) {
     EXPECT_EQ(ValueOf(nameless.mAfter.mPacket.get(), "tiff:Make"), "<none>");
     EXPECT_EQ(nameless.mWhyNot, "");
 
+    EXPECT_EQ(EditBlocks(blocks, [](auto tree) { Set(tree, "tiff:ImageWidth", "3"); }).mWhyNot,
+              "tiff:ImageWidth describes the stored picture and follows it alone");
     // A value that the field cannot hold is refused, not rounded.
     EXPECT_EQ(EditBlocks(blocks, [](auto tree) { Set(tree, "exif:FNumber", "wide"); }).mChanges.mRefused,
               "exif:FNumber");

@@ -59,7 +59,10 @@ public:
             mMetadataTag = Event();
         } else if (mDepth == 3 && mIsInMetadata && !mDocument.mXMP && IsXMP(name)) {
             mXMPBegin = Event().mOffset;
+            mIsBareRDF = name.mNamespace == kRDF;
             mDocument.mInherited = InheritedDeclarations();
+        } else if (mDepth == 4 && mIsBareRDF && !(name.mNamespace == kRDF && name.mLocal == "Description")) {
+            mXMPBegin.reset();  // RDF of another kind, as the licence that drawing programs write
         }
     }
     void Close() {
@@ -134,6 +137,7 @@ private:
     bool mIsInMetadata = false;
     Range mMetadataTag;
     std::optional<std::uint64_t> mXMPBegin;
+    bool mIsBareRDF = false;                                          // without x:xmpmeta around it
     std::array<std::map<std::string, std::string>, 3> mDeclarations;  // of the root, metadata, and what is in it
 };
 

@@ -32,7 +32,6 @@ using PendingDatasets = std::map<std::uint8_t, std::vector<Pending>>;
 struct Writing {
     bool mIsConverted = false;  ///< texts that are there become UTF-8, and 1:90 says so
     bool mIsUTF8 = true;        ///< otherwise Windows-1252
-    bool mIsASCII = false;      ///< nothing beyond ASCII can be written
 };
 
 bool IsTextDataset(const IIMDataset& dataset) {
@@ -152,35 +151,38 @@ bool FitsWindows1252(const IIMRecords& records, const PendingDatasets& pending) 
     return true;
 }
 
-Writing WritingFor(const IIMRecords& records, const PendingDatasets& pending) {
+/// Whether a declaration of UTF-8 changes the meaning of nothing that stays.
+bool IsOtherwiseASCII(const IIMRecords& records, const PendingDatasets& pending) {
+    return std::all_of(records.mDatasets.begin(), records.mDatasets.end(), [&](const IIMDataset& dataset) {
+        return !IsTextDataset(dataset) || pending.contains(dataset.mNumber) || IsASCII(records.Data(dataset));
+    });
+}
+
+/// Absent when the character set is not known and cannot be changed.
+std::optional<Writing> WritingFor(const IIMRecords& records, const PendingDatasets& pending) {
     const bool isASCII = std::all_of(pending.begin(), pending.end(), [](const auto& entry) {
         return std::all_of(entry.second.begin(), entry.second.end(),
                            [](const Pending& dataset) { return IsASCII(dataset.mText); });
     });
     if (isASCII || records.mCharset == IIMCharset::kUTF8) {
-        return {records.mDatasets.empty() && !pending.empty(), true, false};
+        return Writing{records.mDatasets.empty() && !pending.empty(), true};
+    }
+    if (records.mCharset == IIMCharset::kUnknown) {
+        return IsOtherwiseASCII(records, pending) ? std::optional(Writing{true, true}) : std::nullopt;
     }
     const bool isOneByte = records.mCharset == IIMCharset::kLatin1 ||
                            (records.mCharset == IIMCharset::kUndeclared && HasWindows1252(records));
     if (isOneByte && FitsWindows1252(records, pending)) {
-        return {false, false, false};
+        return Writing{false, false};
     }
-    if (records.mCharset != IIMCharset::kUnknown && CanConvert(records)) {
-        return {true, true, false};
-    }
-    return {false, records.mCharset == IIMCharset::kUndeclared, records.mCharset == IIMCharset::kUnknown};
+    return CanConvert(records) ? Writing{true, true} : Writing{false, records.mCharset == IIMCharset::kUndeclared};
 }
 
 // The new stream.
 
 std::string DataOf(const Pending& pending, const Writing& writing) {
     std::string text = pending.mText;
-    if (writing.mIsASCII) {
-        // A byte of a character that is none is one question mark.
-        std::erase_if(text, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80; });
-        std::replace_if(
-            text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) >= 0x80; }, '?');
-    } else if (!writing.mIsUTF8) {
+    if (!writing.mIsUTF8) {
         text = Windows1252Text(text, '?').value_or(std::string());
     }
     return std::string(CutText(text, pending.mMaxBytes, writing.mIsUTF8));
@@ -286,8 +288,13 @@ std::optional<std::string> EditedIIM(std::string_view datasets, std::span<const 
     if (pending.empty()) {
         return std::string(datasets);
     }
-    const Writing writing = WritingFor(records, pending);
-    return Written(records, std::move(pending), writing);
+    const std::optional<Writing> writing = WritingFor(records, pending);
+    if (!writing) {
+        return std::nullopt;
+    }
+    std::string written = Written(records, std::move(pending), *writing);
+    // A question mark that was as good as the character stands for itself alone in UTF-8.
+    return writing->mIsConverted ? EditedIIM(written, changes) : written;
 }
 
 }  // namespace zephmetadata::media

@@ -251,9 +251,12 @@ bool IIMAgrees(const IIMRecords& records, const NativeValue& fromXMP) {
     const auto agree = [&](bool isUTF8) {
         return Comparable(*row, native, maxBytes, isUTF8) == Comparable(*row, xmp, maxBytes, isUTF8);
     };
-    // Without a declaration nobody knows which of both the writer had when it cut a text.
+    // Without a declaration nobody knows which of both the writer had when it cut a text, or put a question mark.
+    const bool isOneByte = std::all_of(native.begin(), native.end(), [](const std::string& item) {
+        return Windows1252Text(item, std::nullopt).has_value();
+    });
     return (records.mCharset != IIMCharset::kLatin1 && agree(true)) ||
-           (records.mCharset != IIMCharset::kUTF8 && agree(false));
+           (records.mCharset != IIMCharset::kUTF8 && isOneByte && agree(false));
 }
 
 }  // namespace zephmetadata::media
