@@ -44,6 +44,42 @@ bool HoldsReservedName(std::string_view path) {
     return false;
 }
 
+constexpr std::string_view kLanguageStart = "[?xml:lang=\"";
+constexpr std::string_view kLanguageEnd = "\"]";
+
+/// The number of the item in that language; 0 for none, and for what is no array.
+std::size_t NumberOfLanguage(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& array,
+                             std::string_view language) {
+    const std::optional<Property> property = GetProperty(tree, schema, array);
+    if (!property || (property->mOptions & kPropValueIsArray) == 0) {
+        return 0;
+    }
+    const std::size_t count = CountArrayItems(tree, schema, array);
+    for (std::size_t item = 1; item <= count; ++item) {
+        const std::optional<Property> own = GetProperty(tree, schema, LanguagePath(ItemPath(array, item)));
+        if (own && SameLanguage(own->mValue, language)) {
+            return item;
+        }
+    }
+    return 0;
+}
+
+/// Puts numbers for the languages that are there.
+void NumberLanguages(XMPMetaHandle tree, const UTF8String& schema, UTF8String& path) {
+    for (std::size_t at = path.find(kLanguageStart); at != UTF8String::npos; at = path.find(kLanguageStart, at + 1)) {
+        const std::size_t begin = at + kLanguageStart.size();
+        const std::size_t end = path.find(kLanguageEnd, begin);
+        if (end == UTF8String::npos) {
+            return;
+        }
+        const std::string_view language = std::string_view(path).substr(begin, end - begin);
+        const std::size_t number = NumberOfLanguage(tree, schema, path.substr(0, at), language);
+        if (number > 0) {
+            path.replace(at, end + kLanguageEnd.size() - at, ItemPath({}, number));
+        }
+    }
+}
+
 /// Where the toolkit keeps the top-level property @p name, which it writes there when it is asked to; the same place but
 /// for the names that stand for other properties. The whole of an alternative stands for its x-default item.
 Place KeptPlace(const UTF8String& schema, const UTF8String& name) {
@@ -128,7 +164,18 @@ UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8St
             normal.replace(at, kLast.size(), "[" + std::to_string(count) + "]");
         }
     }
+    NumberLanguages(tree, schema, normal);
     return normal;
+}
+
+std::optional<LanguageItem> LanguageItemAt(const UTF8String& path) {
+    const std::size_t at = path.rfind('[');
+    if (at == UTF8String::npos || path.compare(at, kLanguageStart.size(), kLanguageStart) != 0 ||
+        !path.ends_with(kLanguageEnd)) {
+        return std::nullopt;
+    }
+    const std::size_t begin = at + kLanguageStart.size();
+    return LanguageItem{path.substr(0, at), path.substr(begin, path.size() - kLanguageEnd.size() - begin)};
 }
 
 Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
