@@ -39,7 +39,7 @@ Errors& State() {
 UTF16String FullMessage(ErrorKind kind, const UTF16String& detail) {
     const auto index = static_cast<std::size_t>(kind);
     const std::u16string_view prefix = index < kPrefixes.size() ? kPrefixes[index] : u"@0";
-    return zephcore::ZString(prefix, {detail});
+    return zephcore::ReplaceInString(zephcore::Localizer::Get().Translate(prefix), {detail});
 }
 
 }  // namespace
@@ -50,13 +50,8 @@ void SendError(ErrorKind kind, const UTF16String& detail, const UTF16String& con
         const std::lock_guard lock(State().mMutex);
         State().mInfos.push_back({kind, message, context, zephcore::CurrentDocumentLine()});
     }
-    if (!State().mCallbacks) {
-        return;
-    }
-    try {
-        State().mCallbacks->Call(message);
-    } catch (...) {
-        // Whoever reports is in the middle of its own work and has to finish it, whatever a listener makes of the news.
+    if (State().mCallbacks) {
+        State().mCallbacks->CallAll(message);
     }
 }
 
