@@ -176,6 +176,11 @@ TEST_F(Writing, FindsLanguagesWhateverTheirLetterCase) {
                 ElementsAre(std::pair("de-AT", "c"), std::pair("x-default", "a"), std::pair("zh-hans", "b")));
     EXPECT_TRUE(SetLanguage(Tree(), title, "DE-AT", ""));
     EXPECT_FALSE(HasErrors()) << Records().front();
+    std::string deep = "dc:title";
+    for (int i = 0; i < 40; ++i) {
+        deep += "[?xml:lang=\"fr\"][last()]";
+    }
+    EXPECT_FALSE(HasValue(Tree(), At(deep))) << "at once, not after asking for each array again and again";
 }
 
 TEST_F(Writing, RefusesAnEmptyTextForADateThatIsThere) {

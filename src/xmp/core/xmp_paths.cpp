@@ -64,20 +64,14 @@ std::size_t NumberOfLanguage(XMPMetaHandle tree, const UTF8String& schema, const
     return 0;
 }
 
-/// Puts numbers for the languages that are there.
-void NumberLanguages(XMPMetaHandle tree, const UTF8String& schema, UTF8String& path) {
-    for (std::size_t at = path.find(kLanguageStart); at != UTF8String::npos; at = path.find(kLanguageStart, at + 1)) {
-        const std::size_t begin = at + kLanguageStart.size();
-        const std::size_t end = path.find(kLanguageEnd, begin);
-        if (end == UTF8String::npos) {
-            return;
-        }
-        const std::string_view language = std::string_view(path).substr(begin, end - begin);
-        const std::size_t number = NumberOfLanguage(tree, schema, path.substr(0, at), language);
-        if (number > 0) {
-            path.replace(at, end + kLanguageEnd.size() - at, ItemPath({}, number));
-        }
+/// The number of the item that @p selector, "[last()]" or one of a language, names in the array; 0 for none, and for any
+/// other selector.
+std::size_t NumberOf(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& array, std::string_view selector) {
+    if (selector == "[last()]") {
+        return CountArrayItems(tree, schema, array);
     }
+    const std::optional<LanguageItem> item = LanguageItemAt(UTF8String(selector));
+    return item ? NumberOfLanguage(tree, schema, array, item->mLanguage) : 0;
 }
 
 /// Where the toolkit keeps the top-level property @p name, which it writes there when it is asked to; the same place but
@@ -157,14 +151,19 @@ UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8St
     const UTF8String prefix = CheckedSchema(schema, path);
     const bool hasPrefix = path.find(':') < FirstStepLength(path);
     UTF8String normal = hasPrefix ? path : prefix + ":" + path;
-    constexpr std::string_view kLast = "[last()]";
-    for (std::size_t at = normal.find(kLast); at != UTF8String::npos; at = normal.find(kLast, at + 1)) {
-        const std::size_t count = CountArrayItems(tree, schema, normal.substr(0, at));
-        if (count > 0) {
-            normal.replace(at, kLast.size(), "[" + std::to_string(count) + "]");
+    // From the front and no further than to what is not there: each array that is asked for has its numbers already.
+    for (std::size_t open = normal.find('['); open != UTF8String::npos; open = normal.find('[', open + 1)) {
+        const std::size_t size = std::min(normal.find(']', open), normal.size() - 1) + 1 - open;
+        const std::string_view selector = std::string_view(normal).substr(open, size);
+        if (selector.find_first_not_of("[0123456789]") == std::string_view::npos) {
+            continue;
         }
+        const std::size_t number = NumberOf(tree, schema, normal.substr(0, open), selector);
+        if (number == 0) {
+            break;
+        }
+        normal.replace(open, size, ItemPath({}, number));
     }
-    NumberLanguages(tree, schema, normal);
     return normal;
 }
 
