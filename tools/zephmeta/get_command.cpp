@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
 #include <iostream>
 
@@ -16,10 +18,18 @@ namespace {
 
 enum class Found { kNothing, kValue, kMixed };
 
+/// Language tags compare without letter case (RFC 4647).
+bool SameTag(std::string_view left, std::string_view right) {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [](unsigned char l, unsigned char r) { return std::tolower(l) == std::tolower(r); });
+}
+
 bool ReadTarget(zephmetadata::XMPMetaHandle tree, const Target& target, bool raw, std::string& text) {
     if (!target.mLanguage.empty()) {
         const auto languages = zephmetadata::GetLanguages(tree, target.mPath);
-        const auto found = languages.find(target.mLanguage);
+        const auto found = std::find_if(languages.begin(), languages.end(), [&](const auto& language) {
+            return SameTag(language.first, target.mLanguage);
+        });
         text = found == languages.end() ? std::string() : found->second;
         return found != languages.end();
     }
