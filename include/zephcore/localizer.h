@@ -35,7 +35,10 @@ private:
 UTF16String ReplaceInString(std::u16string_view textTemplate, std::initializer_list<UTF16String> arguments);
 UTF16String ReplaceInString(std::u16string_view textTemplate, std::span<const UTF16String> arguments);
 
-/// The translation of @p key with its arguments put in.
+/// The same, but ResolveDisplayEscapes gives the arguments back as they are: they are texts of files, no messages.
+UTF16String ReplaceForDisplay(std::u16string_view textTemplate, std::span<const UTF16String> arguments);
+
+/// The translation of @p key with its arguments put in as ReplaceForDisplay does.
 UTF16String ZString(std::u16string_view key, std::initializer_list<UTF16String> arguments = {});
 
 /// @p text as it is shown to people: the escapes #{quot}, #{amp}, #{lt}, #{gt}, #{apos} and #{U+XXXX} resolved (1 to 6

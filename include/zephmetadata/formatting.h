@@ -7,7 +7,8 @@
 
 /// Display text for stored XMP text. Text reads (GetValue of values.h) of internal properties go through FormatValue.
 ///
-/// Formatting reports no errors: what cannot be formatted gives an empty text, for a date the text itself.
+/// Formatting reports no errors: what cannot be formatted gives an empty text, for a date the text itself. What the
+/// host's formatter throws leaves FormatValue, but not GetValue, which reports it and shows the stored text.
 namespace zephmetadata {
 
 /// A formatter of the host's own: it gets the tree, the path and the stored text, and answers the display text or an
@@ -27,8 +28,8 @@ ZEPHMETADATA_EXPORT UTF8String FormatRational(const UTF8String& value, std::uint
 /// A coordinate in the form of XMP's Exif schema ("45,30,15N", "45,30.25N") in degrees, minutes and seconds.
 ZEPHMETADATA_EXPORT UTF8String FormatGPSCoordinate(const UTF8String& value);
 
-/// Sets the host formatter, which is asked before the library's own; an empty one removes it. It outlives Terminate.
-/// Not to be called while values are read on another thread.
+/// Sets the host formatter, which is asked before the library's own; an empty one removes it. It outlives Terminate, and
+/// may replace itself while it runs. Not to be called while values are read on another thread.
 ZEPHMETADATA_EXPORT void RegisterValueFormatter(ValueFormatter formatter);
 /// The host formatter; empty when there is none.
 ZEPHMETADATA_EXPORT ValueFormatter RegisteredValueFormatter();

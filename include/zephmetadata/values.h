@@ -75,14 +75,17 @@ ZEPHMETADATA_EXPORT bool GetRawStringValue(XMPMetaHandle tree, const Path& path,
 ZEPHMETADATA_EXPORT bool GetConstructedValue(XMPMetaHandle tree, const Path& path, UTF8String& value,
                                              GetValueResult* result = nullptr);
 
-/// The texts of a language alternative by language, "x-default" among them; empty when there is none.
+/// The texts of a language alternative by language, as SetLanguage keeps it, "x-default" among them; empty when there is
+/// none.
 ZEPHMETADATA_EXPORT std::map<UTF8String, UTF8String> GetLanguages(XMPMetaHandle tree, const Path& path);
 /// The stored texts of an array of simple values, in order.
 ZEPHMETADATA_EXPORT std::vector<UTF8String> GetItems(XMPMetaHandle tree, const Path& path);
 
 // Writes. True when a write took place: a value that is already there is not written again.
 
-// An item that is one past the end of its array is made, the array with it, and so are missing structures on the way.
+// An item that is one past the end of its array is made, the array with it, and so are missing structures on the way. A
+// value of another shape than its definition says is replaced. Refused, with an error record, is what would make a tree
+// that no packet can hold, and what would cost other values: a text for structures, a number for an array.
 
 /// Text of an array is split into items at semicolons, items with a semicolon in quotes; of a language alternative it
 /// sets the x-default item alone; of a date it must be one (ISO 8601 as XMP has it).
@@ -92,8 +95,8 @@ ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, int valu
 ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, long long value);
 ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, double value);
 ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, bool value);
-/// Sets the text of one language (an RFC 3066 tag, or "x-default") of an alternative; an empty text removes that language.
-/// No other language changes.
+/// Sets the text of one language (an RFC 5646 tag, or "x-default") of an alternative; an empty text removes that language.
+/// No other language changes. Tags compare without letter case, here and in paths, and are kept as "zh-hans", "de-AT".
 ZEPHMETADATA_EXPORT bool SetLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& language,
                                      const UTF8String& value);
 /// Why a text is no value of the type at @p path, localised: no integer, number, boolean or date where one is due, out of bounds, not of the form of its pattern,

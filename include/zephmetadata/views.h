@@ -164,7 +164,7 @@ ZEPHMETADATA_EXPORT PolyRange<sp<ViewDefinition>> CommonViewDefinitions();
 
 /// A text of a view or of the host itself, for example a parameter, in the user-interface language: the translation of
 /// a key, or the text as it is; @p arguments, when there are any, take the places of @0 to @9. Display escapes such as
-/// #{quot} stay.
+/// #{quot} stay; zephcore::ResolveDisplayEscapes resolves them and gives the arguments back as they were.
 ZEPHMETADATA_EXPORT UTF16String LocalizedText(const UTF8String& text, const std::vector<UTF16String>& arguments = {});
 
 /// Shows @p view to @p builder; nothing for a null view. What the builder throws is passed on. The builder may drop and

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <algorithm>
+#include <functional>
+#include <utility>
 #include <vector>
 
 #include "zephmetadata/types.h"
@@ -44,15 +46,68 @@ public:
     /// list, and passes over what an earlier one of the same walk emptied. Exceptions pass through and end the walk.
     void Call(Arguments... arguments) const {
         for (const Callback& callback : std::vector<Callback>(mCallbacks)) {
-            if (IsLive(callback)) {
-                const std::function<void(Arguments...)> survivesBeingEmptied = *callback;
-                survivesBeingEmptied(arguments...);
+            CallOne(callback, arguments...);
+        }
+    }
+
+    /// The same, but an exception of one callback keeps no other from being called.
+    void CallAll(Arguments... arguments) const {
+        for (const Callback& callback : std::vector<Callback>(mCallbacks)) {
+            try {
+                CallOne(callback, arguments...);
+            } catch (...) {
+                // Who calls is in the middle of its own work and has to finish it, whatever a listener makes of the news.
             }
         }
     }
 
 private:
+    using Function = std::function<void(Arguments...)>;
+
+    /// Keeps a function object, with the state that is its own, alive while it runs, even when it is emptied meanwhile:
+    /// what is registered passes calls on to it until then.
+    class Running {
+    public:
+        explicit Running(const Callback& callback) : mCallback(callback) {
+            if (const Relay* const outer = callback->template target<Relay>()) {
+                mFunction = outer->mFunction;  // it called its own list
+                return;
+            }
+            mFunction = std::make_shared<Function>(std::move(*callback));
+            *callback = Relay{mFunction};
+            mIsOutermost = true;
+        }
+        ~Running() {
+            const Relay* const relay = mIsOutermost ? mCallback->template target<Relay>() : nullptr;
+            const bool isCopied = mFunction.use_count() > 2;  // a copy made meanwhile goes on passing calls on
+            if (relay != nullptr && relay->mFunction == mFunction && !isCopied) {
+                *mCallback = Function(std::move(*mFunction));
+            }
+        }
+        Running(const Running&) = delete;
+        Running& operator=(const Running&) = delete;
+
+        void operator()(Arguments... arguments) const { (*mFunction)(arguments...); }
+
+    private:
+        struct Relay {
+            sp<Function> mFunction;
+            void operator()(Arguments... arguments) const { (*mFunction)(arguments...); }
+        };
+
+        const Callback& mCallback;
+        sp<Function> mFunction;
+        bool mIsOutermost = false;
+    };
+
     static bool IsLive(const Callback& callback) { return callback && *callback; }
+
+    static void CallOne(const Callback& callback, Arguments... arguments) {
+        if (IsLive(callback)) {
+            const Running running(callback);
+            running(arguments...);
+        }
+    }
 
     std::vector<Callback> mCallbacks;
 };

@@ -64,7 +64,7 @@ UTF16String Shortened(const UTF16String& text) {
 UTF16String FullMessage(ErrorKind kind, const UTF16String& detail) {
     const auto index = static_cast<std::size_t>(kind);
     const std::u16string_view prefix = index < kPrefixes.size() ? kPrefixes[index] : u"@0";
-    return zephcore::ZString(prefix, {Shortened(detail)});
+    return zephcore::ReplaceInString(zephcore::Localizer::Get().Translate(prefix), {Shortened(detail)});
 }
 
 void Keep(ErrorInfo info) {
@@ -113,13 +113,8 @@ void SendError(ErrorKind kind, const UTF16String& detail, const UTF16String& con
     if (!ErrorReporter::ToScope(info)) {
         Keep(std::move(info));
     }
-    if (!State().mCallbacks) {
-        return;
-    }
-    try {
-        State().mCallbacks->Call(message);
-    } catch (...) {
-        // Whoever reports is in the middle of its own work and has to finish it, whatever a listener makes of the news.
+    if (State().mCallbacks) {
+        State().mCallbacks->CallAll(message);
     }
 }
 

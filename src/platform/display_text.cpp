@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <optional>
+#include <vector>
 
 #include "platform/code_points.h"
 #include "zephcore/localizer.h"
@@ -60,6 +62,21 @@ std::optional<UTF16String> EscapedText(std::u16string_view name) {
     return text;
 }
 
+/// @p text so that it is resolved to itself: what looks like an escape in it is none.
+UTF16String WithoutEscapes(std::u16string_view text) {
+    UTF16String result;
+    while (!text.empty()) {
+        const std::size_t start = std::min(text.find(kEscapeStart), text.size());
+        result += text.substr(0, start);
+        text.remove_prefix(start);
+        if (!text.empty()) {
+            result += u"#{U+23}";  // the number sign itself, which then begins no escape
+            text.remove_prefix(1);
+        }
+    }
+    return result;
+}
+
 /// The length of the longest name an escape has: "U+" and six digits.
 constexpr std::size_t kMaxEscapeName = kCodePointStart.size() + kMaxCodePointDigits;
 
@@ -103,8 +120,15 @@ UTF16String ReplaceInString(std::u16string_view textTemplate, std::span<const UT
     return result;
 }
 
+UTF16String ReplaceForDisplay(std::u16string_view textTemplate, std::span<const UTF16String> arguments) {
+    std::vector<UTF16String> texts;
+    texts.reserve(arguments.size());
+    std::transform(arguments.begin(), arguments.end(), std::back_inserter(texts), WithoutEscapes);
+    return ReplaceInString(textTemplate, texts);
+}
+
 UTF16String ZString(std::u16string_view key, std::initializer_list<UTF16String> arguments) {
-    return ReplaceInString(Localizer::Get().Translate(key), arguments);
+    return ReplaceForDisplay(Localizer::Get().Translate(key), std::span(arguments.begin(), arguments.size()));
 }
 
 }  // namespace zephcore

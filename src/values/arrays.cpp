@@ -1,15 +1,9 @@
+#include "values/missing_nodes.h"
 #include "values/value_procedures.h"
 
 namespace zephmetadata {
 
 namespace {
-
-/// Item options of an array's items, by what its definition says they are.
-std::uint32_t ItemOptions(const Path& path) {
-    const sp<EntryDefinition> entry = PathEntryDefinition(path);
-    const sp<TypeDefinition> type = entry ? PropertyTypeOf(*entry) : nullptr;
-    return type && IsStructType(*type) ? toolkit::kPropValueIsStruct : 0;
-}
 
 bool IsArray(XMPMetaHandle tree, const Path& path) {
     return tree != nullptr && IsPathAnArray(path, true);
@@ -33,18 +27,8 @@ bool AddArrayItem(XMPMetaHandle tree, const Path& path, int index) {
     if (!IsArray(tree, path)) {
         return false;
     }
-    const std::uint32_t itemOptions = ItemOptions(path);
     try {
-        if (CountArrayItems(tree, path) > 0) {
-            const int item = index == -1 ? toolkit::kLastItem : index + 1;
-            toolkit::SetArrayItem(tree, path.mNamespace, path.mPathDescription, item, {},
-                                  itemOptions | toolkit::kInsertBeforeItem);
-        } else {
-            const bool isSeq = PrimitiveTypeOfPath(path) == kPrimitiveType_Seq;
-            const std::uint32_t form =
-                toolkit::kPropValueIsArray | (isSeq ? toolkit::kPropArrayIsOrdered : std::uint32_t{0});
-            toolkit::AppendArrayItem(tree, path.mNamespace, path.mPathDescription, form, {}, itemOptions);
-        }
+        InsertEmptyItem(tree, path, index);
         return true;
     } catch (const XMPError&) {
         ReportInvalidData(ErrorKind::ErrorWritingXMP, path);

@@ -26,10 +26,19 @@ UTF8String Lowered(UTF8String text) {
     return text;
 }
 
-/// What is shown of @p stored: internal values in a form for people, unless they are to be edited.
+/// What is shown of @p stored: internal values in a form for people, unless they are to be edited. What the host's
+/// formatter throws is reported, and the value shown as it is stored.
 UTF8String ShownText(XMPMetaHandle tree, const Path& path, const UTF8String& stored) {
-    UTF8String shown = path.mInternal ? FormatValue(tree, path, stored) : UTF8String();
-    return shown.empty() || IsAllMetadataForcedWritable() ? stored : shown;
+    if (!path.mInternal || IsAllMetadataForcedWritable()) {
+        return stored;
+    }
+    try {
+        UTF8String shown = FormatValue(tree, path, stored);
+        return shown.empty() ? stored : shown;
+    } catch (...) {
+        ReportInvalidData(ErrorKind::ErrorReadingXMP, path);
+        return stored;
+    }
 }
 
 /// Whether @p text, shown for @p stored, is a form of its kind that every reader understands; throws XMPError where the
@@ -169,7 +178,8 @@ bool GetValue(XMPMetaHandle tree, const Path& path, UTF8String& value, GetValueR
         text = ReadText(tree, path, result, TextAccessFor(*kind));
     }
     if (!text) {
-        return path.mInternal && GetConstructedValue(tree, path, value, result);
+        // Where the sources differ, nothing stands in for their values.
+        return path.mInternal && !IsMixed(tree, path) && GetConstructedValue(tree, path, value, result);
     }
     value = ShownText(tree, path, *text);
     if (!value.empty() && kind) {

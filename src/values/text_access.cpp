@@ -90,4 +90,14 @@ bool IsDate(const EntryDefinition& entry) {
     return entry.mType == "date";
 }
 
+bool TakesText(const EntryDefinition& entry) {
+    const auto kind = entry.mType ? PrimitiveTypeOf(*entry.mType) : entry.mExtends;
+    if (!kind || !PrimitiveTypeIsArray(*kind)) {
+        return kind.has_value();
+    }
+    const std::optional<UTF8String> element = ElementTypeIdOf(entry);
+    const sp<TypeDefinition> type = element ? TypeIdDefinition(*element) : nullptr;
+    return !type || (!IsStructType(*type) && !IsArrayType(*type));
+}
+
 }  // namespace zephmetadata

@@ -20,5 +20,7 @@ const TextAccess& DateTextAccess();
 const TextAccess& TextAccessFor(PrimitiveType type);
 
 bool IsDate(const EntryDefinition& entry);
+/// Whether the values that @p entry describes can be set as one text: simple ones, and arrays and alternatives of such.
+bool TakesText(const EntryDefinition& entry);
 
 }  // namespace zephmetadata

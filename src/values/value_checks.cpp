@@ -126,9 +126,6 @@ Problem CheckLimits(const EntryDefinition& entry, ValidationRule ofPattern, cons
 /// Each item of a joined text against the type of the items.
 Problem CheckItems(const EntryDefinition& entry, const UTF8String& value) {
     const UTF8String elementType = ElementTypeIdOf(entry).value_or(kTypeText);
-    if (IsStructType(elementType)) {
-        return Reason(ValidationRule::kValidationRule_Shape, kStructures, value);
-    }
     for (const UTF8String& item : toolkit::SplitItems(value)) {
         if (Problem problem = CheckValue(elementType, entry, item)) {
             return problem;
@@ -170,6 +167,9 @@ UTF16String WhyNotAllowed(const Path& path, const UTF8String& value) {
         return zephcore::ZString(kNoDefinition);
     }
     const auto kind = PrimitiveTypeOfPath(path);
+    if (kind && !TakesText(*entry)) {
+        return zephcore::ZString(kStructures);
+    }
     const bool isList = kind == kPrimitiveType_Bag || kind == kPrimitiveType_Seq;
     const Problem problem =
         isList ? CheckItems(*entry, value) : CheckValue(entry->mType.value_or(kTypeText), *entry, value);

@@ -88,7 +88,8 @@ bool WriteValue(XMPMetaHandle tree, const Path& path, const Value& value, const 
         setter(value);
         written = true;
         const std::optional<Value> readBack = getter();
-        if (!readBack || !CameBack(value, *readBack)) {
+        // A text without items leaves no array.
+        if (readBack ? !CameBack(value, *readBack) : IsWorthWriting(value)) {
             ReportInvalidData(ErrorKind::ErrorWritingXMP, path);
         }
     } catch (...) {

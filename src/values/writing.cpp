@@ -2,6 +2,7 @@
 #include <array>
 #include <charconv>
 
+#include "values/missing_nodes.h"
 #include "values/text_access.h"
 #include "values/value_procedures.h"
 #include "xmp/core/xmp_paths.h"
@@ -11,26 +12,48 @@ namespace zephmetadata {
 
 namespace {
 
+/// The setter with everything around it: what is missing on the way is made, and gone again when the value is refused.
+template <typename Setter>
+auto OnTheWay(XMPMetaHandle tree, const Path& path, const Setter& setter) {
+    return [tree, &path, &setter](const auto& value) {
+        MissingNodes missing(tree, path);
+        missing.MakeItems();
+        setter(value);
+        missing.Keep();
+    };
+}
+
+/// Whether a number has a place at @p path. Where nothing is defined, what is there decides.
+bool TakesNumber(XMPMetaHandle tree, const Path& path) {
+    if (const sp<EntryDefinition> entry = PathEntryDefinition(path)) {
+        const auto kind = PrimitiveTypeOfPath(path);
+        return kind && !PrimitiveTypeIsArray(*kind);
+    }
+    try {
+        const auto present = toolkit::GetProperty(tree, path.mNamespace, path.mPathDescription);
+        return !present || (present->mOptions & toolkit::kPropCompositeMask) == 0;
+    } catch (const XMPError&) {
+        return false;
+    }
+}
+
 /// Typed writes share everything but the conversion between value and text.
 template <typename Value, typename Get>
 bool WriteNumber(XMPMetaHandle tree, const Path& path, Value value, const Get& get, UTF8String (*toText)(Value)) {
+    if (tree != nullptr && !TakesNumber(tree, path)) {
+        ReportInvalidData(ErrorKind::ErrorWritingXMP, path);
+        return false;
+    }
+    const auto set = [&](Value number) {
+        toolkit::SetProperty(tree, path.mNamespace, path.mPathDescription, toText(number));
+    };
     return WriteValue(
         tree, path, value, [&] { return get(tree, path.mNamespace, path.mPathDescription); },
-        [&](Value number) { toolkit::SetProperty(tree, path.mNamespace, path.mPathDescription, toText(number)); });
+        OnTheWay(tree, path, set));
 }
 
 UTF8String TextOf(std::int64_t value) {
     return toolkit::ConvertFromInt64(value);
-}
-
-/// Whether the value is one that is written at all: what will be refused must not leave items behind.
-bool IsWritable(const TextAccess& access, const UTF8String& value) {
-    try {
-        toolkit::CheckedValue(access.mCanonical(value));
-        return IsWorthWriting(value);
-    } catch (const XMPError&) {
-        return false;
-    }
 }
 
 /// The canonical form where the text has one; any other text is left for the setter to refuse.
@@ -67,37 +90,44 @@ bool DeleteLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& lang
     }
 }
 
-/// Makes the items on the way to @p path that are one past the end of their arrays: writing below a missing item is
-/// refused by the toolkit. Anything further away stays missing and is refused.
-void MakeMissingItems(XMPMetaHandle tree, const Path& path) {
-    const UTF8String expression = ExpressionForPath(path);
-    for (std::size_t open = expression.find('['); open != UTF8String::npos; open = expression.find('[', open + 1)) {
-        const Path array = PathForExpression(expression.substr(0, open));
-        const UTF8String next = UTF8String("[").append(std::to_string(CountArrayItems(tree, array) + 1)).append("]");
-        if (expression.compare(open, next.size(), next) == 0) {
-            AddArrayItem(tree, array, CountArrayItems(tree, array));
+/// The alternative that an item told by its language is one of.
+std::optional<Path> AlternativeOf(const Path& path) {
+    if (!toolkit::LanguageItemAt(path.mPathDescription)) {
+        return std::nullopt;
+    }
+    const Path alternative = PathForExpression(toolkit::LanguageItemAt(ExpressionForPath(path))->mArray);
+    return PrimitiveTypeOfPath(alternative) == kPrimitiveType_Alt ? std::optional(alternative) : std::nullopt;
+}
+
+std::optional<UTF8String> LanguageText(XMPMetaHandle tree, const Path& path, const UTF8String& language) {
+    for (toolkit::LanguageText& text : toolkit::LanguageTexts(tree, path.mNamespace, path.mPathDescription)) {
+        if (toolkit::SameLanguage(text.mLanguage, language)) {
+            return std::move(text.mText);
         }
     }
+    return std::nullopt;
 }
 
 }  // namespace
 
 bool SetValue(XMPMetaHandle tree, const Path& path, const UTF8String& value) {
     const sp<EntryDefinition> entry = PathEntryDefinition(path);
-    if (!entry) {
+    const auto kind = PrimitiveTypeOfPath(path);
+    if (tree == nullptr || !entry || !kind) {
         return false;
     }
-    const auto kind = PrimitiveTypeOfPath(path);
-    if (!IsDate(*entry) && !kind) {
+    if (!TakesText(*entry)) {
+        ReportInvalidData(ErrorKind::ErrorWritingXMP, path);
         return false;
+    }
+    // Adds the language where it is missing, and the alternative.
+    if (const std::optional<Path> alternative = AlternativeOf(path); alternative && !value.empty()) {
+        return SetLanguage(tree, *alternative, toolkit::LanguageItemAt(path.mPathDescription)->mLanguage, value);
     }
     const TextAccess& access = IsDate(*entry) ? DateTextAccess() : TextAccessFor(*kind);
-    if (tree != nullptr && IsWritable(access, value)) {
-        MakeMissingItems(tree, path);
-    }
+    const auto set = [&](const UTF8String& text) { access.mSet(tree, path, text); };
     return WriteValue(
-        tree, path, CanonicalOr(access, value), [&] { return access.mGet(tree, path); },
-        [&](const UTF8String& text) { access.mSet(tree, path, text); });
+        tree, path, CanonicalOr(access, value), [&] { return access.mGet(tree, path); }, OnTheWay(tree, path, set));
 }
 
 bool SetValue(XMPMetaHandle tree, const Path& path, const char* value) {
@@ -105,20 +135,21 @@ bool SetValue(XMPMetaHandle tree, const Path& path, const char* value) {
 }
 
 bool SetLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& language, const UTF8String& value) {
-    if (!IsLanguageTag(language) || PrimitiveTypeOfPath(path) != kPrimitiveType_Alt) {
+    if (tree == nullptr || !IsLanguageTag(language) || PrimitiveTypeOfPath(path) != kPrimitiveType_Alt) {
         return false;
     }
-    const auto get = [&]() -> std::optional<UTF8String> {
-        const auto languages = GetLanguages(tree, path);
-        const auto found = languages.find(language);
-        return found == languages.end() ? std::nullopt : std::optional(found->second);
-    };
-    if (value.empty()) {
-        return tree != nullptr && DeleteLanguage(tree, path, language);
+    if (!TakesText(*PathEntryDefinition(path))) {
+        ReportInvalidData(ErrorKind::ErrorWritingXMP, path);
+        return false;
     }
-    return WriteValue(tree, path, value, get, [&](const UTF8String& text) {
+    if (value.empty()) {
+        return DeleteLanguage(tree, path, language);
+    }
+    const auto set = [&](const UTF8String& text) {
         toolkit::SetLocalizedText(tree, path.mNamespace, path.mPathDescription, {}, language, text);
-    });
+    };
+    return WriteValue(
+        tree, path, value, [&] { return LanguageText(tree, path, language); }, OnTheWay(tree, path, set));
 }
 
 bool SetValue(XMPMetaHandle tree, const Path& path, int value) {
@@ -139,13 +170,9 @@ bool SetValue(XMPMetaHandle tree, const Path& path, bool value) {
 
 void SetMinimalFloatValue(const Value& value, double number) {
     MetaDataUpdateAccess access(value.provider);
-    const XMPMetaHandle tree = *access;
-    const Path& path = value.path;
-    const bool written = WriteValue(
-        tree, path, number, [&] { return toolkit::GetPropertyFloat(tree, path.mNamespace, path.mPathDescription); },
-        [&](double wanted) { SimpleTextAccess().mSet(tree, path, MinimalFloatText(wanted)); });
+    const bool written = WriteNumber<double>(*access, value.path, number, toolkit::GetPropertyFloat, MinimalFloatText);
     if (written) {
-        access.AddChange(path);
+        access.AddChange(value.path);
     }
 }
 

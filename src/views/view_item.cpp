@@ -100,7 +100,7 @@ ViewBuilderInterface::~ViewBuilderInterface() = default;
 
 UTF16String LocalizedText(const UTF8String& text, const std::vector<UTF16String>& arguments) {
     UTF16String localized = zephcore::Localizer::Get().Translate(zephcore::UTF8to16(text));
-    return arguments.empty() ? localized : zephcore::ReplaceInString(localized, arguments);
+    return arguments.empty() ? localized : zephcore::ReplaceForDisplay(localized, arguments);
 }
 
 }  // namespace zephmetadata

@@ -103,6 +103,12 @@ TEST_F(Panels, SpeakTheLanguageThatIsAskedFor) {
     EXPECT_EQ(text.find("Title"), std::string::npos);
 }
 
+TEST_F(Panels, TakeNoTextOfAFileForAnEscape) {
+    ASSERT_EQ(Zephmeta({"set", "harbour.jpg", "exifEX:BodySerialNumber=#{U+41}#{quot}1"}).mStatus, 0);
+    EXPECT_THAT(Zephmeta({"panel", "harbour.jpg", "--view", "camera"}).mOutput,
+                ::testing::HasSubstr("(serial number #{U+41}#{quot}1)"));
+}
+
 /// What a person would see of a page, as a browser renders it.
 class Pages : public CliTest {
 protected:

@@ -64,13 +64,44 @@ TEST_F(Errors, ReachCallbacksInOrderAndOncePerRegistration) {
     EXPECT_EQ(first.use_count(), 1);
 }
 
-TEST_F(Errors, LetACallbackReadTheListAndSurviveOneThatThrows) {
+TEST_F(Errors, LetACallbackReadTheListAndReachThoseAfterOneThatThrows) {
     bool sawItself = false;
+    NotifyOnError(std::make_shared<std::function<void(UTF16String)>>([](const UTF16String&) { throw 1; }));
     NotifyOnError(
         std::make_shared<std::function<void(UTF16String)>>([&](const UTF16String&) { sawItself = HasErrors(); }));
-    NotifyOnError(std::make_shared<std::function<void(UTF16String)>>([](const UTF16String&) { throw 1; }));
     EXPECT_NO_THROW(SendError(ErrorKind::ErrorReadingXMP, u"", u""));
     EXPECT_TRUE(sawItself);
+}
+
+/// A listener with state of its own, which reports an error itself when it is called for the second time, and takes
+/// itself off at the third call.
+struct Counter {
+    std::vector<int>* mSeen;
+    std::shared_ptr<std::weak_ptr<std::function<void(UTF16String)>>> mSelf;
+    int mCalls = 0;
+
+    void operator()(const UTF16String& /*message*/) {
+        if (++mCalls == 2) {
+            SendError(ErrorKind::ErrorReadingXMP, u"", u"");
+        } else if (mCalls == 3) {
+            *mSelf->lock() = nullptr;
+        }
+        mSeen->push_back(mCalls);
+    }
+};
+
+TEST_F(Errors, LeaveACallbackItsOwnStateEvenWhenItEmptiesItself) {
+    std::vector<int> seen;
+    const auto self = std::make_shared<std::weak_ptr<std::function<void(UTF16String)>>>();
+    const ErrorCallback callback = std::make_shared<std::function<void(UTF16String)>>(Counter{&seen, self});
+    *self = callback;
+    NotifyOnError(callback);
+    SendError(ErrorKind::ErrorReadingXMP, u"", u"");
+    EXPECT_EQ(callback->target<Counter>()->mCalls, 1);
+    SendError(ErrorKind::ErrorReadingXMP, u"", u"");
+    SendError(ErrorKind::ErrorReadingXMP, u"", u"");
+    EXPECT_THAT(seen, ElementsAre(1, 3, 3));
+    EXPECT_FALSE(*callback);
 }
 
 TEST(ErrorsOutside, AreKeptUntilTheFinalTerminate) {

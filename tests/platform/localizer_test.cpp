@@ -81,6 +81,8 @@ TEST_F(LocalizerTest, PutsArgumentsIntoTheTranslation) {
     mLocalizer.LoadBuffer("$$$/swap=@1 @0");
     EXPECT_EQ(ZString(u"$$$/swap=@0 @1", {u"one", u"two"}), u"two one");
     EXPECT_EQ(ZString(u"$$$/other=@0 @1", {u"one", u"two"}), u"one two");
+    EXPECT_EQ(ResolveDisplayEscapes(ZString(u"$$$/a=#{quot}@0#{quot}@1", {u"##{U+41}#{#{lt}", u"#{quot}#"})),
+              u"\"##{U+41}#{#{lt}\"#{quot}#");
 }
 
 TEST(DisplayEscapes, AreResolvedOnce) {

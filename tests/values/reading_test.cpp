@@ -90,6 +90,7 @@ TEST_F(Reading, ReportsTextThatItsTypeDoesNotAllowAndReturnsIt) {
         {"<tiff:Orientation>9</tiff:Orientation>", "tiff:Orientation", "9", 1},
         {"<xmp:CreateDate>yesterday</xmp:CreateDate>", "xmp:CreateDate", "yesterday", 1},
         {"<xmp:Identifier>not a bag</xmp:Identifier>", "xmp:Identifier", "<none>", 1},
+        {"<xmp:Thumbnails><rdf:Alt><rdf:li stRef:a='1'/></rdf:Alt></xmp:Thumbnails>", "xmp:Thumbnails", "<none>", 1},
     };
     std::size_t reports = 0;
     for (const Row& row : rows) {

@@ -36,6 +36,9 @@ TEST_F(Writing, SetsTextByKindAndOnlyOnce) {
     }
     EXPECT_FALSE(HasErrors()) << Records().front();
     EXPECT_EQ(CountArrayItems(Tree(), At("Iptc4xmpExt:LocationShown")), 2);
+    EXPECT_TRUE(SetValue(Tree(), At("dc:subject"), ""));
+    EXPECT_FALSE(HasValue(Tree(), At("dc:subject")));
+    EXPECT_FALSE(HasErrors()) << Records().front();
 }
 
 TEST_F(Writing, KeepsEveryOtherLanguageAndItem) {
@@ -88,6 +91,13 @@ TEST_F(Writing, RefusesAndReportsWhatCannotBe) {
         {"xmpMM:DerivedFrom", "x", false},
         {"xmp:CreateDate", "tomorrow", true},
         {"dc:creator[3]", "x", true},
+        {"dc:creator[?xml:lang=\"de\"]", "x", true},
+        {"dc:date[1]", "garbage", true},
+        {"dc:language[1]", "\x01", true},
+        {"xmpMM:History[1]/stEvt:when", "garbage", true},
+        {"Iptc4xmpExt:ArtworkOrObject[1]/Iptc4xmpExt:AOCreator[2]", "x", true},
+        {"xmpMM:History", "no structure", true},
+        {"xmp:Thumbnails", "no structure", true},
         {"dc:source", "bad \x01 control", true},
         {"dc:source", "bad \xC3 utf-8", true},
     };
@@ -97,6 +107,10 @@ TEST_F(Writing, RefusesAndReportsWhatCannotBe) {
         if (row.mReported) {
             expected.push_back(Invalid(ErrorKind::ErrorWritingXMP, row.mExpression));
         }
+    }
+    for (const char* const expression : {"dc:title", "dc:creator", "xmpMM:DerivedFrom", "exif:ISOSpeedRatings[2]"}) {
+        EXPECT_FALSE(SetValue(Tree(), At(expression), 7)) << expression;
+        expected.push_back(Invalid(ErrorKind::ErrorWritingXMP, expression));
     }
     EXPECT_EQ(Records(), expected);
     EXPECT_THAT(XMPNodes(Tree()), IsEmpty());
@@ -124,16 +138,49 @@ TEST_F(Writing, ReplacesWhatHasAnotherShape) {
         ASSERT_TRUE(mTree) << row.mName;
         EXPECT_EQ(Text(row.mName), row.mValue);
     }
-    Load("<dc:creator>" + alternative + "</dc:creator>");
-    SetValue(Tree(), At("dc:creator"), "n; m");
-    EXPECT_THAT(GetItems(Tree(), At("dc:creator")), ElementsAre("n", "m"));
 }
 
-TEST_F(Writing, LeavesNoItemOfAValueThatIsRefused) {
-    for (const char* const expression : {"dc:language[1]", "Iptc4xmpExt:LocationShown[1]/Iptc4xmpExt:City"}) {
-        EXPECT_FALSE(SetValue(Tree(), At(expression), "\x01")) << expression;
-        EXPECT_TRUE(XMPNodes(Tree()).empty()) << expression;
+TEST_F(Writing, RefusesWhatWouldMakeNoPacketOrLoseOtherValues) {
+    const struct {
+        const char* mProperty;
+        const char* mContent;
+        const char* mExpression;
+    } rows[] = {
+        {"dc:title", "<rdf:Alt><rdf:li xml:lang='x-default'>a</rdf:li></rdf:Alt>", "dc:title[2]"},
+        {"dc:title", "<rdf:Alt/>", "dc:title[1]"},
+        {"dc:creator", "<rdf:Alt><rdf:li xml:lang='de'>a</rdf:li></rdf:Alt>", "dc:creator[2]"},
+        {"xmpMM:History", "<rdf:Seq><rdf:li stEvt:action='saved'/></rdf:Seq>", "xmpMM:History"},
+        {"xmp:Thumbnails", "<rdf:Alt><rdf:li stRef:a='1'/></rdf:Alt>", "xmp:Thumbnails"},
+    };
+    std::vector<Record> expected;
+    for (const auto& row : rows) {
+        Load(std::string("<") + row.mProperty + ">" + row.mContent + "</" + row.mProperty + ">");
+        const std::string before = SerializeXMPMeta(Tree());
+        EXPECT_FALSE(SetValue(Tree(), At(row.mExpression), "x")) << row.mExpression;
+        EXPECT_EQ(SerializeXMPMeta(Tree()), before) << row.mExpression;
+        expected.push_back(Invalid(ErrorKind::ErrorWritingXMP, row.mExpression));
     }
+    EXPECT_FALSE(SetLanguage(Tree(), At("xmp:Thumbnails"), "de", "x"));
+    expected.push_back(Invalid(ErrorKind::ErrorWritingXMP, "xmp:Thumbnails"));
+    EXPECT_EQ(Records(), expected);
+}
+
+TEST_F(Writing, FindsLanguagesWhateverTheirLetterCase) {
+    const Path title = At("dc:title");
+    EXPECT_TRUE(SetValue(Tree(), At("dc:title[?xml:lang=\"zh-Hans\"]"), "a"));
+    EXPECT_FALSE(SetLanguage(Tree(), title, "ZH-hans", "a"));
+    EXPECT_TRUE(SetValue(Tree(), At("dc:title[?xml:lang=\"zh-Hans\"]"), "b"));
+    EXPECT_TRUE(SetLanguage(Tree(), title, "de-at", "c"));
+    EXPECT_EQ(Text("dc:title[?xml:lang=\"DE-AT\"]"), "c");
+    EXPECT_THAT(GetLanguages(Tree(), title),
+                ElementsAre(std::pair("de-AT", "c"), std::pair("x-default", "a"), std::pair("zh-hans", "b")));
+    EXPECT_TRUE(SetLanguage(Tree(), title, "DE-AT", ""));
+    EXPECT_FALSE(HasErrors()) << Records().front();
+    std::string deep = "dc:title";
+    for (int i = 0; i < 40; ++i) {
+        deep += "[?xml:lang=\"fr\"][last()]";
+    }
+    EXPECT_FALSE(HasValue(Tree(), At(deep))) << "at once, not after asking for each array again and again";
 }
 
 TEST_F(Writing, RefusesAnEmptyTextForADateThatIsThere) {
@@ -154,6 +201,9 @@ TEST_F(Writing, WritesNumbersInTheirCanonicalForm) {
     EXPECT_EQ(Raw("dc:source"), "0.1");
     EXPECT_TRUE(SetValue(Tree(), path, true));
     EXPECT_EQ(Raw("dc:source"), "True");
+    EXPECT_TRUE(SetValue(Tree(), At("exif:ISOSpeedRatings[1]"), 200));
+    EXPECT_TRUE(SetValue(Tree(), At("exif:ISOSpeedRatings[2]"), 400));
+    EXPECT_EQ(Text("exif:ISOSpeedRatings"), "200; 400");
     EXPECT_FALSE(HasErrors());
 }
 

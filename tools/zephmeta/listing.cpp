@@ -168,13 +168,24 @@ std::vector<ListedValue> ListValues(zephmetadata::XMPMetaHandle tree) {
     return values;
 }
 
+namespace {
+
+/// Language tags compare without letter case (RFC 4647).
+bool SameTag(std::string_view left, std::string_view right) {
+    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                      [&](char l, char r) { return lower(l) == lower(r); });
+}
+
+}  // namespace
+
 std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target& target) {
     std::vector<std::string> texts;
     if (tree == nullptr || !zephmetadata::HasValue(tree, target.mPath)) {
         return texts;
     }
     for (const auto& [language, text] : zephmetadata::GetLanguages(tree, target.mPath)) {
-        if (target.mLanguage.empty() || language == target.mLanguage) {
+        if (target.mLanguage.empty() || SameTag(language, target.mLanguage)) {
             texts.push_back(text);
         }
     }

@@ -96,11 +96,15 @@ UTF8String TimeNumber(double seconds) {
     return snapped > kLongestFraction ? NumberText(snapped, 1) : "1/" + NumberText(1 / snapped, 0);
 }
 
+UTF8String Message(std::u16string_view key, const UTF8String& argument = {}) {
+    return zephcore::UTF16to8(zephcore::ResolveDisplayEscapes(zephcore::ZString(key, {zephcore::UTF8to16(argument)})));
+}
+
 UTF8String TimeText(double seconds) {
     if (std::isnan(seconds)) {
         return {};
     }
-    return zephcore::UTF16to8(zephcore::ZString(kSecondsForm, {zephcore::UTF8to16(TimeNumber(seconds))}));
+    return Message(kSecondsForm, TimeNumber(seconds));
 }
 
 UTF8String FNumberText(double fNumber) {
@@ -125,10 +129,6 @@ std::uint32_t LowWord(double numerator) {
     constexpr double kInt64Range = 9223372036854775808.0;
     const bool fits = std::abs(numerator) < kInt64Range;
     return fits ? static_cast<std::uint32_t>(static_cast<std::int64_t>(numerator)) : 1;
-}
-
-UTF8String Message(std::u16string_view key) {
-    return zephcore::UTF16to8(zephcore::ResolveDisplayEscapes(zephcore::ZString(key)));
 }
 
 }  // namespace

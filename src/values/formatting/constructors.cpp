@@ -32,8 +32,8 @@ std::optional<bool> IsOnItsSide(XMPMetaHandle tree, GetValueResult* result) {
 }
 
 bool ReadPair(XMPMetaHandle tree, const Path& first, const Path& second, std::pair<UTF8String, UTF8String>& pair,
-              GetValueResult* result) {
-    return GetValue(tree, first, pair.first, result) && GetValue(tree, second, pair.second, result);
+              GetValueResult& result) {
+    return GetValue(tree, first, pair.first, &result) && GetValue(tree, second, pair.second, &result);
 }
 
 UTF8String Product(const std::pair<UTF8String, UTF8String>& pair) {
@@ -42,11 +42,13 @@ UTF8String Product(const std::pair<UTF8String, UTF8String>& pair) {
 
 bool ImageSize(XMPMetaHandle tree, UTF8String& value, GetValueResult* result) {
     std::pair<UTF8String, UTF8String> size;
+    GetValueResult own = kGetValueResult_NoValue;
+    GetValueResult& used = result != nullptr ? *result : own;
     if (!ReadPair(tree, At(kStandardSchema_EXIF, "PixelXDimension"), At(kStandardSchema_EXIF, "PixelYDimension"), size,
-                  result) &&
-        !ReadPair(tree, At(kStandardSchema_TIFF, "ImageWidth"), At(kStandardSchema_TIFF, "ImageLength"), size,
-                  result)) {
-        return false;
+                  used) &&
+        (used == kGetValueResult_Mixed || !ReadPair(tree, At(kStandardSchema_TIFF, "ImageWidth"),
+                                                    At(kStandardSchema_TIFF, "ImageLength"), size, used))) {
+        return false;  // where sources differ, what stands behind is not what each would show
     }
     const std::optional<bool> onItsSide = IsOnItsSide(tree, result);
     if (!onItsSide) {
@@ -81,8 +83,10 @@ bool ImageResolution(XMPMetaHandle tree, UTF8String& value, GetValueResult* resu
 }
 
 bool ShutterSpeed(XMPMetaHandle tree, UTF8String& value, GetValueResult* result) {
-    return GetValue(tree, At(kStandardSchema_EXIF, "ShutterSpeedValue"), value, result) ||
-           GetValue(tree, At(kStandardSchema_EXIF, "ExposureTime"), value, result);
+    GetValueResult own = kGetValueResult_NoValue;
+    GetValueResult& used = result != nullptr ? *result : own;
+    return GetValue(tree, At(kStandardSchema_EXIF, "ShutterSpeedValue"), value, &used) ||
+           (used != kGetValueResult_Mixed && GetValue(tree, At(kStandardSchema_EXIF, "ExposureTime"), value, &used));
 }
 
 /// The kinds of sensitivity that stand in for a speed over 65535 (Exif 2.32, tag 34864).

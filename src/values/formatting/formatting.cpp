@@ -47,8 +47,9 @@ std::map<Path, Format>& SpecialFormatters() {
     return formatters;
 }
 
-ValueFormatter& HostFormatter() {
-    static ValueFormatter formatter;
+/// Null for none. Shared, for a formatter may replace itself while it runs.
+sp<ValueFormatter>& HostFormatter() {
+    static sp<ValueFormatter> formatter;
     return formatter;
 }
 
@@ -80,8 +81,8 @@ void ClearSpecialFormatters() {
 }
 
 UTF8String FormatValue(XMPMetaHandle tree, const Path& path, const UTF8String& value) {
-    if (HostFormatter()) {
-        UTF8String text = HostFormatter()(tree, path, value);
+    if (const sp<ValueFormatter> running = HostFormatter()) {
+        UTF8String text = (*running)(tree, path, value);
         if (!text.empty()) {
             return text;
         }
@@ -91,11 +92,11 @@ UTF8String FormatValue(XMPMetaHandle tree, const Path& path, const UTF8String& v
 }
 
 void RegisterValueFormatter(ValueFormatter formatter) {
-    HostFormatter().swap(formatter);
+    HostFormatter() = formatter ? std::make_shared<ValueFormatter>(std::move(formatter)) : nullptr;
 }
 
 ValueFormatter RegisteredValueFormatter() {
-    return HostFormatter();
+    return HostFormatter() ? *HostFormatter() : ValueFormatter();
 }
 
 }  // namespace zephmetadata

@@ -29,6 +29,19 @@ std::optional<std::vector<AlternativeItem>> Items(XMPMetaHandle tree, const UTF8
     return std::move(Alternatives(nodes).front().mItems);
 }
 
+bool IsText(const AlternativeItem& item) {
+    return (item.mOptions & kPropCompositeMask) == 0;
+}
+
+// The same for texts alone: what holds structures has no text in any language, and takes none.
+std::optional<std::vector<AlternativeItem>> TextItems(XMPMetaHandle tree, const Place& place) {
+    std::optional<std::vector<AlternativeItem>> items = Items(tree, place.mSchema, place.mPath);
+    if (items && !std::all_of(items->begin(), items->end(), IsText)) {
+        ThrowError(XMPErr_BadXPath, "\"" + place.mPath + "\" has items that are no texts");
+    }
+    return items;
+}
+
 bool IsVariantOf(std::string_view language, std::string_view generic) {
     return !generic.empty() && language.size() >= generic.size() &&
            SameLanguage(language.substr(0, generic.size()), generic) &&
@@ -63,13 +76,21 @@ void SetItem(XMPMetaHandle tree, const Place& place, const std::vector<Alternati
     AddItem(tree, schema, path, isDefault ? 1 : count + 1, language, text);
 }
 
+bool IsAlternativeOfTexts(XMPMetaHandle tree, const Place& place, const Property& property) {
+    if ((property.mOptions & kPropArrayIsAlternate) == 0) {
+        return false;
+    }
+    const std::optional<std::vector<AlternativeItem>> items = Items(tree, place.mSchema, place.mPath);
+    return items && std::all_of(items->begin(), items->end(), IsText);
+}
+
 /// Of a property of another shape: a text becomes the x-default item; anything else is replaced by x-default, and refused
 /// for the other languages, which are not the whole of it.
 void MakeAlternative(XMPMetaHandle tree, const Place& place, std::string_view language) {
     const std::optional<Property> present = GetProperty(tree, place.mSchema, place.mPath);
     const bool isDefault = SameLanguage(language, kDefaultLanguage);
     const bool isText = present && (present->mOptions & kPropCompositeMask) == 0;
-    if (!present || (present->mOptions & kPropArrayIsAlternate) != 0 || (!isDefault && !isText)) {
+    if (!present || IsAlternativeOfTexts(tree, place, *present) || (!isDefault && !isText)) {
         return;
     }
     Reshape(tree, place.mSchema, place.mPath, kLanguageAlternative);
@@ -150,7 +171,7 @@ std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String&
             return text;
         }
     }
-    const std::optional<std::vector<AlternativeItem>> items = Items(tree, place.mSchema, place.mPath);
+    const std::optional<std::vector<AlternativeItem>> items = TextItems(tree, place);
     if (!items || items->empty()) {
         return std::nullopt;
     }
@@ -173,7 +194,9 @@ std::vector<LanguageText> LanguageTexts(XMPMetaHandle tree, const UTF8String& sc
     const Place place = NormalPlace(tree, schema, path);
     std::vector<LanguageText> texts;
     for (AlternativeItem& item : Items(tree, place.mSchema, place.mPath).value_or(std::vector<AlternativeItem>())) {
-        texts.push_back({std::move(item.mLanguage), std::move(item.mValue)});
+        if (IsText(item)) {
+            texts.push_back({std::move(item.mLanguage), std::move(item.mValue)});
+        }
     }
     return texts;
 }
@@ -203,7 +226,7 @@ void SetLocalizedText(XMPMetaHandle tree, const UTF8String& givenSchema, const U
     CheckLanguage(specificLanguage);
     const Place place = NormalPlace(tree, givenSchema, givenPath);
     MakeAlternative(tree, place, specificLanguage);
-    std::optional<std::vector<AlternativeItem>> items = Items(tree, place.mSchema, place.mPath);
+    std::optional<std::vector<AlternativeItem>> items = TextItems(tree, place);
     if (!items) {
         SetProperty(tree, place.mSchema, place.mPath, {}, kLanguageAlternative);
         items.emplace();

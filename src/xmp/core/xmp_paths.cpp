@@ -44,6 +44,36 @@ bool HoldsReservedName(std::string_view path) {
     return false;
 }
 
+constexpr std::string_view kLanguageStart = "[?xml:lang=\"";
+constexpr std::string_view kLanguageEnd = "\"]";
+
+/// The number of the item in that language; 0 for none, and for what is no array.
+std::size_t NumberOfLanguage(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& array,
+                             std::string_view language) {
+    const std::optional<Property> property = GetProperty(tree, schema, array);
+    if (!property || (property->mOptions & kPropValueIsArray) == 0) {
+        return 0;
+    }
+    const std::size_t count = CountArrayItems(tree, schema, array);
+    for (std::size_t item = 1; item <= count; ++item) {
+        const std::optional<Property> own = GetProperty(tree, schema, LanguagePath(ItemPath(array, item)));
+        if (own && SameLanguage(own->mValue, language)) {
+            return item;
+        }
+    }
+    return 0;
+}
+
+/// The number of the item that @p selector, "[last()]" or one of a language, names in the array; 0 for none, and for any
+/// other selector.
+std::size_t NumberOf(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& array, std::string_view selector) {
+    if (selector == "[last()]") {
+        return CountArrayItems(tree, schema, array);
+    }
+    const std::optional<LanguageItem> item = LanguageItemAt(UTF8String(selector));
+    return item ? NumberOfLanguage(tree, schema, array, item->mLanguage) : 0;
+}
+
 /// Where the toolkit keeps the top-level property @p name, which it writes there when it is asked to; the same place but
 /// for the names that stand for other properties. The whole of an alternative stands for its x-default item.
 Place KeptPlace(const UTF8String& schema, const UTF8String& name) {
@@ -121,14 +151,30 @@ UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8St
     const UTF8String prefix = CheckedSchema(schema, path);
     const bool hasPrefix = path.find(':') < FirstStepLength(path);
     UTF8String normal = hasPrefix ? path : prefix + ":" + path;
-    constexpr std::string_view kLast = "[last()]";
-    for (std::size_t at = normal.find(kLast); at != UTF8String::npos; at = normal.find(kLast, at + 1)) {
-        const std::size_t count = CountArrayItems(tree, schema, normal.substr(0, at));
-        if (count > 0) {
-            normal.replace(at, kLast.size(), "[" + std::to_string(count) + "]");
+    // From the front and no further than to what is not there: each array that is asked for has its numbers already.
+    for (std::size_t open = normal.find('['); open != UTF8String::npos; open = normal.find('[', open + 1)) {
+        const std::size_t size = std::min(normal.find(']', open), normal.size() - 1) + 1 - open;
+        const std::string_view selector = std::string_view(normal).substr(open, size);
+        if (selector.find_first_not_of("[0123456789]") == std::string_view::npos) {
+            continue;
         }
+        const std::size_t number = NumberOf(tree, schema, normal.substr(0, open), selector);
+        if (number == 0) {
+            break;
+        }
+        normal.replace(open, size, ItemPath({}, number));
     }
     return normal;
+}
+
+std::optional<LanguageItem> LanguageItemAt(const UTF8String& path) {
+    const std::size_t at = path.rfind('[');
+    if (at == UTF8String::npos || path.compare(at, kLanguageStart.size(), kLanguageStart) != 0 ||
+        !path.ends_with(kLanguageEnd)) {
+        return std::nullopt;
+    }
+    const std::size_t begin = at + kLanguageStart.size();
+    return LanguageItem{path.substr(0, at), path.substr(begin, path.size() - kLanguageEnd.size() - begin)};
 }
 
 Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {

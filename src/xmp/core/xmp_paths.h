@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "xmp/core/toolkit.h"
@@ -28,7 +29,8 @@ UTF8String CheckedSchema(const UTF8String& schema, const UTF8String& path);
 /// Throws XMPError when writing at @p path would make a packet that cannot be read back.
 void CheckWritable(const UTF8String& schema, const UTF8String& path);
 
-/// The path as the toolkit's walks return it: with the prefix of the first step and with numbers for "[last()]".
+/// The path as the toolkit's walks return it: with the prefix of the first step and with numbers for "[last()]" and for
+/// languages that are there, whatever their letter case (RFC 4647).
 UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 
 /// Where @p path leads. Some names stand for properties of other schemas (tiff:Artist for the first dc:creator); those
@@ -44,7 +46,15 @@ inline UTF8String LanguagePath(const UTF8String& itemPath) {
     return itemPath + "/?xml:lang";
 }
 
-/// Throws XMPError for what cannot be a language tag (RFC 3066): the toolkit would write it as it stands.
+/// The array and the language of an item that is told by its language: dc:title[?xml:lang="de"].
+struct LanguageItem {
+    UTF8String mArray;
+    UTF8String mLanguage;
+};
+/// What @p path ends with, when it is such an item.
+std::optional<LanguageItem> LanguageItemAt(const UTF8String& path);
+
+/// Throws XMPError for what cannot be a language tag (RFC 5646): the toolkit would write it as it stands.
 void CheckLanguage(std::string_view language);
 
 /// ASCII letter case ignored, as in language tags.

@@ -335,7 +335,7 @@ sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
 }
 
 bool ParseByNames(XMPMetaHandle tree, std::string_view packet) {
-    const XMPMetaPtr shadow = MayHoldAliases(packet) ? ShadowTree(packet) : nullptr;
+    const XMPMetaPtr shadow = MayHoldAliases(tree, packet) ? ShadowTree(packet) : nullptr;
     if (!shadow) {
         return false;
     }

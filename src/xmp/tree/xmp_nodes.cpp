@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <limits>
 
 #include "xmp/arrays/xmp_alternatives.h"
@@ -34,6 +35,37 @@ int ToInt(std::string_view text) {
 bool IsLanguageAlternative(XMPMetaHandle tree, const Place& place) {
     const std::optional<Property> property = GetProperty(tree, place.mSchema, place.mPath);
     return property && (property->mOptions & kPropArrayIsAltText) != 0;
+}
+
+bool IsOtherName(const Place& place, const UTF8String& schema) {
+    return place.mSchema != schema;
+}
+
+bool IsLanguage(std::string_view path) {
+    return path.ends_with(LanguagePath({}));
+}
+
+// That of the item that the name stands for, x-default as a rule: neither to be changed nor to be deleted.
+bool IsLanguageOfOtherName(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
+    return IsLanguage(path) && IsOtherName(NormalPlace(tree, schema, path), schema);
+}
+
+// What the toolkit would make, and then write as a packet that cannot be read back or reads as something else.
+void CheckCanBeMade(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
+    const std::size_t qualifier = path.rfind("/?");
+    const bool isOrphan = qualifier != UTF8String::npos && path.find('/', qualifier + 1) == UTF8String::npos &&
+                          !PropertyExists(tree, schema, path.substr(0, qualifier));
+    const bool isBelowOtherName =
+        path.find_first_of("/[") != UTF8String::npos && IsOtherName(NormalPlace(tree, schema, path), schema);
+    if (isOrphan || isBelowOtherName) {
+        ThrowError(XMPErr_BadXPath, "\"" + path + "\" belongs to nothing");
+    }
+    for (std::size_t open = path.find('['); open != UTF8String::npos; open = path.find('[', open + 1)) {
+        const UTF8String item = path.substr(0, std::min(path.find(']', open), path.size() - 1) + 1);
+        if (IsLanguageAlternative(tree, {schema, path.substr(0, open)}) && !PropertyExists(tree, schema, item)) {
+            ThrowError(XMPErr_BadXPath, "\"" + item + "\" has no language");
+        }
+    }
 }
 
 }  // namespace
@@ -74,10 +106,12 @@ bool PropertyExists(XMPMetaHandle tree, const UTF8String& schema, const UTF8Stri
 std::optional<Property> GetProperty(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
     const XmpPtr native = Native(tree);
     // The toolkit refuses what CheckedSchema would, and this is the call that every value is read with.
+    const bool isByQualifier = path.find("[?") != UTF8String::npos;
+    const UTF8String numbered = isByQualifier ? NormalPath(tree, schema, path) : UTF8String();
     const QuietToolkit quiet;
     const ToolkitString value;
     std::uint32_t options = 0;
-    if (xmp_get_property(native, schema.c_str(), path.c_str(), value.Get(), &options)) {
+    if (xmp_get_property(native, schema.c_str(), (isByQualifier ? numbered : path).c_str(), value.Get(), &options)) {
         return Property{value.Text(), options};
     }
     if (xmp_get_error() != 0) {
@@ -106,14 +140,25 @@ void SetProperty(XMPMetaHandle tree, const UTF8String& schema, const UTF8String&
                  std::uint32_t options) {
     CheckWritable(schema, path);
     const UTF8String text = CheckedValue(value);
-    if (path.ends_with("/?xml:lang")) {
+    if (IsLanguage(path)) {
         CheckLanguage(text);
     }
     if ((options & kPropCompositeMask) != 0 && !text.empty()) {
         ThrowError(XMPErr_BadOptions, "\"" + path + "\"");
     }
-    const std::optional<Property> present = GetProperty(tree, schema, path);
     const UTF8String normal = NormalPath(tree, schema, path);
+    const std::optional<LanguageItem> missing = LanguageItemAt(normal);
+    if (missing && (options & kPropCompositeMask) == 0 && IsLanguageAlternative(tree, {schema, missing->mArray})) {
+        SetLocalizedText(tree, schema, missing->mArray, {}, missing->mLanguage, text);
+        return;
+    }
+    const std::optional<Property> present = GetProperty(tree, schema, normal);
+    if (IsLanguageOfOtherName(tree, schema, normal)) {
+        ThrowError(XMPErr_BadXPath, "\"" + path + "\" is the language of another property");
+    }
+    if (!present) {
+        CheckCanBeMade(tree, schema, normal);
+    }
     // Where the toolkit refuses a change of kind it has already changed the node.
     if (present && !HasShape(present->mOptions, options)) {
         Reshape(tree, schema, normal, options);
@@ -136,7 +181,7 @@ bool DeleteProperty(XMPMetaHandle tree, const UTF8String& schema, const UTF8Stri
     if (place.mSchema != schema && IsLanguageAlternative(tree, place)) {
         return DeleteLocalizedText(tree, place.mSchema, place.mPath, kDefaultLanguage);
     }
-    if (normal.ends_with(LanguagePath("]"))) {
+    if (normal.ends_with(LanguagePath("]")) || IsLanguageOfOtherName(tree, schema, normal)) {
         // An item of an alternative without its language makes a packet that cannot be read back.
         ThrowError(XMPErr_BadOptions, "\"" + path + "\" cannot be deleted; delete the item");
     }

@@ -105,8 +105,10 @@ std::optional<int> GetPropertyInt(XMPMetaHandle tree, const UTF8String& schema, 
 std::optional<double> GetPropertyFloat(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 std::optional<bool> GetPropertyBool(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 
-/// Missing structures on the way are made; an item of a missing array is refused. A node of another shape is replaced by
-/// one of the shape that @p options tell, qualifiers kept. What is refused, here and below, changes nothing.
+/// Missing structures on the way are made; an item of a missing array, and a qualifier of what is missing, are refused. A
+/// node of another shape is replaced by one of the shape that @p options tell, qualifiers kept. The item of a language
+/// that an alternative lacks is added with its language; without one an alternative of languages takes no item. What is
+/// refused, here and below, changes nothing.
 void SetProperty(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path, std::string_view value,
                  std::uint32_t options = 0);
 /// False when there was nothing to delete. Emptied parents stay.
@@ -158,12 +160,14 @@ struct LanguageText {
     UTF8String mText;
 };
 
-// Language alternatives. Languages are RFC 3066 tags, compared ignoring letter case; "x-default" is the default item.
+// Language alternatives. Languages are tags of RFC 5646, compared without letter case, also in paths; the toolkit keeps
+// them in a form of its own ("zh-hans", "de-AT"). "x-default" is the default item.
 
-/// The item of @p specificLanguage, else of @p genericLanguage (empty: none), else x-default, else the first item.
+/// The item of @p specificLanguage, else of @p genericLanguage (empty: none), else x-default, else the first item. Throws
+/// for an alternative of structures or arrays.
 std::optional<UTF8String> GetLocalizedText(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path,
                                            const UTF8String& genericLanguage, const UTF8String& specificLanguage);
-/// All texts with their languages, in order; empty when there is no such property.
+/// All texts with their languages, in order; empty when there is no such property, or it holds no texts.
 std::vector<LanguageText> LanguageTexts(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 /// Sets the item of @p specificLanguage alone, making array and item as needed; x-default is always the first item. No other item changes.
 /// (A missing x-default is added with the same text when the alternative was empty.) A simple property becomes an

@@ -76,14 +76,20 @@ TEST_F(ConstructedText, IsNoneWhereSourcesDiffer) {
         const char* mExpression;
         const char* mMixed;
     };
-    const Row rows[] = {{"corvid:ImageSize", "tiff:Orientation"},
+    const Row rows[] = {{"corvid:ImageSize", "exif:PixelXDimension"},
+                        {"corvid:ImageSize", "exif:PixelYDimension"},
+                        {"corvid:ImageSize", "tiff:Orientation"},
+                        {"corvid:ShutterSpeed", "exif:ShutterSpeedValue"},
+                        {"exifEX:LensModel", "exifEX:LensModel"},
+                        {"exifEX:LensModel", "aux:Lens"},
                         {"corvid:ImageResolution", "tiff:YResolution"},
                         {"corvid:ImageResolution", "tiff:Orientation"},
                         {"corvid:PhotographicSensitivity", "exifEX:PhotographicSensitivity"},
                         {"corvid:PhotographicSensitivity", "exif:ISOSpeedRatings"}};
     for (const Row& row : rows) {
         LoadValues(
-            "exif:PixelXDimension=40 exif:PixelYDimension=30 tiff:Orientation=1 tiff:XResolution=72/1 "
+            "exif:PixelXDimension=40 exif:PixelYDimension=30 tiff:ImageWidth=40 tiff:ImageLength=30 "
+            "exif:ShutterSpeedValue=8/1 exif:ExposureTime=1/10 aux:Lens=50mm tiff:Orientation=1 tiff:XResolution=72/1 "
             "tiff:YResolution=72/1 exifEX:PhotographicSensitivity=200 exif:ISOSpeedRatings=200");
         const Path mixed = At(row.mMixed);
         EXPECT_NE(Text(row.mExpression), "<none>");

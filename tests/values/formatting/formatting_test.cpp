@@ -247,13 +247,28 @@ TEST_F(HostFormatter, ComesFirstAndOutlivesTheLibrary) {
     EXPECT_EQ(FormatValue(nullptr, At("exif:ExposureTime"), "1/16"), "1/15 sec");
 }
 
-TEST_F(Formatting, IsLeftOutWhenEverythingIsForcedWritable) {
-    Load("<exif:ExposureTime>1/16</exif:ExposureTime><exif:FNumber>far</exif:FNumber>");
+TEST_F(HostFormatter, MayReplaceItselfKeepStateAndThrow) {
+    Load("<exif:ExposureTime>1/16</exif:ExposureTime>");
+    RegisterValueFormatter([calls = 0, long_ = std::string(100, 'x')](XMPMetaHandle, const Path&, auto) mutable {
+        if (++calls == 3) {
+            RegisterValueFormatter({});
+        }
+        return calls == 2 ? throw calls : std::to_string(calls) + long_;
+    });
+    EXPECT_EQ(Text("exif:ExposureTime"), "1" + std::string(100, 'x'));
+    EXPECT_EQ(Text("exif:ExposureTime"), "1/16");
+    EXPECT_THAT(Records(), ::testing::ElementsAre(Invalid(ErrorKind::ErrorReadingXMP, "exif:ExposureTime")));
+    EXPECT_EQ(Text("exif:ExposureTime"), "3" + std::string(100, 'x'));
     EXPECT_EQ(Text("exif:ExposureTime"), "1/15 sec");
+}
+
+TEST_F(HostFormatter, IsLeftOutWhenEverythingIsForcedWritable) {
+    Load("<exif:ExposureTime>1/16</exif:ExposureTime>");
+    RegisterValueFormatter([](XMPMetaHandle, const Path&, const UTF8String&) -> UTF8String { throw 1; });
     ForcedAllMetadataWritable(true);
     EXPECT_EQ(Text("exif:ExposureTime"), "1/16");
+    EXPECT_FALSE(HasErrors());
     ForcedAllMetadataWritable(false);
-    EXPECT_EQ(Text("exif:ExposureTime"), "1/15 sec");
 }
 
 }  // namespace
