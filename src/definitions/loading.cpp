@@ -164,20 +164,26 @@ Definitions ParseDocumentAndRegisterDefinitions(const UTF16String& path, bool me
 }
 
 LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin) {
-    const bool fromPackage = origin == DocumentOrigin::kExtensionPackage;
-    Definitions parsed = ParseDocumentForDefinitions(path);
+    return LoadDefinitions(ParseDocumentForDefinitions(path), path, origin);
+}
+
+LoadedDocument LoadDefinitions(Definitions parsed, const UTF16String& path, DocumentOrigin origin) {
+    const bool fromPackage = origin != DocumentOrigin::kCustomFolder;
+    const bool isFile = origin != DocumentOrigin::kBundledPackage;
     const SchemaSizes before(parsed.first);
     LoadedDocument loaded = {RegisterDefinitions(std::move(parsed), path, fromPackage), before.Changed()};
     for (const auto& schema : loaded.mRegistered.first) {
         List(schema);
-        SetFilePathForSchema(path, schema);
+        if (isFile) {
+            SetFilePathForSchema(path, schema);
+        }
         if (schema->mDynamic || fromPackage || schema->mNamespace == DICOMNamespaceURI ||
             schema->mNamespace == SWFNamespaceURI) {
             schema->mCustom = false;
         }
     }
-    for (const auto& type : loaded.mRegistered.second) {
-        SetFilePathForType(path, type);
+    if (isFile) {
+        std::ranges::for_each(loaded.mRegistered.second, [&](const auto& type) { SetFilePathForType(path, type); });
     }
     return loaded;
 }

@@ -170,7 +170,7 @@ void CheckDefinitions(DocumentCheck& check) {
 }
 
 void CheckViews(DocumentCheck& check) {
-    LoadAllViewDefinitions();
+    RegisterBundledPackages();
     const auto package = PackageOf(check.File(), "view");
     std::set<UTF8String> names = TakenViewNames(package);
     if (package) {
@@ -192,7 +192,7 @@ void CheckViews(DocumentCheck& check) {
 }
 
 void CheckPaths(DocumentCheck& check) {
-    LoadAllViewDefinitions();  // with the packages, whose properties have paths too
+    RegisterBundledPackages();  // with the packages, whose properties have paths too
     check.Begin();
     std::set<Path> paths;
     if (!ReadIncludedLeafPathsAsXMLFile(paths, check.Path())) {
