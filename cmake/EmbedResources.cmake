@@ -16,18 +16,27 @@ endif()
 
 set(ZEPHMETADATA_EMBED_SCRIPT "${CMAKE_CURRENT_LIST_FILE}")
 
-# zephmetadata_embed_resources(<target> <file>...): builds the files into the target. A resource's name is the file's
-# name without extension, its type the extension. Once for each target.
+# zephmetadata_embed_resources(<target> FILES <file>... TREE <folder> <file>...): builds the files into the target. A
+# resource's name is the file's name without extension, for the files of the tree with the way from its folder to them; its
+# type is the extension. Once for each target.
 function(zephmetadata_embed_resources target)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "FILES;TREE")
+  list(POP_FRONT ARG_TREE tree)
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/resources")
   set(names "")
-  foreach(file IN LISTS ARGN)
-    cmake_path(GET file FILENAME name)
+  foreach(file IN LISTS ARG_FILES ARG_TREE)
+    if(file IN_LIST ARG_TREE)
+      cmake_path(RELATIVE_PATH file BASE_DIRECTORY "${tree}" OUTPUT_VARIABLE name)
+      cmake_path(GET name PARENT_PATH parent)
+      file(MAKE_DIRECTORY "${folder}/${parent}")
+    else()
+      cmake_path(GET file FILENAME name)
+    endif()
     if(name IN_LIST names)
       message(FATAL_ERROR "Two resources are named ${name}")
     endif()
-    if(NOT name MATCHES "^[-A-Za-z0-9_.]+$")
-      message(FATAL_ERROR "The resource name ${name} has characters beyond letters, digits and -_.")
+    if(NOT name MATCHES "^[-A-Za-z0-9_./]+$")
+      message(FATAL_ERROR "The resource name ${name} has characters beyond letters, digits and -_./")
     endif()
     list(APPEND names "${name}")
     add_custom_command(OUTPUT "${folder}/${name}.inc"

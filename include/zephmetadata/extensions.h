@@ -71,18 +71,32 @@ ZEPHMETADATA_EXPORT bool WriteExtensionManifest(const GenericPanelManifestParser
 
 /// One extension package that was found.
 struct ExtensionPackage {
-    UTF16String path;  ///< of its folder
+    UTF16String path;  ///< of its folder; of a bundled package the name of its folder in the library
     UTF16String name;
     float version = 0;
     UTF16String locFilePrefix;
     std::vector<UTF8String> schemas;  ///< namespaces of the schemas that it brought or added to, in order
     std::vector<UTF8String> views;    ///< names of the views that it brought, in order
     StructureFields fields;           ///< that it added to structures of others, in order
+    bool bundled = false;             ///< comes with the library, from no folder
 };
 
-/// The packages of the machine-wide and the per-user folder, one of each name, in the order in which they were loaded.
-/// LoadAllViewDefinitions loads them; empty before it and after the last Terminate. Valid until then.
+/// The bundled packages that were asked for and those of the machine-wide and the per-user folder, one of each name, in
+/// the order in which they were loaded. LoadAllViewDefinitions and RegisterBundledPackages load them; empty before and
+/// after the last Terminate. Valid until the next of these calls.
 ZEPHMETADATA_EXPORT const std::vector<ExtensionPackage>& ExtensionPackages();
+
+/// Registers the packages that come with the library: the IPTC Photo Metadata Standard and the public schemas that files
+/// of cameras, telephones and picture managers hold (docs/extending.md lists them). They need no file of their own.
+///
+/// Once after Initialize, instead of LoadAllViewDefinitions or before it: it loads the views and the packages of the
+/// folders as that does, with the bundled ones before them, so that others can build on these, and one of the same name and
+/// a higher version replaces a bundled one. After LoadAllViewDefinitions it adds the bundled packages whose names are not
+/// taken. Further calls, and calls while the library is not initialised, do nothing.
+///
+/// What a custom document or a host has registered before stays as it is. Structures get the fields, and properties with
+/// choices the choices, that they lack. Problems become error records. The last Terminate undoes it.
+ZEPHMETADATA_EXPORT void RegisterBundledPackages();
 
 namespace utility {
 

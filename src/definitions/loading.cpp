@@ -182,22 +182,28 @@ Definitions RegisterPackageDefinitions(const Definitions& parsed, const UTF16Str
 }
 
 LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin) {
-    const bool fromPackage = origin == DocumentOrigin::kExtensionPackage;
-    Definitions parsed = ParseDocumentForDefinitions(path);
+    return LoadDefinitions(ParseDocumentForDefinitions(path), path, origin);
+}
+
+LoadedDocument LoadDefinitions(Definitions parsed, const UTF16String& path, DocumentOrigin origin) {
+    const bool fromPackage = origin != DocumentOrigin::kCustomFolder;
+    const bool isFile = origin != DocumentOrigin::kBundledPackage;
     const SchemaSizes before(parsed.first);
     LoadedDocument loaded;
     loaded.mRegistered = Register(std::move(parsed), path, fromPackage, fromPackage ? &loaded.mFields : nullptr);
     loaded.mNamespaces = before.Changed();
     for (const auto& schema : loaded.mRegistered.first) {
         List(schema);
-        SetFilePathForSchema(path, schema);
+        if (isFile) {
+            SetFilePathForSchema(path, schema);
+        }
         if (schema->mDynamic || fromPackage || schema->mNamespace == DICOMNamespaceURI ||
             schema->mNamespace == SWFNamespaceURI) {
             schema->mCustom = false;
         }
     }
-    for (const auto& type : loaded.mRegistered.second) {
-        SetFilePathForType(path, type);
+    if (isFile) {
+        std::ranges::for_each(loaded.mRegistered.second, [&](const auto& type) { SetFilePathForType(path, type); });
     }
     return loaded;
 }

@@ -29,15 +29,14 @@ void Report(std::u16string_view key, std::initializer_list<UTF16String> argument
     SendError(ErrorKind::ExtensionPackageRegistrationError, zephcore::ZString(key, arguments), path);
 }
 
-/// The number at the start of @p text; 0 when there is none, or none that a float can hold.
+}  // namespace
+
 float VersionNumber(const UTF16String& text) {
     std::istringstream stream(zephcore::UTF16to8(text));
     stream.imbue(std::locale::classic());
     float number = 0;
     return stream >> number ? number : 0;
 }
-
-}  // namespace
 
 void PackageDiscovery::Search(const UTF16String& path) {
     const zephcore::Dir folder(path);

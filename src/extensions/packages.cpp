@@ -6,6 +6,8 @@
 
 #include "definitions/entry_index.h"
 #include "definitions/loading.h"
+#include "definitions/registry.h"
+#include "extensions/bundled_packages.h"
 #include "extensions/package_discovery.h"
 #include "extensions/package_folder.h"
 #include "frame/errors.h"
@@ -110,6 +112,10 @@ bool LoadViews(ExtensionPackage& package, const PackageFolder& folder) {
 }
 
 void LoadPackage(ExtensionPackage& package) {
+    if (package.bundled) {
+        LoadBundledPackage(package);
+        return;
+    }
     const PackageFolder folder(package.path);
     // First, as the labels of schemas are translated while their documents are read.
     LoadTranslations(package, folder);
@@ -122,14 +128,30 @@ void LoadPackage(ExtensionPackage& package) {
 
 }  // namespace
 
-void LoadExtensionPackages() {
+void LoadExtensionPackages(std::vector<ExtensionPackage> bundled) {
     PackageDiscovery discovery;
+    for (ExtensionPackage& package : bundled) {
+        discovery.Add(std::move(package));
+    }
     discovery.Search(CustomExtensionsGlobalDirectory());
     discovery.Search(CustomExtensionsUserDirectory());
     Loaded() = discovery.Take();
     const EntryIndexScope indexed;  // many documents may add to one schema
     for (ExtensionPackage& package : Loaded()) {
         LoadPackage(package);
+    }
+}
+
+void AddBundledPackages(std::vector<ExtensionPackage> bundled) {
+    std::set<UTF16String> names;
+    for (const ExtensionPackage& package : Loaded()) {
+        names.insert(package.name);
+    }
+    const MergingScope merging;
+    for (ExtensionPackage& package : bundled) {
+        if (!names.contains(package.name)) {
+            LoadBundledPackage(Loaded().emplace_back(std::move(package)));
+        }
     }
 }
 

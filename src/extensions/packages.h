@@ -4,8 +4,11 @@
 
 namespace zephmetadata {
 
-/// Finds the packages of the machine-wide and then of the per-user folder, and registers what they bring.
-void LoadExtensionPackages();
+/// Finds the packages of the machine-wide and then of the per-user folder, behind @p bundled ones, and registers what
+/// they bring.
+void LoadExtensionPackages(std::vector<ExtensionPackage> bundled);
+/// Registers what those of @p bundled bring whose names no loaded package has.
+void AddBundledPackages(std::vector<ExtensionPackage> bundled);
 void ClearExtensionPackages();
 
 }  // namespace zephmetadata

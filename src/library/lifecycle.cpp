@@ -1,6 +1,7 @@
 #include <utility>
 
 #include "definitions/loading.h"
+#include "extensions/bundled_packages.h"
 #include "extensions/packages.h"
 #include "frame/errors.h"
 #include "frame/initialization.h"
@@ -52,7 +53,19 @@ void LoadAllViewDefinitions() {
         return;
     }
     LoadBuiltInViews();
-    LoadExtensionPackages();
+    LoadExtensionPackages({});
+}
+
+void RegisterBundledPackages() {
+    if (!IsInitialized()) {
+        return;
+    }
+    if (std::exchange(viewsAreLoaded, true)) {
+        AddBundledPackages(BundledPackages());
+        return;
+    }
+    LoadBuiltInViews();
+    LoadExtensionPackages(BundledPackages());
 }
 
 void Terminate() {

@@ -5,6 +5,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
+using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -35,13 +36,20 @@ protected:
     }
 };
 
-TEST_F(PackagesCommand, NameTheFoldersWhereThereIsNone) {
-    EXPECT_EQ(Run({"packages"}),
-              (Outcome{0,
-                       "no extension packages in these folders:\n  " + At("system").string() +
-                           "/Corvid/XMP/Metadata Extensions\n  " + User("").parent_path().string() + "\n",
-                       ""}));
-    EXPECT_EQ(Packages(), Json({{"packages", Json::array()}, {"problems", Json::array()}}));
+TEST_F(PackagesCommand, ShowThoseOfTheLibraryAndNameTheFolders) {
+    const Outcome text = Run({"packages"});
+    EXPECT_EQ(text.mStatus, 0);
+    EXPECT_EQ(text.mErrors, "");
+    EXPECT_THAT(text.mOutput, HasSubstr("\nIPTC Photo Metadata  2024.2  bundled\n  4 schemas\n"));
+    EXPECT_THAT(text.mOutput, EndsWith("no extension packages in these folders:\n  " + At("system").string() +
+                                       "/Corvid/XMP/Metadata Extensions\n  " + User("").parent_path().string() + "\n"));
+    const Json json = Packages();
+    EXPECT_EQ(json["packages"], Json::array());
+    EXPECT_EQ(json["problems"], Json::array());
+    EXPECT_EQ(json["bundled"].size(), 6U);
+    EXPECT_EQ(json["bundled"][1]["views"], Json({"org.zephmetadata.view.iptc-photo-metadata"}));
+    EXPECT_EQ(Run({"package", "new", "Image Regions"}),
+              (Outcome{1, "", "zephmeta: a package of this name comes with the library\n"}));
 }
 
 TEST_F(PackagesCommand, ListWhatEachBroughtAndWhatIsWrong) {
@@ -57,9 +65,10 @@ TEST_F(PackagesCommand, ListWhatEachBroughtAndWhatIsWrong) {
     WriteUser("b/readme", "");
     const Outcome text = Run({"packages"});
     EXPECT_EQ(text.mStatus, 0);
-    EXPECT_EQ(text.mOutput, "A B  2024.1  " + User("a").string() +
-                                "\n  1 schema\n    dc  http://purl.org/dc/elements/1.1/\n  1 field of a structure\n    "
-                                "dimensions  depth:d\n  1 view\n    org.test.a  1 item\n");
+    EXPECT_THAT(text.mOutput, EndsWith("A B  2024.1  " + User("a").string() +
+                                       "\n  1 schema\n    dc  http://purl.org/dc/elements/1.1/\n  1 field of a "
+                                       "structure\n    dimensions  depth:d\n  1 view\n    "
+                                       "org.test.a  1 item\n"));
     const std::string noManifest = "Error parsing manifest file: manifest file is missing from extension package.";
     const std::string noFolder =
         "Error parsing manifest file: localization directory is missing from extension package.";

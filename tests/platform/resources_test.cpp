@@ -25,7 +25,18 @@ TEST(Resources, AreTheDocumentsOfTheSourceTree) {
     }
     std::sort(names.begin(), names.end());
     ASSERT_FALSE(names.empty());
-    EXPECT_EQ(GetResourceNames(Module::kOwn, "xml"), names);
+    std::vector<UTF8String> documents = GetResourceNames(Module::kOwn, "xml");
+    std::erase_if(documents, [](const UTF8String& name) { return name.find('/') != UTF8String::npos; });
+    EXPECT_EQ(documents, names);
+}
+
+TEST(Resources, OfPackagesHaveTheirFoldersInTheirNames) {
+    const auto packages = std::filesystem::path(ZEPHMETADATA_SOURCE_DIR) / "resources/packages";
+    for (const char* name : {"iptc-photo-metadata/manifest", "iptc-photo-metadata/schema/photoshop"}) {
+        std::string_view bytes;
+        ASSERT_TRUE(GetBinaryFromModule(Module::kOwn, name, "xml", bytes)) << name;
+        EXPECT_EQ(bytes, support::ReadFile(packages / (std::string(name) + ".xml")));
+    }
 }
 
 TEST(Resources, OfOtherNamesAndTypesAreAbsent) {

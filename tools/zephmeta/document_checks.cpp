@@ -239,7 +239,7 @@ void CheckDefinitions(DocumentCheck& check) {
 }
 
 void CheckViews(DocumentCheck& check) {
-    LoadAllViewDefinitions();
+    RegisterBundledPackages();
     const auto package = PackageOf(check.File(), "view");
     std::set<UTF8String> names = TakenViewNames(package);
     if (package) {
@@ -259,7 +259,7 @@ void CheckViews(DocumentCheck& check) {
 }
 
 void CheckPaths(DocumentCheck& check) {
-    LoadAllViewDefinitions();  // with the packages, whose properties have paths too
+    RegisterBundledPackages();  // with the packages, whose properties have paths too
     check.Begin();
     for (const LeafPathFinding& finding : CheckIncludedLeafPathsFile(check.Path())) {
         check.Report(TextOf(finding), finding.mLine);

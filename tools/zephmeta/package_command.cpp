@@ -201,7 +201,8 @@ std::string Objection(const std::string& name, const fs::path& folder) {
     }
     for (const ExtensionPackage& package : ExtensionPackages()) {
         if (zephcore::UTF16to8(package.name) == name) {
-            return "a package of this name is installed in " + zephcore::PathToNative(package.path);
+            return package.bundled ? "a package of this name comes with the library"
+                                   : "a package of this name is installed in " + zephcore::PathToNative(package.path);
         }
     }
     return {};

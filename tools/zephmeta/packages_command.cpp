@@ -61,19 +61,23 @@ Json FieldsOf(const ExtensionPackage& package) {
 }
 
 Json ToJson(const ExtensionPackage& package) {
-    return {{"name", zephcore::UTF16to8(package.name)},
-            {"version", std::stod(VersionText(package.version))},
-            {"path", zephcore::PathToNative(package.path)},
-            {"locFilePrefix", zephcore::UTF16to8(package.locFilePrefix)},
-            {"schemas", package.schemas},
-            {"fields", FieldsOf(package)},
-            {"views", package.views}};
+    Json json = {{"name", zephcore::UTF16to8(package.name)},
+                 {"version", std::stod(VersionText(package.version))},
+                 {"locFilePrefix", zephcore::UTF16to8(package.locFilePrefix)},
+                 {"schemas", package.schemas},
+                 {"fields", FieldsOf(package)},
+                 {"views", package.views}};
+    if (!package.bundled) {
+        json["path"] = zephcore::PathToNative(package.path);
+    }
+    return json;
 }
 
 void PrintPackagesAsJson() {
     Json packages = Json::array();
+    Json bundled = Json::array();
     for (const ExtensionPackage& package : ExtensionPackages()) {
-        packages.push_back(ToJson(package));
+        (package.bundled ? bundled : packages).push_back(ToJson(package));
     }
     Json problems = Json::array();
     for (const ErrorInfo& info : GetErrorInfos()) {
@@ -84,7 +88,7 @@ void PrintPackagesAsJson() {
                                 {"context", zephcore::PathToNative(info.context)}});
         }
     }
-    std::cout << JsonPage({{"packages", packages}, {"problems", problems}}) << '\n';
+    std::cout << JsonPage({{"packages", packages}, {"bundled", bundled}, {"problems", problems}}) << '\n';
 }
 
 std::string Count(std::size_t number, const std::string& thing, const std::string& things) {
@@ -102,7 +106,7 @@ std::map<UTF8String, sp<ViewDefinition>> ViewsByName() {
 
 void PrintPackage(const ExtensionPackage& package, const std::map<UTF8String, sp<ViewDefinition>>& views) {
     std::cout << OneLine(zephcore::UTF16to8(package.name)) << "  " << VersionText(package.version) << "  "
-              << OneLine(zephcore::PathToNative(package.path)) << '\n';
+              << (package.bundled ? "bundled" : OneLine(zephcore::PathToNative(package.path))) << '\n';
     std::cout << "  " << Count(package.schemas.size(), "schema", "schemas") << '\n';
     for (const UTF8String& uri : package.schemas) {
         // What a package added to a schema of another one cannot be told from what was there.
@@ -128,7 +132,7 @@ void PrintPackages() {
     for (const ExtensionPackage& package : ExtensionPackages()) {
         PrintPackage(package, views);
     }
-    if (ExtensionPackages().empty()) {
+    if (std::ranges::all_of(ExtensionPackages(), &ExtensionPackage::bundled)) {
         std::cout << "no extension packages in these folders:\n";
         for (const UTF16String& folder : {CustomExtensionsGlobalDirectory(), CustomExtensionsUserDirectory()}) {
             std::cout << "  " << OneLine(zephcore::PathToNative(folder)) << '\n';

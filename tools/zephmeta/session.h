@@ -1,7 +1,7 @@
 #pragma once
 
+#include "zephmetadata/extensions.h"
 #include "zephmetadata/library.h"
-#include "zephmetadata/views.h"
 
 namespace zephmeta {
 
@@ -14,10 +14,11 @@ public:
     Session& operator=(const Session&) = delete;
 };
 
-/// The same with both, as files are read and written: packages bring definitions of properties.
+/// The same with both, as files are read and written: packages, those of the library first, bring definitions of
+/// properties.
 class FullSession : public Session {
 public:
-    FullSession() { zephmetadata::LoadAllViewDefinitions(); }
+    FullSession() { zephmetadata::RegisterBundledPackages(); }
 };
 
 }  // namespace zephmeta

@@ -72,6 +72,8 @@ int CheckConvertingAPanel() {
     LoadAllViewDefinitions();
     CHECK(ExtensionPackages().size() == 2 && GetViewDefinitionForName("imported_buoys"));
     CHECK(PathEntryDefinition(PathForExpression("buoys:number")));
+    RegisterBundledPackages();
+    CHECK(ExtensionPackages().back().bundled && PathEntryDefinition(PathForExpression("photoshop:City")));
     return 0;
 }
 

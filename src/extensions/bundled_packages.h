@@ -1,0 +1,18 @@
+#pragma once
+
+#include "zephmetadata/definitions.h"
+#include "zephmetadata/extensions.h"
+
+namespace zephmetadata {
+
+/// The packages that are built into the library, in byte order of their folders; nothing is registered.
+std::vector<ExtensionPackage> BundledPackages();
+
+/// Registers what @p package, one of them, brings, and enters it there.
+void LoadBundledPackage(ExtensionPackage& package);
+
+/// Takes out of @p definitions what is registered already, so that registering the rest meets no name twice: what a host
+/// or a user defined holds. Fields and choices that a registered structure or property lacks are added to it.
+void JoinRegisteredDefinitions(Definitions& definitions, const UTF16String& source);
+
+}  // namespace zephmetadata
