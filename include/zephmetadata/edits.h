@@ -23,7 +23,7 @@ enum EditKind : std::int32_t {
     kEditKind_Copy = 5,    ///< what mSource holds at the path, whatever it is, takes the place of what is there
 };
 
-struct Edit {
+struct ValueEdit {
     EditKind mKind = kEditKind_Set;
     Path mPath;
     UTF8String mLanguage;  ///< of an alternative, to set or delete that language alone; else empty
@@ -44,7 +44,7 @@ struct EditOutcome {
 };
 
 /// What became of a list of edits.
-struct EditReport {
+struct ZEPHMETADATA_EXPORT EditReport {
     std::vector<EditOutcome> mOutcomes;        ///< one for each edit
     FileStatus mStatus = kFileStatus_Success;  ///< of the write-back, where there was one
     UTF8String mDetail;                        ///< the same, as in FileReport
@@ -55,15 +55,15 @@ struct EditReport {
 
 /// Why an edit can be carried out in no tree at all: no definition, no list, a value that is not allowed or empty.
 /// Localised; empty when there is no such reason.
-ZEPHMETADATA_EXPORT UTF16String WhyRefused(const Edit& edit);
+ZEPHMETADATA_EXPORT UTF16String WhyRefused(const ValueEdit& edit);
 
 /// Carries the edits out, in their order. When one of them is refused, none is. A null tree refuses all.
-ZEPHMETADATA_EXPORT EditReport ApplyEdits(XMPMetaHandle tree, const std::vector<Edit>& edits);
+ZEPHMETADATA_EXPORT EditReport ApplyEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits);
 /// What they would do, without doing it.
-ZEPHMETADATA_EXPORT EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<Edit>& edits);
+ZEPHMETADATA_EXPORT EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits);
 
 /// The same to the tree of a provider, and writes what changed back. A file that has no metadata yet gets its first when
 /// something is to be set. mStatus and mDetail tell of FileProvider, MediaProvider and SidecarProvider how the writing went.
-ZEPHMETADATA_EXPORT EditReport ApplyEdits(const sp<MetaDataProvider>& provider, const std::vector<Edit>& edits);
+ZEPHMETADATA_EXPORT EditReport ApplyEdits(const sp<MetaDataProvider>& provider, const std::vector<ValueEdit>& edits);
 
 }  // namespace zephmetadata

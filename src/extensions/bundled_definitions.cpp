@@ -11,7 +11,8 @@ namespace {
 using QualifiedName = std::pair<UTF8String, UTF8String>;
 
 /// Takes out the fields that the registered structure has. Fields of one name may differ in their namespaces.
-void JoinType(TypeDefinition& type, const TypeDefinition& registered, const UTF16String& source) {
+void JoinType(TypeDefinition& type, const TypeDefinition& registered, const UTF16String& source,
+              StructureFields& fields) {
     std::set<QualifiedName> known;
     for (const sp<FieldDefinition>& field : registered.mFields) {
         known.emplace(field->mNamespace, field->mName);
@@ -20,7 +21,7 @@ void JoinType(TypeDefinition& type, const TypeDefinition& registered, const UTF1
         return !known.emplace(field->mNamespace, field->mName).second;
     });
     if (!registered.mFields.empty()) {
-        AddFields(type, source);
+        AddFields(type, source, fields);
     }
 }
 
@@ -54,12 +55,12 @@ void JoinSchema(SchemaDefinition& schema, const SchemaDefinition& registered) {
 
 }  // namespace
 
-void JoinRegisteredDefinitions(Definitions& definitions, const UTF16String& source) {
+void JoinRegisteredDefinitions(Definitions& definitions, const UTF16String& source, StructureFields& fields) {
     auto& [schemas, types] = definitions;
     std::erase_if(types, [&](const sp<TypeDefinition>& type) {
         const sp<TypeDefinition> registered = TypeIdDefinition(type->mName);
         if (registered) {
-            JoinType(*type, *registered, source);
+            JoinType(*type, *registered, source, fields);
         }
         return registered != nullptr;
     });

@@ -65,6 +65,7 @@ std::vector<ExtensionPackage> BundledPackages() {
                             .locFilePrefix = info.locFilePrefix,
                             .schemas = {},
                             .views = {},
+                            .fields = {},
                             .bundled = true});
     }
     return packages;
@@ -76,7 +77,7 @@ void LoadBundledPackage(ExtensionPackage& package) {
     std::set<UTF8String> seen;
     LoadDocuments(folder + "/schema/", [&](const UTF8String& document, const UTF16String& name) {
         Definitions parsed = ParseBufferForDefinitions(document, name);
-        JoinRegisteredDefinitions(parsed, name);
+        JoinRegisteredDefinitions(parsed, name, package.fields);
         const LoadedDocument loaded = LoadDefinitions(std::move(parsed), name, DocumentOrigin::kBundledPackage);
         std::ranges::copy_if(loaded.mNamespaces, std::back_inserter(package.schemas),
                              [&](const UTF8String& schema) { return seen.insert(schema).second; });

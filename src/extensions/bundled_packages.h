@@ -13,6 +13,6 @@ void LoadBundledPackage(ExtensionPackage& package);
 
 /// Takes out of @p definitions what is registered already, so that registering the rest meets no name twice: what a host
 /// or a user defined holds. Fields and choices that a registered structure or property lacks are added to it.
-void JoinRegisteredDefinitions(Definitions& definitions, const UTF16String& source);
+void JoinRegisteredDefinitions(Definitions& definitions, const UTF16String& source, StructureFields& fields);
 
 }  // namespace zephmetadata

@@ -147,7 +147,7 @@ void AddBundledPackages(std::vector<ExtensionPackage> bundled) {
     for (const ExtensionPackage& package : Loaded()) {
         names.insert(package.name);
     }
-    const MergingScope merging;
+    const EntryIndexScope indexed;
     for (ExtensionPackage& package : bundled) {
         if (!names.contains(package.name)) {
             LoadBundledPackage(Loaded().emplace_back(std::move(package)));

@@ -32,7 +32,7 @@ void TellOfWriting(const MetaDataProvider& provider, EditReport& report) {
 }
 
 /// Whether the provider has a tree, or gets one because the edits would put something into it.
-bool HasTree(const sp<MetaDataProvider>& provider, const std::vector<Edit>& edits) {
+bool HasTree(const sp<MetaDataProvider>& provider, const std::vector<ValueEdit>& edits) {
     if (*MetaDataReadAccess(provider) != nullptr) {
         return true;
     }
@@ -42,7 +42,7 @@ bool HasTree(const sp<MetaDataProvider>& provider, const std::vector<Edit>& edit
 
 }  // namespace
 
-EditReport ApplyEdits(const sp<MetaDataProvider>& provider, const std::vector<Edit>& edits) {
+EditReport ApplyEdits(const sp<MetaDataProvider>& provider, const std::vector<ValueEdit>& edits) {
     if (!provider || !HasTree(provider, edits)) {
         EditReport report = RehearseEdits(CreateXMPMeta().get(), edits);
         return report.IsChanged() ? ApplyEdits(XMPMetaHandle(nullptr), edits) : report;

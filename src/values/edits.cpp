@@ -32,11 +32,11 @@ bool IsBag(const Path& path) {
     return PrimitiveTypeOfPath(path) == kPrimitiveType_Bag;
 }
 
-UTF16String WhyNoItem(const Edit& edit, const UTF8String& item) {
+UTF16String WhyNoItem(const ValueEdit& edit, const UTF8String& item) {
     return item.empty() ? Text(kEmptyItem) : WhyNotAllowed(CreatePathFromArrayItem(edit.mPath, -1), item);
 }
 
-UTF16String WhyNoValue(const Edit& edit) {
+UTF16String WhyNoValue(const ValueEdit& edit) {
     // Not every format keeps an empty value, and an empty one says nothing.
     return edit.mValue.empty() ? Text(kEmptyValue) : WhyNotAllowed(edit.mPath, edit.mValue);
 }
@@ -61,7 +61,7 @@ std::optional<ItemPlace> ItemAt(const Path& path) {
     return ItemPlace{PathForExpression(expression.substr(0, open)), std::stoi(digits) - 1};
 }
 
-bool Delete(XMPMetaHandle tree, const Edit& edit) {
+bool Delete(XMPMetaHandle tree, const ValueEdit& edit) {
     if (!edit.mLanguage.empty()) {
         return SetLanguage(tree, edit.mPath, edit.mLanguage, {});
     }
@@ -82,7 +82,7 @@ std::vector<toolkit::Node> ContentAt(XMPMetaHandle tree, const Path& path) {
     return nodes;
 }
 
-bool Copy(XMPMetaHandle tree, const Edit& edit) {
+bool Copy(XMPMetaHandle tree, const ValueEdit& edit) {
     const Path& path = edit.mPath;
     try {
         const std::vector<toolkit::Node> wanted = ContentAt(edit.mSource.get(), path);
@@ -104,7 +104,7 @@ class Carrier {
 public:
     explicit Carrier(XMPMetaHandle tree) : mTree(tree) {}
 
-    bool CarryOut(const Edit& edit) {
+    bool CarryOut(const ValueEdit& edit) {
         if (edit.mKind != EditKind::kEditKind_Add) {
             mTexts.clear();
         }
@@ -125,7 +125,7 @@ public:
     }
 
 private:
-    bool Add(const Edit& edit) {
+    bool Add(const ValueEdit& edit) {
         if (IsBag(edit.mPath) && !TextsOf(edit.mPath).insert(edit.mValue).second) {
             return false;  // an unordered list gains nothing from holding an item twice
         }
@@ -144,7 +144,7 @@ private:
     }
 
     /// From the last item to the first, so that numbers stay those of the items that are still to come.
-    bool ReplaceItems(const Edit& edit) {
+    bool ReplaceItems(const ValueEdit& edit) {
         const std::vector<UTF8String> items = GetItems(mTree, edit.mPath);
         bool isThere = IsBag(edit.mPath) && std::find(items.begin(), items.end(), edit.mNewValue) != items.end();
         bool changed = false;
@@ -165,7 +165,7 @@ private:
     std::map<UTF8String, std::unordered_set<UTF8String>> mTexts;  // of bags, by their expressions
 };
 
-EditOutcome CarryOut(Carrier& carrier, const Edit& edit) {
+EditOutcome CarryOut(Carrier& carrier, const ValueEdit& edit) {
     ErrorScope scope;
     const bool isChanged = carrier.CarryOut(edit);
     if (!scope.Errors().empty()) {
@@ -174,25 +174,25 @@ EditOutcome CarryOut(Carrier& carrier, const Edit& edit) {
     return {isChanged ? EditResult::kEditResult_Changed : EditResult::kEditResult_Unchanged, {}};
 }
 
-EditReport Refused(const std::vector<Edit>& edits, std::u16string_view reason) {
+EditReport Refused(const std::vector<ValueEdit>& edits, std::u16string_view reason) {
     EditReport report;
     report.mOutcomes.assign(edits.size(), {EditResult::kEditResult_Refused, Text(reason)});
     return report;
 }
 
-EditReport CarryOutAll(XMPMetaHandle tree, const std::vector<Edit>& edits) {
+EditReport CarryOutAll(XMPMetaHandle tree, const std::vector<ValueEdit>& edits) {
     EditReport report;
     Carrier carrier(tree);
-    for (const Edit& edit : edits) {
+    for (const ValueEdit& edit : edits) {
         report.mOutcomes.push_back(CarryOut(carrier, edit));
     }
     return report;
 }
 
 /// What makes no sense in any tree is refused without touching one.
-EditReport Considered(const std::vector<Edit>& edits) {
+EditReport Considered(const std::vector<ValueEdit>& edits) {
     EditReport report;
-    for (const Edit& edit : edits) {
+    for (const ValueEdit& edit : edits) {
         UTF16String reason = WhyRefused(edit);
         const auto result = reason.empty() ? EditResult::kEditResult_Unchanged : EditResult::kEditResult_Refused;
         report.mOutcomes.push_back({result, std::move(reason)});
@@ -215,7 +215,7 @@ bool EditReport::IsChanged() const {
     return !IsRefused() && HasOutcome(*this, EditResult::kEditResult_Changed);
 }
 
-UTF16String WhyRefused(const Edit& edit) {
+UTF16String WhyRefused(const ValueEdit& edit) {
     if (!PathEntryDefinition(edit.mPath)) {
         return Text(kNoDefinition);
     }
@@ -241,7 +241,7 @@ UTF16String WhyRefused(const Edit& edit) {
     }
 }
 
-EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<Edit>& edits) {
+EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits) {
     EditReport report = Considered(edits);
     if (report.IsRefused()) {
         return report;
@@ -250,7 +250,7 @@ EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<Edit>& edits) {
     return copy ? CarryOutAll(copy.get(), edits) : Refused(edits, kNoTree);
 }
 
-EditReport ApplyEdits(XMPMetaHandle tree, const std::vector<Edit>& edits) {
+EditReport ApplyEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits) {
     EditReport report = RehearseEdits(tree, edits);
     return report.IsChanged() ? CarryOutAll(tree, edits) : report;
 }

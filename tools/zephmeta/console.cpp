@@ -106,7 +106,8 @@ void Problems::Report(std::string_view file, std::string_view reason) {
 void Problems::ReportCollected(std::string_view file) {
     const std::vector<zephmetadata::ErrorInfo> infos = zephmetadata::GetErrorInfos();
     for (; mSeen < infos.size(); ++mSeen) {
-        const std::string context = infos[mSeen].context.empty() ? std::string(file) : zephcore::UTF16to8(infos[mSeen].context);
+        const std::string context =
+            infos[mSeen].context.empty() ? std::string(file) : zephcore::UTF16to8(infos[mSeen].context);
         std::cout.flush();
         std::cerr << (context.empty() ? std::string("zephmeta") : OneLine(context)) << ": "
                   << OneLine(Shown(infos[mSeen].message)) << '\n';

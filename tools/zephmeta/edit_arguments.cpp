@@ -287,7 +287,7 @@ EditReading ReadEdits(const EditOptions& options) {
     return OptionReader().Read(options);
 }
 
-void FileEdits::Add(Edit edit, std::string expression) {
+void FileEdits::Add(ValueEdit edit, std::string expression) {
     mEdits.push_back(std::move(edit));
     mExpressions.push_back(std::move(expression));
 }
@@ -295,7 +295,7 @@ void FileEdits::Add(Edit edit, std::string expression) {
 FileEdits EditsFor(const std::vector<RequestedEdit>& requested, XMPMetaHandle tree) {
     FileEdits edits;
     for (const RequestedEdit& one : requested) {
-        Edit edit = one.mEdit;
+        ValueEdit edit = one.mEdit;
         const bool isFixed = one.mSource == RequestedEdit::Source::kValue;
         if (!isFixed) {
             std::optional<std::string> value = ValueFor(one, tree, edits.mProblem);

@@ -29,7 +29,7 @@ struct RequestedEdit {
     enum class Source { kValue, kTemplate, kCopy, kShift, kZone };
 
     std::string mExpression;
-    zephmetadata::Edit mEdit;
+    zephmetadata::ValueEdit mEdit;
     Source mSource = Source::kValue;
     zephmetadata::Path mFrom;  ///< of kCopy
     long long mSeconds = 0;    ///< of kShift
@@ -48,11 +48,11 @@ EditReading ReadEdits(const EditOptions& options);
 
 /// The edits for one file, with what they are called on the command line.
 struct FileEdits {
-    std::vector<zephmetadata::Edit> mEdits;
+    std::vector<zephmetadata::ValueEdit> mEdits;
     std::vector<std::string> mExpressions;
     std::string mProblem;  ///< why one of them makes no sense for this file; empty when all do
 
-    void Add(zephmetadata::Edit edit, std::string expression);
+    void Add(zephmetadata::ValueEdit edit, std::string expression);
 };
 FileEdits EditsFor(const std::vector<RequestedEdit>& requested, zephmetadata::XMPMetaHandle tree);
 
