@@ -88,6 +88,13 @@ TEST_F(Collections, TellApartPathsAndFilesThatLookLikeThem) {
     EXPECT_EQ(Zephmeta({"get", "xmp:Rating", "--", "dc:title=x.png"}), (Outcome{0, "1\n", ""}));
 }
 
+TEST_F(Collections, HearOfAWrongPathOnce) {
+    EXPECT_EQ(Zephmeta({"set", "-r", "tree", "packet.png", "dc:titel=x", "xmp:Rating=9"}),
+              (Outcome{1, "",
+                       "zephmeta: dc:titel: no such property; did you mean dc:title?\n"
+                       "zephmeta: xmp:Rating: \"9\" is more than 5\n"}));
+}
+
 TEST_F(Collections, AreSummedUp) {
     for (int i = 0; i < 12; ++i) {
         Copy("plain.png", "tree/" + std::to_string(100 + i) + ".png");

@@ -133,33 +133,33 @@ TEST_P(Refusing, SaysWhyAndLeavesTheFileAlone) {
 }
 
 const RefusalRow kRefusalRows[] = {
-    {"UnknownPrefix", {"packet.png", "nope:x=1"}, "zephmeta: nope:x: unknown prefix \"nope\"\n"},
-    {"NoDefinition", {"packet.png", "dc:nope=1"}, "zephmeta: dc:nope: no definition describes it\n"},
-    {"NoNumber", {"packet.png", "xmp:Rating=many"}, "zephmeta: xmp:Rating: \"many\" is not a number\n"},
-    {"OutOfBounds", {"packet.png", "xmp:Rating=9"}, "zephmeta: xmp:Rating: \"9\" is more than 5\n"},
+    {"UnknownPrefix", {"packet.png", "nope:x=1"}, "packet.png: nope:x: unknown prefix \"nope\"\n"},
+    {"NoDefinition", {"packet.png", "dc:nope=1"}, "packet.png: dc:nope: no definition describes it\n"},
+    {"NoNumber", {"packet.png", "xmp:Rating=many"}, "packet.png: xmp:Rating: \"many\" is not a number\n"},
+    {"OutOfBounds", {"packet.png", "xmp:Rating=9"}, "packet.png: xmp:Rating: \"9\" is more than 5\n"},
     {"NoChoice",
      {"packet.png", "tiff:Orientation=12"},
-     "zephmeta: tiff:Orientation: \"12\" is none of: 1, 2, 3, 4, 5, 6, 7, 8\n"},
+     "packet.png: tiff:Orientation: \"12\" is none of: 1, 2, 3, 4, 5, 6, 7, 8\n"},
     {"NoDate",
      {"packet.png", "xmp:CreateDate=2024-13-01"},
-     "zephmeta: xmp:CreateDate: \"2024-13-01\" is not a date such as 2024-05-17 or 2024-05-17T09:30:00+02:00\n"},
+     "packet.png: xmp:CreateDate: \"2024-13-01\" is not a date such as 2024-05-17 or 2024-05-17T09:30:00+02:00\n"},
     {"Structure",
      {"packet.png", "xmpMM:DerivedFrom=x"},
-     "zephmeta: xmpMM:DerivedFrom: it is a structure; set its fields\n"},
+     "packet.png: xmpMM:DerivedFrom: it is a structure; set its fields\n"},
     {"EmptyValues",
      {"packet.png", "dc:source=", "--add", "dc:subject="},
-     "zephmeta: dc:source: a value cannot be empty; delete it instead\n"
-     "zephmeta: dc:subject: an item cannot be empty\n"},
-    {"AdditionToNoList", {"packet.png", "--add", "dc:title=x"}, "zephmeta: dc:title: it is no list; set its value\n"},
+     "packet.png: dc:source: a value cannot be empty; delete it instead\n"
+     "packet.png: dc:subject: an item cannot be empty\n"},
+    {"AdditionToNoList", {"packet.png", "--add", "dc:title=x"}, "packet.png: dc:title: it is no list; set its value\n"},
     {"ItemFarPastTheEnd",
      {"packet.png", "xmp:Rating=2", "dc:subject[50]=x"},
      "packet.png: dc:subject[50]: it cannot be changed like this; nothing was written\n"},
     {"TextThatXMLCannotCarry",
      {"packet.png", "dc:source=a\x01"},
-     "zephmeta: dc:source: it holds control characters or bytes that are no UTF-8\n"},
+     "packet.png: dc:source: it holds control characters or bytes that are no UTF-8\n"},
     {"TextThatIsNoUTF8",
      {"packet.png", "dc:source=a\xff"},
-     "zephmeta: dc:source: it holds control characters or bytes that are no UTF-8\n"},
+     "packet.png: dc:source: it holds control characters or bytes that are no UTF-8\n"},
     {"BadFiles",
      {"nowhere.jpg", "folder", "notes.txt", "truncated.jpg", "broken-packet.jpg", "broken.xmp", "xmp:Rating=2"},
      "folder: is a folder; -r takes the files in it\n"
@@ -167,7 +167,7 @@ const RefusalRow kRefusalRows[] = {
      "notes.txt: not a media file of a known format\n"
      "truncated.jpg: the file is damaged (a segment is damaged or cut off)\n" +
          kBrokenPacket + "broken.xmp: its XMP is damaged and left as it is\n"},
-    {"MistypedName", {"packet.png", "dc:titel=x"}, "zephmeta: dc:titel: no such property; did you mean dc:title?\n"},
+    {"MistypedName", {"packet.png", "dc:titel=x"}, "packet.png: dc:titel: no such property; did you mean dc:title?\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, Refusing, ::testing::ValuesIn(kRefusalRows),

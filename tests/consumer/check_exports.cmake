@@ -6,12 +6,15 @@
 cmake_minimum_required(VERSION 3.25)
 
 set(unnameable
+  "zephmetadata::AggregateProvider::RememberTree("
   "zephmetadata::AggregateProvider::WriteChanges("
   "zephmetadata::AggregateProvider::WriteMerged("
+  "zephmetadata::DisjointSchemaProxyProvider::Copies::"
   "zephmetadata::DisjointSchemaProxyProvider::CopyRoutes("
   "zephmetadata::DisjointSchemaProxyProvider::TakeRoutesOut("
   "zephmetadata::DisjointSchemaProxyProvider::WriteBase("
   "zephmetadata::DisjointSchemaProxyProvider::WriteChanges("
+  "zephmetadata::MetaDataProvider::WriteBack("
   "zephmetadata::ProxyProviderImpl::Reaches("
   "zephmetadata::FileProvider::WriteChanges("
   "zephmetadata::MediaProvider::WriteChanges("

@@ -70,6 +70,7 @@ std::string ValueText(const ListedValue& value) {
 }
 
 void PrintText(const MediaFile& file, const std::vector<ListedValue>& values, FileResult& result) {
+    result.SetApart();
     result.Print(OneLine(file.Name()));
     if (!file.HasXMP()) {
         const std::string reason = file.WhyWithoutXMP();
@@ -96,7 +97,9 @@ int Dump(const BatchOptions& options) {
     problems.ReportCollected({});
     return Batch(options, problems).Run([&](MediaFile& file, FileResult& result) {
         const zephmetadata::MetaDataReadAccess access(file.Provider());
+        zephmetadata::ErrorScope errors;
         const std::vector<ListedValue> values = ListValues(*access);
+        result.Note(errors.Take());
         options.mJson ? PrintJson(file, values, result) : PrintText(file, values, result);
         if (const std::string warning = file.ReadWarning(); !warning.empty()) {
             result.Fail(warning);

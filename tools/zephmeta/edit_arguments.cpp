@@ -159,7 +159,7 @@ private:
     void ReadRemoval(const std::string& argument) { ReadItem(kEditKind_Remove, argument, "--remove"); }
 
     void ReadItem(EditKind kind, const std::string& argument, const char* option) {
-        const auto assignment = Split(argument, option, "PATH=ITEM");
+        const auto assignment = Split(argument, option, "PATH=VALUE");
         if (RequestedEdit* const edit = assignment ? Begin(kind, assignment->mExpression) : nullptr) {
             edit->mEdit.mValue = AsStored(CreatePathFromArrayItem(edit->mEdit.mPath, -1), assignment->mValue);
             Check();

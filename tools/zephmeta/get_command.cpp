@@ -178,11 +178,6 @@ int Get(GetRequest request) {
         return 2;
     }
     problems.ReportCollected({});
-    for (const Wanted& one : wanted) {
-        if (!one.mTarget.mProblem.empty()) {
-            problems.Report({}, WhyUnknown(one.mExpression, one.mTarget));
-        }
-    }
     if (request.mTogether) {
         const std::vector<MediaFile> files = OpenAll(FileNames(request.mBatch.mFiles, problems), problems);
         if (files.empty()) {
@@ -196,6 +191,11 @@ int Get(GetRequest request) {
     }
     const bool isSingle = request.mBatch.mFiles.mNames.size() == 1 && !request.mBatch.mFiles.mRecursive &&
                           request.mBatch.mFiles.mNames.front().find_first_of("@-") != 0;
+    for (const Wanted& one : isSingle ? std::vector<Wanted>() : wanted) {
+        if (!one.mTarget.mProblem.empty()) {
+            problems.Report({}, WhyUnknown(one.mExpression, one.mTarget));
+        }
+    }
     const GetCommand command(request, wanted, !isSingle || request.mCSV || request.mTSV);
     if ((request.mCSV || request.mTSV) && !request.mBatch.mJson) {
         std::cout << command.Header() << '\n';

@@ -184,16 +184,15 @@ std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target&
     if (tree == nullptr || !zephmetadata::HasValue(tree, target.mPath)) {
         return texts;
     }
-    for (const auto& [language, text] : zephmetadata::GetLanguages(tree, target.mPath)) {
-        if (target.mLanguage.empty() || SameTag(language, target.mLanguage)) {
-            texts.push_back(text);
+    if (zephmetadata::PrimitiveTypeOfPath(target.mPath) == zephmetadata::kPrimitiveType_Alt) {
+        for (const auto& [language, text] : zephmetadata::GetLanguages(tree, target.mPath)) {
+            if (target.mLanguage.empty() || SameTag(language, target.mLanguage)) {
+                texts.insert(SameTag(language, "x-default") ? texts.begin() : texts.end(), text);
+            }
         }
-    }
-    if (texts.empty() && target.mLanguage.empty()) {
+    } else if (zephmetadata::IsPathAnArray(target.mPath, true)) {
         texts = zephmetadata::GetItems(tree, target.mPath);
-    }
-    std::string text;
-    if (texts.empty() && target.mLanguage.empty() && RawText(tree, target.mPath, text)) {
+    } else if (std::string text; RawText(tree, target.mPath, text)) {
         texts.push_back(text);
     }
     return texts;

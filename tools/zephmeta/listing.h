@@ -43,7 +43,7 @@ bool DisplayText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& pat
 bool RawText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text);
 
 /// The stored texts at a target: one of a simple value, those of the items of an array, those of all languages of an
-/// alternative unless the target names one.
+/// alternative, x-default first, unless the target names one.
 std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target& target);
 
 }  // namespace zephmeta

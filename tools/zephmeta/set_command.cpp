@@ -77,7 +77,8 @@ public:
     }
 
     /// The files as one, as an editor shows them: what they share changes in all, the rest stays each file's own.
-    int EditTogether(const std::vector<MediaFile>& files, Problems& problems) const {
+    int EditTogether(std::vector<MediaFile> files, Problems& problems) const {
+        std::erase_if(files, [&](MediaFile& file) { return !CanStart(file, problems); });
         if (files.empty()) {
             return problems.ExitStatus();
         }
@@ -117,6 +118,17 @@ private:
             return Write(file, edits, mayTryAgain, result);
         }
         return false;
+    }
+
+    /// Gives a file without XMP its first where something is to be set.
+    bool CanStart(MediaFile& file, Problems& problems) const {
+        const XMPMetaPtr empty = CreateXMPMeta();
+        const bool isNeeded = !file.HasXMP() && ApplyEdits(empty.get(), EditsOf(empty.get()).mEdits).IsChanged();
+        if (isNeeded && !file.Start()) {
+            problems.Report(file.Name(), WhyNoFirst(file));
+            return false;
+        }
+        return true;
     }
 
     FileEdits EditsOf(XMPMetaHandle tree) const {
@@ -285,8 +297,9 @@ int Set(SetRequest request) {
         }
         copies = EditsFrom(CloneXMPMeta(*access), request.mFromPaths);
     }
+    const std::vector<std::string>& names = request.mBatch.mFiles.mNames;
     for (const std::string& problem : reading.mProblems) {
-        problems.Report({}, problem);
+        problems.Report(names.size() == 1 && !reading.mIsWrongUsage ? names.front() : std::string(), problem);
     }
     if (problems.ExitStatus() != 0) {
         return reading.mIsWrongUsage ? 2 : 1;  // nothing is done by halves

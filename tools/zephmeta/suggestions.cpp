@@ -10,19 +10,21 @@ namespace zephmeta {
 
 namespace {
 
-/// How many letters have to be added, taken away or changed to make one word of the other (Levenshtein).
+/// How many letters have to be added, taken away, changed or swapped with the next to make one word of the other.
 std::size_t Distance(const std::string& left, const std::string& right) {
-    std::vector<std::size_t> row(right.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    for (std::size_t i = 0; i < left.size(); ++i) {
-        std::size_t diagonal = std::exchange(row[0], i + 1);
-        for (std::size_t j = 0; j < right.size(); ++j) {
-            const std::size_t changed = diagonal + (left[i] == right[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j + 1] + 1, row[j] + 1});
+    std::vector<std::vector<std::size_t>> rows(left.size() + 1, std::vector<std::size_t>(right.size() + 1));
+    std::iota(rows[0].begin(), rows[0].end(), std::size_t{0});
+    for (std::size_t i = 1; i <= left.size(); ++i) {
+        rows[i][0] = i;
+        for (std::size_t j = 1; j <= right.size(); ++j) {
+            const bool isSame = left[i - 1] == right[j - 1];
+            rows[i][j] = std::min({rows[i - 1][j - 1] + (isSame ? 0 : 1), rows[i - 1][j] + 1, rows[i][j - 1] + 1});
+            if (i > 1 && j > 1 && left[i - 1] == right[j - 2] && left[i - 2] == right[j - 1]) {
+                rows[i][j] = std::min(rows[i][j], rows[i - 2][j - 2] + 1);
+            }
         }
     }
-    return row.back();
+    return rows.back().back();
 }
 
 std::string Lower(std::string text) {

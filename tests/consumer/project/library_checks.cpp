@@ -17,6 +17,11 @@ int CheckVersions(const std::string& wanted) {
 
 int CheckCountedStart() {
     CHECK(!TypeIdDefinition("date"));
+    {
+        const Library library;
+        CHECK(library.IsRunning() && TypeIdDefinition("date"));
+    }
+    CHECK(!TypeIdDefinition("date"));
     Initialize();
     Initialize();
     Terminate();
@@ -42,7 +47,14 @@ int CheckErrors() {
     CHECK(heard == std::vector<UTF16String>{errors[0].message});
     *listener = nullptr;
     ParseBufferForDefinitions("<xmp_definitions>", u"panel.xml");
-    CHECK(heard.size() == 1 && GetErrorInfos().size() == 2);
+    CHECK(heard.size() == 1 && GetErrorInfos().size() == 2 && CountErrors() == 2);
+    {
+        ErrorScope scope;
+        ParseBufferForDefinitions("<xmp_definitions>", u"scoped.xml");
+        CHECK(scope.Take().size() == 1 && scope.Errors().empty() && CountErrors() == 2);
+    }
+    ClearErrors();
+    CHECK(!HasErrors() && CountErrors() == 0);
     return 0;
 }
 

@@ -166,12 +166,22 @@ int CheckNotification() {
     CHECK(*MetaDataReadAccess(provider) != nullptr && *MetaDataReadAccess(provider) != tree.get());
     provider->MetaDataChanged();
     CHECK(told.size() == 2);
+    provider->NotifyWhenMetaDataWritten(listener);
+    const Path title = PathForExpression("dc:title");
+    const std::vector<ValueEdit> edits = {{kEditKind_Set, title, "de", "Hafen", {}, {}},
+                                          {kEditKind_Set, title, {}, "Port", {}, {}}};
+    CHECK(RehearseEdits(tree.get(), edits).IsChanged() && !HasValue(tree.get(), title));
+    CHECK(ApplyEdits(provider, edits).IsChanged() && told.size() == 3);
+    CHECK(!ApplyEdits(provider, edits).IsChanged() && told.size() == 3);
+    CHECK(ApplyEdits(provider, {{kEditKind_Add, title, {}, "x", {}, {}}}).IsRefused());
+    CHECK(!WhyRefused({kEditKind_Set, title, {}, {}, {}, {}}).empty());
+    provider->RemoveMetaDataWrittenNotification(listener);
     provider->RemoveMetaDataChangedNotification(listener);
     provider->MetaDataChanged();
-    CHECK(told.size() == 2);
+    CHECK(told.size() == 3);
 
     provider->WriteNow(At("xmp:Label"));
-    CHECK(provider->mWrites == 1 && provider->mSawFlag);
+    CHECK(provider->mWrites == 2 && provider->mSawFlag);
     return 0;
 }
 

@@ -10,7 +10,6 @@
 
 #include "batch/interrupt.h"
 #include "json.h"
-#include "zephmetadata/library.h"
 
 namespace zephmeta {
 
@@ -106,7 +105,8 @@ private:
         mTally.Count(result.mOutcome, result.mReason);
         mProgress.Erase();
         if (!mOptions.mQuiet) {
-            std::cout << result.mOutput;
+            std::cout << (result.mIsApart && mHasPrinted ? "\n" : "") << result.mOutput;
+            mHasPrinted = mHasPrinted || !result.mOutput.empty();
         }
         if (mOptions.mJson && result.mOutput.empty() && !result.mReason.empty()) {
             Json json = FileObject(result.mName);
@@ -130,6 +130,7 @@ private:
     Tally mTally;
     std::map<std::size_t, FileResult> mWaiting;
     std::size_t mPrinted = 0;
+    bool mHasPrinted = false;
 };
 
 void FileResult::Fail(const std::string& reason) {
@@ -140,6 +141,12 @@ void FileResult::Fail(const std::string& reason) {
 
 void FileResult::Note(const std::string& text) {
     mProblems.append(OneLine(mName)).append(": ").append(OneLine(text)).append("\n");
+}
+
+void FileResult::Note(const std::vector<zephmetadata::ErrorInfo>& errors) {
+    for (const zephmetadata::ErrorInfo& error : errors) {
+        Note(Shown(error.message));
+    }
 }
 
 int FileResult::Tell(int status) const {
@@ -161,9 +168,7 @@ FileResult Batch::Do(const std::string& name, const Condition* condition, const 
         } else {
             work(file, result);
         }
-        for (const zephmetadata::ErrorInfo& info : errors.Errors()) {
-            result.Note(Shown(info.message));
-        }
+        result.Note(errors.Errors());
     } catch (const std::exception& error) {
         result.Fail(error.what());
     }

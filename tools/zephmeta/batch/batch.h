@@ -8,6 +8,7 @@
 #include "batch/condition.h"
 #include "batch/file_names.h"
 #include "media_file.h"
+#include "zephmetadata/library.h"
 
 namespace zephmeta {
 
@@ -39,6 +40,10 @@ public:
     void Fail(const std::string& reason);
     /// Something that is to be known and stops nothing.
     void Note(const std::string& text);
+    /// The same of what the library met.
+    void Note(const std::vector<zephmetadata::ErrorInfo>& errors);
+    /// Has a blank line put between this result and the one before.
+    void SetApart() { mIsApart = true; }
     void SetOutcome(Outcome outcome) { mOutcome = outcome; }
     /// Prints all at once, for a command that is about one thing alone; 1 when something failed, else @p status.
     int Tell(int status) const;
@@ -51,6 +56,7 @@ private:
     std::string mOutput;
     std::string mProblems;
     std::string mReason;  // the first of Fail
+    bool mIsApart = false;
     Outcome mOutcome = Outcome::kRead;
 };
 
