@@ -4,6 +4,7 @@
 
 #include "console.h"
 #include "listing.h"
+#include "zephmetadata/library.h"
 
 namespace zephmeta {
 
@@ -30,6 +31,7 @@ std::map<std::string, std::string> TextsByPath(XMPMetaHandle tree) {
 }  // namespace
 
 std::vector<Change> Differences(XMPMetaHandle before, XMPMetaHandle after) {
+    const zephmetadata::ErrorScope passedOver;  // of values that nobody asked for
     std::map<std::string, Change> changes;
     for (const auto& [expression, text] : TextsByPath(before)) {
         changes[expression] = {expression, text, {}};
