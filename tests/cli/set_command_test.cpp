@@ -100,6 +100,7 @@ const SetRow kSetRows[] = {
       {"exif:ExposureTime", "1/250"},
       {"exif:MeteringMode", "3"},
       {"xmp:CreateDate", "2026-05-01T10:00"}}},
+    {"SidecarThatIsMade", {"new.xmp", "dc:title=First"}, {{"dc:title", "First"}}},
     {"FirstXMPOfAJpeg", {"plain.jpg", "dc:title=First"}, {{"dc:title", "First"}}},
     {"FirstXMPOfAPng", {"plain.png", "--add", "dc:subject=first"}, {{"dc:subject", Json::array({"first"})}}},
     {"Gif", {"packet.gif", "xmp:Rating=2"}, {{"xmp:Rating", "2"}, {"dc:title[?xml:lang=\"de\"]", "Ebbe"}}},

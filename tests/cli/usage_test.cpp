@@ -35,6 +35,7 @@ const UsageRow kUsageRows[] = {
     {"HelpOfSchemas", {"schemas", "--help"}, 0, "Examples:\n  zephmeta schemas dc\n", ""},
     {"HelpOfTypes", {"types", "--help"}, 0, "Examples:\n  zephmeta types thumbnail\n", ""},
     {"NoCommand", {}, 2, "", "zephmeta: A subcommand is required; see \"zephmeta --help\"\n"},
+    {"MistypedCommand", {"sett", "packet.jpg"}, 2, "", "zephmeta: no such command: sett; did you mean set?\n"},
     {"NoFile", {"dump"}, 2, "", "zephmeta: FILE is required; see \"zephmeta --help\"\n"},
     {"NoPath", {"get", "packet.jpg"}, 2, "", "zephmeta: no path to read; see \"zephmeta get --help\"\n"},
     {"UnknownOption",

@@ -1,8 +1,8 @@
 #include <filesystem>
-#include <fstream>
 
 #include "batch/batch.h"
 #include "commands.h"
+#include "document_file.h"
 #include "zephmetadata/xmp_meta.h"
 
 namespace zephmeta {
@@ -20,21 +20,12 @@ fs::path SidecarOf(const std::string& name, const std::string& folder) {
 void Extract(const MediaFile& file, const fs::path& into, FileResult& result) {
     const zephmetadata::MetaDataReadAccess access(file.Provider());
     const std::string packet = *access == nullptr ? std::string() : zephmetadata::SerializeXMPMeta(*access);
-    std::error_code isUnknown;
     if (packet.empty()) {
         result.Fail(*access == nullptr ? "has no XMP to extract" : "its XMP cannot be written as a packet");
         return;
     }
-    if (fs::exists(into, isUnknown)) {
-        result.Fail(into.native() + " is there already");
-        return;
-    }
-    std::ofstream out(into, std::ios::binary);
-    out << packet;
-    out.close();
-    if (!out) {
-        result.Fail(into.native() + " cannot be written");
-        fs::remove(into, isUnknown);
+    if (const std::string problem = WriteNewFile(into.native(), packet); !problem.empty()) {
+        result.Fail(problem);
         return;
     }
     result.SetOutcome(Outcome::kWritten);

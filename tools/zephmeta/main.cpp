@@ -4,6 +4,7 @@
 
 #include "command_line.h"
 #include "console.h"
+#include "suggestions.h"
 #include "zephmetadata/library.h"
 
 namespace {
@@ -27,6 +28,20 @@ std::vector<std::string> Arguments(int argc, char** argv) {
 
 constexpr int kWrongUsage = 2;
 
+/// The command that a mistyped one most likely stands for, in words; empty where there is nothing to say.
+std::string WhyNoCommand(const CLI::App& app, int argc, char** argv) {
+    const auto* const word = std::find_if(argv + 1, argv + argc, [](const char* argument) { return *argument != '-'; });
+    std::vector<std::string> names;
+    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        names.push_back(command->get_name());
+    }
+    if (word == argv + argc || std::find(names.begin(), names.end(), *word) != names.end()) {
+        return {};
+    }
+    const std::string near = zephmeta::NearestOf(*word, names);
+    return near.empty() ? near : "no such command: " + std::string(*word) + "; did you mean " + near + "?";
+}
+
 int Run(int argc, char** argv) {
     CLI::App app("Shows and changes the XMP metadata of photos and videos.", "zephmeta");
     app.set_version_flag("--version", [] {
@@ -42,6 +57,10 @@ int Run(int argc, char** argv) {
     try {
         app.parse(Arguments(argc, argv));
     } catch (const CLI::ParseError& error) {
+        if (const std::string reason = WhyNoCommand(app, argc, argv); error.get_exit_code() != 0 && !reason.empty()) {
+            std::cerr << "zephmeta: " << zephmeta::OneLine(reason) << '\n';
+            return kWrongUsage;
+        }
         const int result = app.exit(error);
         return result == 0 ? 0 : kWrongUsage;
     }

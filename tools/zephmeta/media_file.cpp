@@ -111,6 +111,10 @@ std::string MediaFile::Sidecar() const {
     return mMedia == nullptr ? std::string() : zephcore::PathToNative(mMedia->SidecarPath());
 }
 
+bool MediaFile::IsMissingSidecar() const {
+    return mSidecar != nullptr && LastRead().mStatus == FileStatus::kFileStatus_NoFile;
+}
+
 bool MediaFile::Start() {
     return mMedia != nullptr && mMedia->StartMetaData();
 }

@@ -33,6 +33,8 @@ public:
     std::string Sidecar() const;
     /// Gives a file without XMP its first; false when its format cannot carry any.
     bool Start();
+    /// Whether this is a sidecar that is not there.
+    bool IsMissingSidecar() const;
 
 private:
     const zephmetadata::FileReport& LastRead() const;

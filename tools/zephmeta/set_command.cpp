@@ -8,6 +8,7 @@
 #include "batch/batch.h"
 #include "changes.h"
 #include "commands.h"
+#include "document_file.h"
 #include "edit_arguments.h"
 #include "json.h"
 #include "media_file.h"
@@ -114,6 +115,8 @@ private:
             result.Fail(edits.mProblem + kNothingWritten);
         } else if (mRequest.mDryRun) {
             Rehearse(file, edits, result);
+        } else if (file.IsMissingSidecar()) {
+            MakeSidecar(file, edits, result);
         } else {
             return Write(file, edits, mayTryAgain, result);
         }
@@ -218,6 +221,21 @@ private:
         return false;
     }
 
+    void MakeSidecar(const MediaFile& file, const FileEdits& edits, FileResult& result) const {
+        const XMPMetaPtr tree = CreateXMPMeta();
+        const EditReport report = ApplyEdits(tree.get(), edits.mEdits);
+        std::string problem = report.IsRefused() ? WhyNot(edits, report) + kNothingWritten : std::string();
+        if (report.IsChanged()) {
+            problem = WriteNewFile(file.Name(), SerializeXMPMeta(tree.get()));
+        }
+        if (!problem.empty()) {
+            result.Fail(problem);
+            return;
+        }
+        result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
+        Print(file, ChangedOf(edits, report), {}, result);
+    }
+
     static std::string WhyNoFirst(const MediaFile& file) {
         const std::string reason = file.WhyWithoutXMP();
         return reason.empty() ? "has no XMP, and its format cannot be given any"
@@ -304,6 +322,7 @@ int Set(SetRequest request) {
     if (problems.ExitStatus() != 0) {
         return reading.mIsWrongUsage ? 2 : 1;  // nothing is done by halves
     }
+    request.mBatch.mMakesSidecars = true;
     const SetCommand command(request, reading.mEdits, std::move(copies));
     if (request.mTogether) {
         return command.EditTogether(OpenAll(FileNames(request.mBatch.mFiles, problems), problems), problems);

@@ -160,7 +160,8 @@ FileResult Batch::Do(const std::string& name, const Condition* condition, const 
     try {
         zephmetadata::ErrorScope errors;
         MediaFile file(name);
-        const std::string problem = file.ReadProblem();
+        const bool isMade = mOptions.mMakesSidecars && file.IsMissingSidecar();
+        const std::string problem = isMade ? std::string() : file.ReadProblem();
         if (!problem.empty()) {
             result.Fail(problem);
         } else if (condition != nullptr && !condition->Holds(*zephmetadata::MetaDataReadAccess(file.Provider()))) {

@@ -21,6 +21,7 @@ struct BatchOptions {
     bool mQuiet = false;     ///< problems alone
     bool mVerbose = false;
     bool mJson = false;
+    bool mMakesSidecars = false;  ///< a sidecar that is not there is worked on as well
 };
 
 /// What became of one file.
