@@ -23,8 +23,17 @@ struct Wanted {
 /// What stands at a path: the stored value, and the text that is shown for it.
 struct FoundValue {
     bool mIsMixed = false;
-    Json mStored;  ///< null when there is none
+    bool mIsThere = false;
+    bool mIsList = false;
+    std::vector<std::string> mStored;  ///< the items of a list, else one text
     std::string mText;
+
+    Json AsJson() const {
+        if (mIsMixed) {
+            return {{"state", "mixed"}};
+        }
+        return !mIsThere ? Json() : mIsList ? Json(mStored) : Json(mStored.front());
+    }
 };
 
 bool ReadText(XMPMetaHandle tree, const Target& target, bool raw, std::string& text) {
@@ -50,11 +59,12 @@ FoundValue Find(XMPMetaHandle tree, const Target& target, bool raw) {
     if (!ReadText(tree, target, raw, found.mText)) {
         return found;
     }
-    const bool isList = target.mLanguage.empty() && zephmetadata::IsPathAnArray(target.mPath, true);
-    if (isList) {
+    found.mIsThere = true;
+    found.mIsList = target.mLanguage.empty() && zephmetadata::IsPathAnArray(target.mPath, true);
+    if (found.mIsList) {
         found.mStored = zephmetadata::GetItems(tree, target.mPath);
     } else {
-        found.mStored = ReadText(tree, target, true, stored) ? stored : found.mText;
+        found.mStored.push_back(ReadText(tree, target, true, stored) ? stored : found.mText);
     }
     return found;
 }
@@ -92,7 +102,7 @@ public:
                           [&](const FoundValue& value) { result.Print(Printable(value.mText)); });
         }
         for (std::size_t i = 0; i < values.size() && !mIsTable; ++i) {
-            if (values[i].mStored.is_null() && !values[i].mIsMixed) {
+            if (!values[i].mIsThere && !values[i].mIsMixed) {
                 result.Fail(WhyNothing(mWanted[i]));
             }
         }
@@ -136,8 +146,8 @@ private:
         Json shown = Json::object();
         for (std::size_t i = 0; i < values.size(); ++i) {
             const std::string& expression = mWanted[i].mExpression;
-            json[expression] = values[i].mIsMixed ? Json({{"state", "mixed"}}) : values[i].mStored;
-            if (!values[i].mStored.is_null() && values[i].mStored != values[i].mText) {
+            json[expression] = values[i].AsJson();
+            if (values[i].mIsThere && (values[i].mIsList || values[i].mStored.front() != values[i].mText)) {
                 shown[expression] = values[i].mText;
             }
         }

@@ -284,14 +284,15 @@ private:
 }  // namespace
 
 ConditionReading ReadCondition(const std::string& text) {
-    if (text.empty()) {
-        return {};
-    }
+    ConditionReading reading;
     try {
-        return {Reader(text).Read(), {}};
+        if (!text.empty()) {
+            reading.mCondition = Reader(text).Read();
+        }
     } catch (const std::invalid_argument& error) {
-        return {nullptr, error.what()};
+        reading.mProblem = error.what();
     }
+    return reading;
 }
 
 }  // namespace zephmeta
