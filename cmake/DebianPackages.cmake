@@ -13,7 +13,10 @@ set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-set(CPACK_STRIP_FILES ON)
+# Each package has a synopsis of its own; the debugging information is taken out while packages are made.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_STRIP_FILES OFF)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/use_ldconfig_trigger.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL library development tools documentation)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -25,9 +28,9 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_CURRENT_BINARY_DIR}/src)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${libraryPackage})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "typed, schema-driven access to XMP metadata
- Photo and video managers, asset systems and editors read and edit the XMP
- metadata of media files with it: typed values, definitions of properties,
- panels, several files as one, and writing that never damages a file.")
+Photo and video managers, asset systems and editors read and edit the XMP
+metadata of media files with it: typed values, definitions of properties,
+panels, several files as one, and writing that never damages a file.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_LIBRARY_DEBUGINFO_PACKAGE ON)
@@ -38,8 +41,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libzephmetadata-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${libraryPackage} ${exactly}, libboost-dev")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "typed, schema-driven access to XMP metadata - development files
- What programs that use the library are compiled with: headers, a CMake
- package and a pkg-config file.")
+What programs that use the library are compiled with: headers, a CMake
+package and a pkg-config file.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zephmeta)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
@@ -47,15 +50,15 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${libraryPackage} ${exactly}")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_TOOLS_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "command line for the XMP metadata of photos and videos
- Shows metadata as panels of an editor would, finds, reads, edits and checks
- the values of many files, and works with templates and extension packages.")
+Shows metadata as panels of an editor would, finds, reads, edits and checks
+the values of many files, and works with templates and extension packages.")
 
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME zephmetadata-doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_DOCUMENTATION_DESCRIPTION "typed, schema-driven access to XMP metadata - documentation
- The guide, the reference of the known properties, the reasons of decisions
- and example programs.")
+The guide, the reference of the known properties, the reasons of decisions
+and example programs.")
 
 # The licence and the record of changes lie where Debian's tools look for them, once for each package.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
