@@ -1,5 +1,7 @@
 #include "description.h"
 
+#include <algorithm>
+
 namespace zephmeta {
 
 namespace {
