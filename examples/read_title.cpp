@@ -8,15 +8,14 @@ int main(int argc, char** argv) {
         std::cerr << "usage: read_title FILE\n";
         return 2;
     }
-    zephmetadata::Initialize();
-    {
-        // Providers and trees end before the library does.
-        const auto photo = std::make_shared<zephmetadata::FileProvider>(zephcore::PathFromNative(argv[1]));
-        const zephmetadata::MetaDataReadAccess access(photo);
-        std::string title;
-        if (zephmetadata::GetValue(*access, zephmetadata::PathForExpression("dc:title"), title)) {
-            std::cout << title << '\n';
-        }
+    // Starts the library, and stops it when everything below has ended.
+    const zephmetadata::Library library;
+    const auto photo = std::make_shared<zephmetadata::FileProvider>(zephcore::PathFromNative(argv[1]));
+    const zephmetadata::MetaDataReadAccess access(photo);
+    std::string title;
+    if (!zephmetadata::GetValue(*access, zephmetadata::PathForExpression("dc:title"), title)) {
+        std::cerr << argv[1] << ": no title\n";
+        return 1;
     }
-    zephmetadata::Terminate();
+    std::cout << title << '\n';
 }

@@ -47,7 +47,7 @@ private:
 ZEPHMETADATA_EXPORT UTF8String GetXMPCoreVersion();
 ZEPHMETADATA_EXPORT UTF8String GetXMPFilesVersion();
 
-/// The version of this library, for example "0.1.0".
+/// The version of this library, for example "0.2.0".
 ZEPHMETADATA_EXPORT UTF8String GetLibraryVersion();
 
 // Errors: what went wrong in documents, definitions, packages and values.

@@ -27,7 +27,7 @@ TEST_P(Usage, IsExplained) {
 }
 
 const UsageRow kUsageRows[] = {
-    {"Version", {"--version"}, 0, "zephmeta 0.1.0\nExempi", ""},
+    {"Version", {"--version"}, 0, "zephmeta 0.2.0\nExempi", ""},
     {"Help", {"--help"}, 0, "Exit status: 0 done, 1 ", ""},
     {"HelpOfDump", {"dump", "--help"}, 0, "Examples:\n  zephmeta dump photo.jpg\n", ""},
     {"HelpOfGet", {"get", "--help"}, 0, "Examples:\n  zephmeta get photo.jpg dc:title ", ""},

@@ -1,5 +1,5 @@
-# Installs the build tree into a folder of its own and uses what is there: each header alone, pkg-config, and a project
-# that is configured, built and run.
+# Installs the build tree into a folder of its own and uses what is there: the command line, each header alone, the
+# examples with pkg-config and g++ and clang++, and a project that is configured, built and run.
 cmake_minimum_required(VERSION 3.25)
 
 file(REMOVE_RECURSE "${FOLDER}")
@@ -19,6 +19,20 @@ run("Installing" ${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
 # Moved, as packages are: nothing in it may point to where it was.
 file(RENAME "${prefix}" "${FOLDER}/moved")
 set(prefix "${FOLDER}/moved")
+
+# A build without the command line has nothing of it to install.
+if(TOOLS)
+  run("The installed command line" "${prefix}/bin/zephmeta" get "${PHOTO}" dc:title)
+  if(NOT output STREQUAL "Harbour at dawn\n")
+    message(FATAL_ERROR "The installed command line printed ${output}")
+  endif()
+  foreach(page IN ITEMS man/man1/zephmeta.1.gz bash-completion/completions/zephmeta zsh/site-functions/_zephmeta
+      fish/vendor_completions.d/zephmeta.fish)
+    if(NOT EXISTS "${prefix}/share/${page}")
+      message(FATAL_ERROR "${page} was not installed")
+    endif()
+  endforeach()
+endif()
 
 find_program(PKG_CONFIG pkg-config REQUIRED)
 set(ENV{PKG_CONFIG_PATH} "${prefix}/${LIBDIR}/pkgconfig")
@@ -45,12 +59,22 @@ foreach(header IN LISTS headers)
     "${FOLDER}/alone.cpp")
 endforeach()
 
-file(WRITE "${FOLDER}/linked.cpp"
-  "#include <zephmetadata/library.h>\n"
-  "int main() { return zephmetadata::GetLibraryVersion() == \"${VERSION}\" ? 0 : 1; }\n")
-run("Linking with pkg-config" ${CXX} -std=c++20 ${flags} ${includes} "${FOLDER}/linked.cpp"
-  -o "${FOLDER}/linked" ${libraries} "-Wl,-rpath,${prefix}/${LIBDIR}")
-run("The program linked with pkg-config" "${FOLDER}/linked")
+# The examples, as hosts that know only pkg-config. All are run where they are built; here one is enough.
+find_program(CLANG clang++)
+if(NOT CLANG)
+  message(STATUS "There is no clang++, so it was not tried with that")
+endif()
+set(warnings -std=c++20 -Wall -Wextra -Wpedantic -Wconversion -Werror)
+foreach(example IN LISTS EXAMPLES)
+  foreach(compiler IN ITEMS "${CXX}" "${CLANG}")
+    if(compiler)
+      run("${example} with ${compiler}" ${compiler} ${warnings} -fsyntax-only ${includes} "${SOURCES}/${example}.cpp")
+    endif()
+  endforeach()
+endforeach()
+run("Linking with pkg-config" ${CXX} ${warnings} ${flags} ${includes} "${SOURCES}/read_title.cpp" -o "${FOLDER}/linked"
+  ${libraries} "-Wl,-rpath,${prefix}/${LIBDIR}")
+run("The program linked with pkg-config" "${FOLDER}/linked" "${PHOTO}")
 
 run("Configuring the consumer" ${CMAKE_COMMAND} -S ${PROJECT} -B "${FOLDER}/build" -G ${GENERATOR}
   -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=${FLAGS}" -DCMAKE_PREFIX_PATH=${prefix} -DWANTED_VERSION=${VERSION})

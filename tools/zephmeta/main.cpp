@@ -4,6 +4,7 @@
 
 #include "command_line.h"
 #include "console.h"
+#include "description.h"
 #include "suggestions.h"
 #include "zephmetadata/library.h"
 
@@ -51,6 +52,13 @@ int Run(int argc, char** argv) {
     app.require_subcommand(1);
     app.footer("Exit status: 0 done, 1 something asked for could not be done (the rest was), 2 wrong usage.");
     zephmeta::CommandLine commands(app);
+    // Hidden: for the manual page and the completions, not for people.
+    app.add_flag_callback("--describe",
+                          [&app] {
+                              std::cout << zephmeta::JsonPage(zephmeta::DescribeCommand(app)) << '\n';
+                              throw CLI::Success();
+                          })
+        ->group("");
     app.failure_message([](const CLI::App*, const CLI::Error& error) {
         return "zephmeta: " + zephmeta::OneLine(error.what()) + "; see \"zephmeta --help\"\n";
     });
