@@ -94,12 +94,16 @@ def test_writes_once_and_only_when_something_differs(fixture):
     [
         ("xmp:Rating", 9, z.ValueRefused, '"9" is more than 5'),
         ("dc:subject", "text", z.TypeRefused, "takes list, not str"),
-        ("dc:title", 7, z.TypeRefused, "takes list"),
+        ("dc:title", 7, z.TypeRefused, "takes str or dict, not int"),
         ("xmpRights:Marked", 1, z.TypeRefused, "takes bool or str, not int"),
         ("tiff:Orientation", 1.5, z.TypeRefused, "takes int or str, not float"),
         ("photoshop:DateCreated", "soon", z.ValueRefused, "soon"),
         ("Iptc4xmpCore:CreatorContactInfo", "text", z.TypeRefused, "takes dict, not str"),
         ("dc:subject", None, z.TypeRefused, "del removes"),
+        ("xmp:Label", "a\udc80", z.ValueRefused, "surrogates"),
+        ("dc:title", {"de": "a\0"}, z.ValueRefused, "control characters"),
+        ("exif:FNumber", float("nan"), z.ValueRefused, "nan is not a number"),
+        ("dc:\udc80", "text", z.PathError, "no such path"),
         ("nowhere:property", "text", z.PathError, "no such path"),
         ("dc:nothing", "text", z.ValueRefused, "no definition"),
     ],
@@ -108,7 +112,7 @@ def test_refuses_with_reason_file_and_path(fixture, path, value, error, message)
     name = fixture()
     photo = z.open(name)
     with pytest.raises(error, match="") as caught:
-        photo.update({"xmp:Label": "Red", path: value})
+        photo.update({"xmp:Nickname": "Red", path: value})
     assert message in str(caught.value) and caught.value.path == path
     assert isinstance(caught.value, z.Error) and not photo.changed, "of one update all or nothing"
 
@@ -160,7 +164,7 @@ def test_reads_bytes_and_objects_of_which_only_ranges(fixture):
         assert photo["xmp:Label"] == "Green" and photo.name is None
     assert large.count < 1 << 20
     photo["xmp:Label"] = "Red"
-    with pytest.raises(z.WriteError, match="only be read"):
+    with pytest.raises(z.WriteError, match="only read"):
         photo.save()
     with pytest.raises(z.WriteError):
         photo.save()
@@ -188,13 +192,17 @@ def test_takes_several_files_for_one(fixture):
     names = [fixture(to="a.jpg"), fixture(to="b.jpg")]
     with z.open(names[0]) as photo:
         photo["xmp:Label"] = "Red"
-        photo["dc:subject"] = ["own"]
+        photo["dc:subject"] = ["own", "two"]
+        photo["dc:creator"] = ["one"]
+        photo["dc:description"] = {"x-default": "One", "de": "Eins"}
     with z.merge(names) as both:
         assert both["xmp:Label"] is z.MIXED and both["dc:subject"] is z.MIXED and both["xmp:Rating"] == 4
         both["xmp:Label"] = "Blue"
-        both["dc:creator"] = ["Ada Quay"]
-    for name, subject in zip(names, (["own"], ["harbour", "boats", "dawn; early", "sea"])):
+        both.update({"dc:creator": ["Ada Quay"], "dc:description": {"x-default": "All"}})
+        assert both["dc:creator"] == ["Ada Quay"]
+    for name, subject in zip(names, (["own", "two"], ["harbour", "boats", "dawn; early", "sea"])):
         photo = z.open(name)
+        assert photo["dc:description"] == {"x-default": "All"}
         assert (photo["xmp:Label"], photo["dc:creator"], photo["dc:subject"]) == ("Blue", ["Ada Quay"], subject)
 
 

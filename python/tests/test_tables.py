@@ -1,6 +1,5 @@
 """Tables: a row for each file, whatever it is, and back."""
 
-import pandas
 import pytest
 
 import zephmetadata as z
@@ -26,6 +25,7 @@ def test_has_a_row_for_each_file_and_writes_changed_cells_alone(fixture):
 
 
 def test_frames_have_the_types_of_the_definitions_and_go_back(fixture):
+    pandas = pytest.importorskip("pandas")
     names = [fixture(), fixture("plain.jpg"), "missing.jpg"]
     columns = ["xmp:Rating", "tiff:Orientation", "xmpRights:Marked", "xmp:Label", "dc:subject", "xmp:CreateDate"]
     frame = z.table(names, columns, frame="pandas")

@@ -125,7 +125,7 @@ class Photo(MutableMapping[str, Any]):
         path = _values.canonical(path)
         raw = self._media.get(path)
         try:
-            return _values.edits_for(path, None if raw is NotImplemented else raw, value)
+            return _values.edits_for(path, raw, value)
         except Error as error:
             error.file = self._name
             raise
@@ -173,7 +173,8 @@ class Photo(MutableMapping[str, Any]):
         changed, status, detail, refusals = self._media.save()
         report = WriteReport(changed, status, detail, refusals, self._unwritten_parts())
         if status != "success" or refusals:
-            why = "; ".join(refusals) or reason(status, detail)
+            is_file = bool(self._name or self._parts)
+            why = "; ".join(refusals) or (reason(status, detail) if is_file else "it is no file, and is only read")
             raise WriteError(why if self._media.sidecar() == b"" else f"{self.sidecar}: {why}", file=self._name, report=report)
         return report
 
@@ -184,6 +185,8 @@ class Photo(MutableMapping[str, Any]):
     def __reduce__(self) -> tuple[Any, ...]:
         if self._parts:
             raise TypeError("photos that are edited together cannot be pickled")
+        if self.changed and not self.packet():
+            raise TypeError("this photo cannot be pickled: no packet can hold its metadata")
         return _unpickled, (self._name, self._policy, self.packet(), sorted(self._media.touched()))
 
 

@@ -5,12 +5,13 @@ from __future__ import annotations
 import datetime
 import decimal
 import functools
+import math
 import re
 from fractions import Fraction
 from typing import Any, Tuple, Union
 
 from . import _core
-from ._errors import PathError, TypeRefused
+from ._errors import PathError, TypeRefused, ValueRefused
 
 #: What a value of the package may be; lists and dictionaries hold such values.
 Value = Union[str, int, float, Fraction, bool, datetime.datetime, datetime.date, "list[Any]", "dict[str, Any]", "_Mixed"]
@@ -169,10 +170,20 @@ def to_text(value: Any, path: str) -> str:
     if isinstance(value, bool) and bool not in fits:
         raise _refusal(value, path, fits)
     if isinstance(value, str):
-        return value  # as it is stored; what the type does not allow is refused with the reason
+        return _checked(value, path)  # as it is stored; what the type does not allow is refused with the reason
     if not isinstance(value, fits):
         raise _refusal(value, path, fits)
+    if isinstance(value, (float, decimal.Decimal)) and not math.isfinite(value):
+        raise ValueRefused(f"{value} is not a number", path=path)
     return str(text_of(value))
+
+
+def _checked(text: str, path: str) -> str:
+    try:
+        text.encode()
+    except UnicodeEncodeError as error:
+        raise ValueRefused("it holds lone surrogates", path=path) from error
+    return text
 
 
 def _refusal(value: Any, path: str, fits: tuple[type, ...]) -> TypeRefused:
@@ -212,12 +223,15 @@ def edits_for(path: str, old: Raw, new: Any) -> list[Edit]:
     """What makes the stored value @p old the value @p new, and no more than that."""
     if new is MIXED or new is None:
         raise TypeRefused(f"takes a value, not {new!r}; del removes one", path=path)
+    if old is NotImplemented:
+        whole = not isinstance(new, str)  # a text is one language of those that the files have
+        return [("delete", path, "", "")] * whole + edits_for(path, None, new)
     kind = kind_of(path)
     if kind == "alt" and isinstance(new, (str, dict)):
         return _language_edits(path, old, new)
     if kind in ("bag", "seq", "alt"):
         if isinstance(new, (str, bytes, dict)) or not hasattr(new, "__iter__"):
-            raise TypeRefused(f"takes list, not {type(new).__name__}", path=path)
+            raise TypeRefused(f"takes {'str or dict' if kind == 'alt' else 'list'}, not {type(new).__name__}", path=path)
         return _list_edits(path, old, list(new))
     if isinstance(new, dict):
         return _field_edits(path, old, new)
@@ -241,12 +255,13 @@ def _same(old: str, new: Any, path: str) -> bool:
 def _language_edits(path: str, old: Raw, new: str | dict[str, str]) -> list[Edit]:
     held: dict[str, str] = old if isinstance(old, dict) else {}
     if isinstance(new, str):
-        return [] if held.get("x-default") == new else [("set", path, "x-default", new)]
+        return [] if held.get("x-default") == new else [("set", path, "x-default", _checked(new, path))]
     wrong = next((text for text in new.values() if not isinstance(text, str)), None)
     if wrong is not None:
         raise TypeRefused(f"takes str for each language, not {type(wrong).__name__}", path=path)
     gone = [("delete", path, language, "") for language in held if language not in new]
-    return gone + [("set", path, language, text) for language, text in new.items() if held.get(language) != text]
+    kept = [("set", path, language, _checked(text, path)) for language, text in new.items() if held.get(language) != text]
+    return gone + kept
 
 
 def _list_edits(path: str, old: Raw, new: list[Any]) -> list[Edit]:
@@ -283,4 +298,8 @@ def canonical(path: str) -> str:
 
 @functools.lru_cache(maxsize=10000)
 def _canonical(path: str) -> str:
+    try:
+        path.encode()
+    except UnicodeEncodeError:
+        return ""  # no path has lone surrogates
     return _core.canonical(path)
