@@ -168,7 +168,7 @@ EditReport Media::Edit(const std::vector<ValueEdit>& edits) {
         mTree = mTree == nullptr ? CreateXMPMeta() : CloneXMPMeta(mTree.get());
         mIsCopy = true;
     }
-    const EditReport report = ApplyEdits(mTree.get(), edits);
+    EditReport report = ApplyEdits(mTree.get(), edits);
     for (std::size_t i = 0; i < edits.size() && report.IsChanged(); ++i) {
         if (report.mOutcomes[i].mResult == EditResult::kEditResult_Changed) {
             mTouched.insert(PropertyOf(ExpressionForPath(edits[i].mPath)));

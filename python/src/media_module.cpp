@@ -58,7 +58,7 @@ py::object AsPython(const RawValue& value);
 
 py::list AsList(const RawValue& value) {
     py::list list;
-    for (const auto& [name, part] : value.mParts) {
+    for (const RawValue& part : value.mParts) {
         list.append(AsPython(part));
     }
     return list;
@@ -66,8 +66,8 @@ py::list AsList(const RawValue& value) {
 
 py::dict AsDict(const RawValue& value) {
     py::dict dict;
-    for (const auto& [name, part] : value.mParts) {
-        dict[Text(name)] = AsPython(part);
+    for (std::size_t i = 0; i < value.mParts.size(); ++i) {
+        dict[Text(value.mNames[i])] = AsPython(value.mParts[i]);
     }
     return dict;
 }

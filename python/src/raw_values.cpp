@@ -55,7 +55,7 @@ std::vector<std::string> RawValues::Properties() const {
 
 RawValue RawValues::At(const Path& path) const {
     if (IsMixed(mTree.get(), path)) {
-        return {Shape::kMixed, {}, {}};
+        return {Shape::kMixed, {}, {}, {}};
     }
     const auto found = mPositions.find(ExpressionForPath(path));
     if (found != mPositions.end()) {
@@ -72,7 +72,7 @@ RawValue RawValues::At(const Path& path) const {
 /// at most.
 RawValue RawValues::Subtree(std::size_t& position) const {
     const XMPNode& node = mNodes[position++];
-    RawValue value{ShapeOf(node.mKind), node.mValue, {}};
+    RawValue value{ShapeOf(node.mKind), node.mValue, {}, {}};
     while (position < mNodes.size() && IsBelow(mNodes[position].mPath, node.mPath)) {
         const XMPNode& part = mNodes[position];
         std::string name = part.mPath.substr(node.mPath.size() + 1);
@@ -82,7 +82,8 @@ RawValue RawValues::Subtree(std::size_t& position) const {
         }
         RawValue content = Subtree(position);
         if (!part.mIsQualifier) {
-            value.mParts.emplace_back(std::move(name), std::move(content));
+            value.mParts.push_back(std::move(content));
+            value.mNames.push_back(std::move(name));
         }
     }
     return value;

@@ -2,7 +2,6 @@
 
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 #include "zephmetadata/paths.h"
@@ -16,7 +15,8 @@ struct RawValue {
 
     Shape mShape = Shape::kNone;
     std::string mText;
-    std::vector<std::pair<std::string, RawValue>> mParts;  ///< of lists without names
+    std::vector<RawValue> mParts;     ///< of lists, structures and alternatives
+    std::vector<std::string> mNames;  ///< of fields, or languages, one for each part; of lists of no meaning
 };
 
 /// The values of one tree. Walks the tree once, when it is first asked.

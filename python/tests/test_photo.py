@@ -195,7 +195,7 @@ def test_takes_several_files_for_one(fixture):
         photo["dc:subject"] = ["own", "two"]
         photo["dc:creator"] = ["one"]
         photo["dc:description"] = {"x-default": "One", "de": "Eins"}
-    with z.merge(names) as both:
+    with z.merge([*names, names[0]]) as both:
         assert both["xmp:Label"] is z.MIXED and both["dc:subject"] is z.MIXED and both["xmp:Rating"] == 4
         both["xmp:Label"] = "Blue"
         both.update({"dc:creator": ["Ada Quay"], "dc:description": {"x-default": "All"}})

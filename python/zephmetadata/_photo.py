@@ -175,7 +175,8 @@ class Photo(MutableMapping[str, Any]):
         if status != "success" or refusals:
             is_file = bool(self._name or self._parts)
             why = "; ".join(refusals) or (reason(status, detail) if is_file else "it is no file, and is only read")
-            raise WriteError(why if self._media.sidecar() == b"" else f"{self.sidecar}: {why}", file=self._name, report=report)
+            where = f"{self.sidecar}: " if self.sidecar else ""
+            raise WriteError(where + why, file=self._name, report=report)
         return report
 
     def _unwritten_parts(self) -> dict[str, str]:
@@ -247,9 +248,14 @@ def parse(packet: bytes) -> Photo:
 
 
 def merge(sources: Iterable[str | os.PathLike[str]], *, sidecar: SidecarPolicy = "auto") -> Photo:
-    """Several files as one: where they differ, the value is ``MIXED``. What is assigned and saved goes to each of them, and
-    nothing that is an own value of one gets into another."""
-    parts = [open(source, sidecar=sidecar) for source in sources]
+    """Several files as one: where they differ, the value is ``MIXED``. What is assigned and saved goes to each of them,
+    and nothing that is an own value of one gets into another. A file that is named twice counts once.
+
+    >>> merge([sample(), "photo.jpg"])["xmp:Label"]
+    'Green'
+    """
+    once = {os.path.realpath(source): source for source in sources}
+    parts = [open(source, sidecar=sidecar) for source in once.values()]
     if not parts:
         raise ValueError("merge takes at least one file")
     together = _core.open_together([part._media for part in parts])

@@ -9,7 +9,7 @@ from . import _core
 
 @dataclass(frozen=True)
 class Property:
-    """A property. ``type`` is the id of its type, ``kind`` what its values are made of, such as ``"integer"`` or ``"bag"``."""
+    """A property. ``type`` is the id of its type, ``kind`` what values are made of, such as ``"integer"`` or ``"bag"``."""
 
     path: str
     type: str
@@ -39,6 +39,6 @@ def schemas() -> list[Schema]:
     'bag'
     """
     return [
-        Schema(namespace, prefix, label, description, {path: Property(path, **known) for path, known in known_by.items()})
-        for namespace, prefix, label, description, known_by in _core.schemas()
+        Schema(namespace, prefix, label, text, {path: Property(path, **known) for path, known in properties.items()})
+        for namespace, prefix, label, text, properties in _core.schemas()
     ]

@@ -231,7 +231,8 @@ def edits_for(path: str, old: Raw, new: Any) -> list[Edit]:
         return _language_edits(path, old, new)
     if kind in ("bag", "seq", "alt"):
         if isinstance(new, (str, bytes, dict)) or not hasattr(new, "__iter__"):
-            raise TypeRefused(f"takes {'str or dict' if kind == 'alt' else 'list'}, not {type(new).__name__}", path=path)
+            fits = "str or dict" if kind == "alt" else "list"
+            raise TypeRefused(f"takes {fits}, not {type(new).__name__}", path=path)
         return _list_edits(path, old, list(new))
     if isinstance(new, dict):
         return _field_edits(path, old, new)
@@ -260,8 +261,8 @@ def _language_edits(path: str, old: Raw, new: str | dict[str, str]) -> list[Edit
     if wrong is not None:
         raise TypeRefused(f"takes str for each language, not {type(wrong).__name__}", path=path)
     gone = [("delete", path, language, "") for language in held if language not in new]
-    kept = [("set", path, language, _checked(text, path)) for language, text in new.items() if held.get(language) != text]
-    return gone + kept
+    changed = {language: text for language, text in new.items() if held.get(language) != text}
+    return gone + [("set", path, language, _checked(text, path)) for language, text in changed.items()]
 
 
 def _list_edits(path: str, old: Raw, new: list[Any]) -> list[Edit]:

@@ -31,13 +31,13 @@ FILES_PER_PARTITION = 300
 
 
 def files_of(patterns: str | Iterable[str | os.PathLike[str]]) -> list[str]:
-    """The files of names and of patterns such as ``"photos/**/*.jpg"``, each once, in order. A name without a file stays,
-    so that its row says so."""
+    """The files of names and of patterns such as ``"photos/**/*.jpg"``, each once, in order. A name without a file
+    stays, so that its row says so."""
     names: dict[str, None] = {}
     for pattern in [patterns] if isinstance(patterns, str) else patterns:
         text = os.fspath(pattern)
-        found = sorted(glob.glob(text, recursive=True)) if glob.has_magic(text) and not os.path.lexists(text) else [text]
-        names.update(dict.fromkeys(found))
+        is_pattern = glob.has_magic(text) and not os.path.lexists(text)
+        names.update(dict.fromkeys(sorted(glob.glob(text, recursive=True)) if is_pattern else [text]))
     return list(names)
 
 
