@@ -188,6 +188,7 @@ py::tuple OpenObject(const py::object& object) {
 
 std::unique_ptr<Handle> OpenTogether(const std::vector<Handle*>& parts) {
     std::vector<const Media*> media;
+    media.reserve(parts.size());
     for (Handle* part : parts) {
         media.push_back(part->Use([](Media& one) { return &one; }));
     }
