@@ -29,8 +29,9 @@ PythonSource::PythonSource(py::object file) : mFile(std::move(file)) {
 }
 
 PythonSource::~PythonSource() {
-    const py::gil_scoped_acquire gil;
-    mFile = py::object();
+    const PyGILState_STATE state = PyGILState_Ensure();
+    Py_XDECREF(mFile.release().ptr());
+    PyGILState_Release(state);
 }
 
 bool PythonSource::ReadAt(std::uint64_t offset, void* into, std::size_t size) const {
@@ -45,8 +46,7 @@ bool PythonSource::ReadAt(std::uint64_t offset, void* into, std::size_t size) co
             return false;
         }
         const std::size_t count = std::min(size, block->size() - begin);
-        std::memcpy(to, block->data() + begin, count);
-        to += count;
+        to = std::copy_n(block->data() + begin, count, to);
         offset += count;
         size -= count;
     }
