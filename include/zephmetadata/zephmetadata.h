@@ -8,6 +8,7 @@
 #include "zephmetadata/media.h"
 #include "zephmetadata/paths.h"
 #include "zephmetadata/providers.h"
+#include "zephmetadata/source_provider.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/views.h"
 #include "zephmetadata/xmp_meta.h"

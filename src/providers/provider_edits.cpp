@@ -1,5 +1,6 @@
 #include "zephmetadata/edits.h"
 #include "zephmetadata/providers.h"
+#include "zephmetadata/source_provider.h"
 #include "zephmetadata/xmp_meta.h"
 
 namespace zephmetadata {
@@ -10,6 +11,9 @@ namespace {
 bool Start(MetaDataProvider& provider) {
     if (auto* const media = dynamic_cast<MediaProvider*>(&provider)) {
         return media->StartMetaData();
+    }
+    if (auto* const source = dynamic_cast<SourceProvider*>(&provider)) {
+        return source->StartMetaData();
     }
     auto* const file = dynamic_cast<FileProvider*>(&provider);
     return file != nullptr && file->StartMetaData();
@@ -22,8 +26,8 @@ const FileReport* LastWriteOf(const MetaDataProvider& provider) {
 }
 
 void TellOfWriting(const MetaDataProvider& provider, EditReport& report) {
-    for (const auto& lastWrite :
-         {LastWriteOf<MediaProvider>, LastWriteOf<FileProvider>, LastWriteOf<SidecarProvider>}) {
+    for (const auto& lastWrite : {LastWriteOf<MediaProvider>, LastWriteOf<FileProvider>, LastWriteOf<SidecarProvider>,
+                                  LastWriteOf<SourceProvider>}) {
         if (const FileReport* const written = lastWrite(provider)) {
             report.mStatus = written->mStatus;
             report.mDetail = written->mDetail;

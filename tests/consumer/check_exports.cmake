@@ -19,7 +19,8 @@ set(unnameable
   "zephmetadata::FileProvider::WriteChanges("
   "zephmetadata::MediaProvider::WriteChanges("
   "zephmetadata::SidecarProvider::WriteBuffer("
-  "zephmetadata::SidecarProvider::WriteChanges(")
+  "zephmetadata::SidecarProvider::WriteChanges("
+  "zephmetadata::SourceProvider::WriteChanges(")
 
 # symbols_of(<result> <file> <types>): names of the dynamic symbols whose type letter is among the given.
 function(symbols_of result file types)

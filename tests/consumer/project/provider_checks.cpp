@@ -292,6 +292,44 @@ int CheckPhoto(const std::string& photo) {
     return 0;
 }
 
+/// A photo with four gigabytes of nothing behind it, which counts what is read of it.
+class CountingSource : public ByteSource {
+public:
+    explicit CountingSource(std::string photo) : mPhoto(std::move(photo)) {}
+
+    std::uint64_t Size() const override { return mPhoto.size() + (std::uint64_t{1} << 32U); }
+    bool ReadAt(std::uint64_t offset, void* into, std::size_t size) const override {
+        for (std::size_t i = 0; i < size; ++i) {
+            static_cast<char*>(into)[i] = offset + i < mPhoto.size() ? mPhoto[offset + i] : '\0';
+        }
+        mRead += size;
+        return true;
+    }
+
+    mutable std::size_t mRead = 0;
+
+private:
+    std::string mPhoto;
+};
+
+int CheckSource(const std::string& photo) {
+    std::ifstream file(photo, std::ios::binary);
+    const auto source = std::make_shared<CountingSource>(
+        std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
+    const auto provider = std::make_shared<SourceProvider>(source);
+    CHECK(provider->LastRead().mStatus == FileStatus::kFileStatus_Success && !provider->StartMetaData());
+    CHECK(Read(provider, "xmp:Label") == "Blue" && source->mRead < std::size_t{1} << 20U);
+    CHECK(!provider->SourceProvider::QueryPathStatus(At("xmp:Label"), PathStatus::kPathWritable));
+    ValueEdit edit;
+    edit.mPath = At("xmp:Label");
+    edit.mValue = "Red";
+    CHECK(RehearseEdits(*MetaDataReadAccess(provider), {edit}).IsChanged());
+    CHECK(ApplyEdits(provider, {edit}).mStatus == FileStatus::kFileStatus_ReadOnly);
+    CHECK(Read(provider, "xmp:Label") == "Red" && provider->LastWrite().mStatus == FileStatus::kFileStatus_ReadOnly);
+    CHECK(SourceProvider(nullptr).LastRead().mStatus == FileStatus::kFileStatus_NoFile);
+    return 0;
+}
+
 int CheckSidecar(const std::string& folder) {
     const std::string name = folder + "/photo.xmp";
     std::ofstream(name) << SerializeXMPMeta(CreateXMPMeta().get());
@@ -308,7 +346,8 @@ int CheckSidecar(const std::string& folder) {
 int CheckProviders(const Arguments& arguments) {
     const Session session;
     return CheckMemoryProvider() | CheckNotification() | CheckBareProvider() | CheckAggregate() | CheckDisjoint() |
-           CheckHostProxy() | CheckPhoto(arguments.mPhoto) | CheckSidecar(arguments.mFolder);
+           CheckHostProxy() | CheckPhoto(arguments.mPhoto) | CheckSource(arguments.mPhoto) |
+           CheckSidecar(arguments.mFolder);
 }
 
 }  // namespace host

@@ -1,0 +1,248 @@
+"""Photos as mappings: what is read, what an assignment does to the file, and how failures show."""
+
+import datetime
+import io
+import os
+import pickle
+import threading
+from fractions import Fraction
+
+import pytest
+
+import zephmetadata as z
+
+ZONE = datetime.timezone(datetime.timedelta(hours=2))
+
+
+def content(path):
+    with open(path, "rb") as file:
+        return file.read()
+
+
+@pytest.mark.parametrize(
+    ("path", "value"),
+    [
+        ("dc:subject", ["harbour", "boats", "dawn; early", "sea"]),
+        ("dc:title", {"x-default": "Harbour at dawn", "de": "Hafen im Morgengrauen", "fr": "Le port à l’aube"}),
+        ("dc:creator[2]", "Tomas Wren"),
+        ('dc:title[?xml:lang="de"]', "Hafen im Morgengrauen"),
+        ("xmpRights:Marked", True),
+        ("tiff:Orientation", 1),
+        ("exif:ExposureTime", Fraction(1, 250)),
+        ("xmp:CreateDate", datetime.datetime(2024, 5, 18, 5, 42, 10, tzinfo=ZONE)),
+        ("Iptc4xmpCore:CreatorContactInfo/Iptc4xmpCore:CiAdrCity", "Marlhaven"),
+    ],
+)
+def test_reads_python_values(fixture, path, value):
+    photo = z.open(fixture())
+    assert photo[path] == value and type(photo[path]) is type(value)
+    assert path in photo
+
+
+@pytest.mark.parametrize(
+    ("path", "value", "stored"),
+    [
+        ("dc:title", "New", {"x-default": "New", "de": "Hafen im Morgengrauen", "fr": "Le port à l’aube"}),
+        ("dc:title", {"x-default": "A", "fr": "B"}, {"x-default": "A", "fr": "B"}),
+        ("dc:subject", ["harbour", "a; b"], ["harbour", "a; b"]),
+        ("dc:subject", ["new", "harbour", "boats", "dawn; early", "sea"], None),
+        ("dc:creator", ["Ines Calder", "Tomas Wren", "Ada Quay"], None),
+        ("xmp:Rating", 5, 5.0),
+        ("xmpRights:Marked", False, None),
+        ("exif:FNumber", 2.8, Fraction(14, 5)),
+        ("xmpDM:shotDate", z.PartialDate(1999, 7), None),
+        ("xmpDM:shotDate", datetime.date(1999, 7, 31), None),
+        ("xmpDM:shotDate", datetime.datetime(1999, 7, 31, 23, 59, 58), None),
+        ("Iptc4xmpCore:CreatorContactInfo", {"Iptc4xmpCore:CiAdrCity": "Elsewhere"}, None),
+        ("xmpMM:Ingredients", [{"stRef:documentID": "one"}, {"stRef:documentID": "two"}], None),
+    ],
+)
+def test_writes_what_reads_back(fixture, path, value, stored):
+    name = fixture()
+    others = {other: z.open(name)[other] for other in z.open(name) if other != path}
+    with z.open(name) as photo:
+        photo[path] = value
+    again = z.open(name)
+    assert again[path] == (value if stored is None else stored)
+    kept = {other: again[other] for other in others}
+    for stamp in ("xmp:MetadataDate", "xmp:ModifyDate", "xmpMM:InstanceID", "xmpMM:History"):
+        others.pop(stamp, None), kept.pop(stamp, None)
+    assert kept == others
+
+
+def test_writes_once_and_only_when_something_differs(fixture):
+    name = fixture()
+    before, stamp = content(name), os.stat(name)
+    with z.open(name) as photo:
+        for path in list(photo):
+            photo[path] = photo[path]
+        assert not photo.changed
+        photo["xmp:Label"] = "Red"
+        photo["xmp:Label"] = "Green"
+        assert photo.changed and not photo.save().changed
+    with pytest.raises(RuntimeError), z.open(name) as photo:
+        photo["xmp:Label"] = "Red"
+        raise RuntimeError
+    assert content(name) == before and os.stat(name).st_mtime_ns == stamp.st_mtime_ns
+    with z.open(name) as photo:
+        del photo["dc:subject"]
+    assert "dc:subject" not in z.open(name)
+
+
+@pytest.mark.parametrize(
+    ("path", "value", "error", "message"),
+    [
+        ("xmp:Rating", 9, z.ValueRefused, '"9" is more than 5'),
+        ("dc:subject", "text", z.TypeRefused, "takes list, not str"),
+        ("dc:title", 7, z.TypeRefused, "takes str or dict, not int"),
+        ("xmpRights:Marked", 1, z.TypeRefused, "takes bool or str, not int"),
+        ("tiff:Orientation", 1.5, z.TypeRefused, "takes int or str, not float"),
+        ("photoshop:DateCreated", "soon", z.ValueRefused, "soon"),
+        ("Iptc4xmpCore:CreatorContactInfo", "text", z.TypeRefused, "takes dict, not str"),
+        ("dc:subject", None, z.TypeRefused, "del removes"),
+        ("xmp:Label", "a\udc80", z.ValueRefused, "surrogates"),
+        ("dc:title", {"de": "a\0"}, z.ValueRefused, "control characters"),
+        ("exif:FNumber", float("nan"), z.ValueRefused, "nan is not a number"),
+        ("dc:\udc80", "text", z.PathError, "no such path"),
+        ("nowhere:property", "text", z.PathError, "no such path"),
+        ("dc:nothing", "text", z.ValueRefused, "no definition"),
+    ],
+)
+def test_refuses_with_reason_file_and_path(fixture, path, value, error, message):
+    name = fixture()
+    photo = z.open(name)
+    with pytest.raises(error, match="") as caught:
+        photo.update({"xmp:Nickname": "Red", path: value})
+    assert message in str(caught.value) and caught.value.path == path
+    assert isinstance(caught.value, z.Error) and not photo.changed, "of one update all or nothing"
+
+
+def test_tells_of_files_that_cannot_be_read_or_written(fixture, tmp_path):
+    for name, status in [("nowhere.jpg", "no-file"), (tmp_path, "not-a-file"), (fixture("broken-packet.jpg"), "damaged-xmp")]:
+        with pytest.raises(z.ReadError) as caught:
+            z.open(name)
+        assert caught.value.status == status and caught.value.file == str(name)
+    with pytest.warns(z.MetadataWarning, match="truncated.jpg: the file is damaged"):
+        photo = z.open(fixture("truncated.jpg"))
+    name = fixture()
+    photo = z.open(name)
+    photo["xmp:Label"] = "Red"
+    with z.open(name) as other:
+        other["xmp:Label"] = "Blue"
+    for _ in range(2):
+        with pytest.raises(z.WriteError) as caught:
+            photo.save()
+        assert caught.value.report.status == "changed"
+    assert z.open(name)["xmp:Label"] == "Blue"
+    missing = z.open(fixture("plain.jpg"))
+    missing["xmp:Label"] = "Red"
+    os.rename(missing.name, missing.name + ".away")
+    with pytest.raises(z.WriteError):
+        missing.save()
+
+
+class Remote(io.BytesIO):
+    """Counts what is read of it, and may fail."""
+
+    def __init__(self, data, fails=False):
+        super().__init__(data)
+        self.count, self.fails = 0, fails
+
+    def read(self, size=-1):
+        if self.fails:
+            raise OSError("the line is dead")
+        part = super().read(size)
+        self.count += len(part)
+        return part
+
+
+def test_reads_bytes_and_objects_of_which_only_ranges(fixture):
+    data = content(fixture())
+    large = Remote(data + bytes(64 << 20))
+    for source in (data, memoryview(data), Remote(data), large):
+        photo = z.open(source)
+        assert photo["xmp:Label"] == "Green" and photo.name is None
+    assert large.count < 1 << 20
+    photo["xmp:Label"] = "Red"
+    with pytest.raises(z.WriteError, match="only read"):
+        photo.save()
+    with pytest.raises(z.WriteError):
+        photo.save()
+    assert b"Red" in photo.packet() and z.parse(photo.packet())["xmp:Label"] == "Red"
+    with pytest.raises(z.ReadError, match="the line is dead"):
+        z.open(Remote(data, fails=True))
+    with pytest.raises(z.ReadError):
+        z.parse(b"<no packet>")
+
+
+def test_keeps_to_the_sidecar_policy(fixture):
+    for policy, is_sidecar in [("auto", False), ("never", False), ("always", True)]:
+        name = fixture(to=f"{policy}.jpg")
+        before = content(name)
+        with z.open(name, sidecar=policy) as photo:
+            photo["xmp:Label"] = "Red"
+        assert (content(name) == before) == is_sidecar
+        assert os.path.exists(name + ".xmp") == is_sidecar
+    with z.open(name + ".xmp") as sidecar:
+        sidecar["xmp:Label"] = "Blue"
+    assert z.open(name)["xmp:Label"] == "Blue"
+
+
+def test_takes_several_files_for_one(fixture):
+    names = [fixture(to="a.jpg"), fixture(to="b.jpg")]
+    with z.open(names[0]) as photo:
+        photo["xmp:Label"] = "Red"
+        photo["dc:subject"] = ["own", "two"]
+        photo["dc:creator"] = ["one"]
+        photo["dc:description"] = {"x-default": "One", "de": "Eins"}
+    with z.merge([*names, names[0]]) as both:
+        assert both["xmp:Label"] is z.MIXED and both["dc:subject"] is z.MIXED and both["xmp:Rating"] == 4
+        both["xmp:Label"] = "Blue"
+        both.update({"dc:creator": ["Ada Quay"], "dc:description": {"x-default": "All"}})
+        assert both["dc:creator"] == ["Ada Quay"]
+    for name, subject in zip(names, (["own", "two"], ["harbour", "boats", "dawn; early", "sea"])):
+        photo = z.open(name)
+        assert photo["dc:description"] == {"x-default": "All"}
+        assert (photo["xmp:Label"], photo["dc:creator"], photo["dc:subject"]) == ("Blue", ["Ada Quay"], subject)
+
+
+def test_pickles_path_and_packet(fixture):
+    name = fixture()
+    photo = z.open(name)
+    photo["xmp:Label"] = "Red"
+    copy = pickle.loads(pickle.dumps(photo))
+    assert copy.name == name and dict(copy) == dict(photo)
+    copy.save()
+    assert z.open(name)["xmp:Label"] == "Red"
+    assert pickle.loads(pickle.dumps(z.parse(photo.packet())))["xmp:Label"] == "Red"
+
+
+def test_serves_different_threads(fixture):
+    names = [fixture(to=f"{number}.jpg") for number in range(8)]
+    failures = []
+
+    def work(name):
+        try:
+            for rating in (1, 2, 3):
+                with z.open(name) as photo:
+                    photo["xmp:Rating"] = rating
+                    photo.validate()
+        except Exception as error:
+            failures.append(error)
+
+    threads = [threading.Thread(target=work, args=(name,)) for name in names]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert not failures and {z.open(name)["xmp:Rating"] for name in names} == {3.0}
+
+
+def test_finds_what_the_definitions_do_not_allow():
+    photo = z.parse(
+        b'<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#">'
+        b'<rdf:Description rdf:about="" xmlns:xmp="http://ns.adobe.com/xap/1.0/" xmp:Rating="many"'
+        b' xmp:CreateDate="2024-02-31"/></rdf:RDF></x:xmpmeta>'
+    )
+    assert photo["xmp:Rating"] == "many" and photo["xmp:CreateDate"] == "2024-02-31"
+    assert ("xmp:Rating", "error", "type") in [(found.path, found.severity, found.rule) for found in photo.validate()]

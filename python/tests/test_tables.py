@@ -1,0 +1,39 @@
+"""Tables: a row for each file, whatever it is, and back."""
+
+import pytest
+
+import zephmetadata as z
+
+
+def test_has_a_row_for_each_file_and_writes_changed_cells_alone(fixture):
+    names = [fixture(to=f"{number}.jpg") for number in range(150)] + ["missing.jpg", fixture("broken-packet.jpg")]
+    rows = z.table(names, ["xmp:Rating", "dc:subject"], workers=3)
+    assert [row["file"] for row in rows] == names
+    assert rows[149] == {"file": names[149], "xmp:Rating": 4.0, "dc:subject": rows[0]["dc:subject"], "error": None}
+    assert [row["error"] is None for row in rows[149:]] == [True, False, False]
+
+    rows[0]["xmp:Rating"], rows[1]["dc:subject"], rows[2]["xmp:Rating"] = 1, ["new"], 9
+    rows[3]["dc:subject"] = None
+    written = z.apply(rows, workers=2)
+    assert [row["changed"] for row in written[:5]] == [True, True, False, False, False]
+    assert written[2]["error"] == 'xmp:Rating: "9" is more than 5' and written[150]["error"] == "no such file"
+    assert not any(row["changed"] for row in z.apply(rows))
+    assert z.apply(rows[3:4], delete_missing=True)[0]["changed"]
+    assert [row["dc:subject"] for row in z.table(names[:4:2] + names[1:4:2], ["dc:subject"])][2:] == [["new"], None]
+    with pytest.raises(ValueError, match="more than one row"):
+        z.apply([rows[0], rows[0]])
+
+
+def test_frames_have_the_types_of_the_definitions_and_go_back(fixture):
+    pandas = pytest.importorskip("pandas")
+    names = [fixture(), fixture("plain.jpg"), "missing.jpg"]
+    columns = ["xmp:Rating", "tiff:Orientation", "xmpRights:Marked", "xmp:Label", "dc:subject", "xmp:CreateDate"]
+    frame = z.table(names, columns, frame="pandas")
+    assert [str(frame[column].dtype) for column in columns] == ["Float64", "Int64", "boolean", "string", "object", "object"]
+    assert not any(row["changed"] for row in z.apply(frame))
+    frame.loc[0, "tiff:Orientation"] = 6
+    frame.loc[1, "xmp:Label"] = "Red"
+    frame.loc[0, "xmp:CreateDate"] = pandas.Timestamp("2024-05-18T05:42:11+02:00")
+    assert [row["changed"] for row in z.apply(frame)] == [True, True, False]
+    assert z.open(names[0])["tiff:Orientation"] == 6 and z.open(names[1])["xmp:Label"] == "Red"
+    assert z.open(names[0])["xmp:CreateDate"].second == 11

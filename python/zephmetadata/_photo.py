@@ -1,0 +1,266 @@
+"""The metadata of one file as a mapping."""
+
+from __future__ import annotations
+
+import os
+import warnings
+from collections.abc import Iterable, Iterator, MutableMapping
+from dataclasses import dataclass
+from types import TracebackType
+from typing import Any, Literal, Protocol, Union
+
+from . import _core, _values
+from ._errors import Error, MetadataWarning, PathError, ReadError, ValueRefused, WriteError, WriteReport, reason
+
+SidecarPolicy = Literal["auto", "never", "always"]
+
+
+class Readable(Protocol):
+    """What can stand for a file that is only read, such as an object of fsspec."""
+
+    def read(self, size: int = ..., /) -> bytes: ...
+    def seek(self, offset: int, whence: int = ..., /) -> int: ...
+    def tell(self) -> int: ...
+
+
+Source = Union[str, "os.PathLike[str]", bytes, bytearray, memoryview, Readable]
+
+POLICIES: dict[str, int] = {"never": 0, "auto": 1, "always": 2}
+_ORIGINS = ["none", "xmp", "native"]
+
+
+@dataclass(frozen=True)
+class Finding:
+    """Something that does not agree with the definitions. ``severity`` is ``"error"`` or ``"warning"``."""
+
+    path: str
+    severity: str
+    rule: str
+    message: str
+
+
+def policy_number(sidecar: str) -> int:
+    if sidecar not in POLICIES:
+        raise ValueError(f"sidecar is one of {', '.join(POLICIES)}, not {sidecar!r}")
+    return POLICIES[sidecar]
+
+
+class Photo(MutableMapping[str, Any]):
+    """The metadata of a photo, a video or another media file, by path. Made by ``open``, ``parse`` and ``merge``.
+
+    Values are ``str``, ``int``, ``float``, ``bool``, ``fractions.Fraction``, ``datetime`` (aware or naive, as it is
+    stored), ``date``, ``PartialDate``, ``list``, and ``dict`` for structures and for texts by language. A text that is
+    stored against its type comes as ``str``. Lists and dictionaries are copies: assign them to change the photo.
+
+    One thread at a time; different photos may be used by different threads.
+    """
+
+    def __init__(self, media: _core.Media, name: str | None, sidecar: str = "auto") -> None:
+        self._media = media
+        self._name = name
+        self._policy = sidecar
+        self._parts: list[Photo] = []
+
+    @property
+    def name(self) -> str | None:
+        """The file; None for what is no file."""
+        return self._name
+
+    @property
+    def sidecar(self) -> str | None:
+        """The file that changes go to when it is not the photo itself."""
+        return os.fsdecode(self._media.sidecar()) or None
+
+    def __repr__(self) -> str:
+        return f"<zephmetadata.Photo {self._name!r}, {len(self)} properties>"
+
+    def __enter__(self) -> Photo:
+        return self
+
+    def __exit__(
+        self, kind: type[BaseException] | None, error: BaseException | None, trace: TracebackType | None
+    ) -> None:
+        if kind is None:
+            self.save()
+
+    # The mapping.
+
+    def __getitem__(self, path: str) -> Any:
+        raw = self._raw(path)
+        if raw is None:
+            raise PathError("there is no value", file=self._name, path=path)
+        return _values.from_raw(raw, path)
+
+    def __contains__(self, path: object) -> bool:
+        try:
+            return isinstance(path, str) and self._raw(path) is not None
+        except PathError:
+            return False
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._media.properties())
+
+    def __len__(self) -> int:
+        return len(self._media.properties())
+
+    def __setitem__(self, path: str, value: Any) -> None:
+        self._edit(self._edits(path, value))
+
+    def __delitem__(self, path: str) -> None:
+        if self._raw(path) is None:
+            raise PathError("there is no value", file=self._name, path=path)
+        self._edit([("delete", _values.canonical(path), "", "")])
+
+    def update(self, other: Any = (), /, **values: Any) -> None:
+        """Sets all of the values, or, when one of them is refused, none."""
+        edits: list[_values.Edit] = []
+        for path, value in dict(other, **values).items():
+            edits += self._edits(path, value)
+        self._edit(edits)
+
+    def _raw(self, path: str) -> Any:
+        return self._media.get(_values.canonical(path))
+
+    def _edits(self, path: str, value: Any) -> list[_values.Edit]:
+        path = _values.canonical(path)
+        raw = self._media.get(path)
+        try:
+            return _values.edits_for(path, raw, value)
+        except Error as error:
+            error.file = self._name
+            raise
+
+    def _edit(self, edits: list[_values.Edit]) -> None:
+        for number, why in self._media.edit(edits) if edits else ():
+            raise ValueRefused(why, file=self._name, path=edits[number][1])
+
+    # What else is known.
+
+    def display(self, path: str) -> str:
+        """The value as it is shown to people; empty when there is none."""
+        return self._media.display(_values.canonical(path))
+
+    def label(self, path: str) -> str:
+        """The name of the property for people; the path where none is known."""
+        found = _values.definition(_values.canonical(path))
+        return path if found is None else found["label"] or path
+
+    def origin(self, path: str) -> str:
+        """Where the value was read from: ``"xmp"``, ``"native"`` (Exif, IPTC and the like) or ``"none"``."""
+        return _ORIGINS[self._media.origin(_values.canonical(path))]
+
+    def validate(self) -> list[Finding]:
+        """What does not agree with the definitions."""
+        return [Finding(*row) for row in self._media.validate()]
+
+    def packet(self) -> bytes:
+        """An XMP packet (ISO 16684-1) of all of it."""
+        return self._media.packet()
+
+    # The way back.
+
+    @property
+    def changed(self) -> bool:
+        """Whether there is something to save."""
+        return bool(self._media.touched())
+
+    def save(self) -> WriteReport:
+        """Writes what changed, all at once; the file stays as it is when nothing did.
+
+        Raises WriteError when that cannot be done; the file is then as it was. After ``"changed"`` (another program
+        changed the file meanwhile) open it again and repeat the edits.
+        """
+        changed, status, detail, refusals = self._media.save()
+        report = WriteReport(changed, status, detail, refusals, self._unwritten_parts())
+        if status != "success" or refusals:
+            is_file = bool(self._name or self._parts)
+            why = "; ".join(refusals) or (reason(status, detail) if is_file else "it is no file, and is only read")
+            where = f"{self.sidecar}: " if self.sidecar else ""
+            raise WriteError(where + why, file=self._name, report=report)
+        return report
+
+    def _unwritten_parts(self) -> dict[str, str]:
+        rows = ((part._name or "", part._media.last_write()) for part in self._parts)
+        return {name: reason(*row) for name, row in rows if row is not None and row[0] != "success"}
+
+    def __reduce__(self) -> tuple[Any, ...]:
+        if self._parts:
+            raise TypeError("photos that are edited together cannot be pickled")
+        if self.changed and not self.packet():
+            raise TypeError("this photo cannot be pickled: no packet can hold its metadata")
+        return _unpickled, (self._name, self._policy, self.packet(), sorted(self._media.touched()))
+
+
+def _unpickled(name: str | None, sidecar: str, packet: bytes, touched: list[str]) -> Photo:
+    media = _core.open_packet(packet) if name is None else _core.open_file(os.fsencode(name), policy_number(sidecar))
+    if media is None or (packet and not media.take_edits(packet, set(touched))):
+        raise ReadError("its packet cannot be read", file=name, status="damaged-xmp")
+    return Photo(media, name, sidecar)
+
+
+def open(source: Source, *, sidecar: SidecarPolicy = "auto") -> Photo:
+    """The metadata of a file, of the bytes of one, or of an object with ``read``, ``seek`` and ``tell``.
+
+    With ``sidecar="auto"`` a ``.xmp`` file beside the photo is read, too, and written where there is one and where the
+    photo itself cannot be; ``"never"`` keeps to the photo, ``"always"`` writes sidecars alone. Only files are written.
+    """
+    if isinstance(source, (str, os.PathLike)):
+        name = os.fspath(source)
+        media = _core.open_file(os.fsencode(name), policy_number(sidecar))
+        return _checked(Photo(media, name, sidecar))
+    if isinstance(source, (bytes, bytearray, memoryview)):
+        return _checked(Photo(_core.open_bytes(bytes(source)), None))
+    if not hasattr(source, "read") or not hasattr(source, "seek"):
+        raise TypeError(f"takes a path, bytes or an object with read and seek, not {type(source).__name__}")
+    media, problem = _core.open_object(source)
+    if problem:
+        raise ReadError(problem, file=None, status="unreadable")
+    return _checked(Photo(media, None))
+
+
+def _checked(photo: Photo) -> Photo:
+    status, detail, problems = photo._media.last_read()
+    if status not in ("success", "no-xmp"):
+        raise ReadError(reason(status, detail), file=photo.name, status=status)
+    if status == "success" and detail:
+        problems = [f"the file is damaged ({detail})", *problems]
+    for problem in problems:
+        warnings.warn(f"{photo.name or 'bytes'}: {problem}", MetadataWarning, stacklevel=3)
+    return photo
+
+
+def parse(packet: bytes) -> Photo:
+    """The metadata of an XMP packet.
+
+    >>> photo = parse(b'''<x:xmpmeta xmlns:x="adobe:ns:meta/"><rdf:RDF
+    ... xmlns:rdf="http://www.w3.org/1999/02/22-rdf-syntax-ns#"><rdf:Description rdf:about=""
+    ... xmlns:xmp="http://ns.adobe.com/xap/1.0/" xmp:Rating="3"/></rdf:RDF></x:xmpmeta>''')
+    >>> photo["xmp:Rating"]
+    3.0
+    >>> photo["dc:subject"] = ["harbour", "boats"]
+    >>> b"harbour" in photo.packet()
+    True
+    """
+    media = _core.open_packet(packet)
+    if media is None:
+        raise ReadError("it is no XMP packet", file=None, status="damaged-xmp")
+    return Photo(media, None)
+
+
+def merge(sources: Iterable[str | os.PathLike[str]], *, sidecar: SidecarPolicy = "auto") -> Photo:
+    """Several files as one: where they differ, the value is ``MIXED``. What is assigned and saved goes to each of them,
+    and nothing that is an own value of one gets into another. A file that is named twice counts once.
+
+    >>> merge([sample(), "photo.jpg"])["xmp:Label"]
+    'Green'
+    """
+    once = {os.path.realpath(source): source for source in sources}
+    parts = [open(source, sidecar=sidecar) for source in once.values()]
+    if not parts:
+        raise ValueError("merge takes at least one file")
+    together = _core.open_together([part._media for part in parts])
+    if together is None:
+        raise ReadError("one of the files has no metadata and can be given none", file=None, status="cannot-carry-xmp")
+    photo = Photo(together, None)
+    photo._parts = parts
+    return photo
