@@ -49,7 +49,7 @@ TEST_F(Panels, AsJsonHoldWhatAnotherProgramNeedsToDrawThem) {
                   .mStatus,
               0);
     const Json basic = Json::parse(Zephmeta({"panel", "harbour.jpg", "--json"}).mOutput);
-    EXPECT_EQ(basic.at("view"), "overview");
+    EXPECT_EQ(basic.at("view"), "com.corvid.xmp.view.basic");
     EXPECT_EQ(basic.at("files"), Json({"harbour.jpg"}));
     const Json marked = Find(basic.at("items"), "xmpRights:Marked");
     EXPECT_EQ(marked.at("kind"), "property");

@@ -255,7 +255,9 @@ void CommandLine::AddPanels() {
     const auto request = Kept<PanelRequest>();
     panel->add_option("FILE", request->mFiles, "Media files and .xmp sidecars")->required();
     CLI::Option* const view =
-        panel->add_option("--view", request->mView, "The view, for example overview, basic, camera or gps")
+        panel
+            ->add_option("--view", request->mView,
+                         "The view, for example basic, camera or gps; JSON is of basic by default")
             ->type_name("NAME")
             ->capture_default_str();
     CLI::Option* const all =
@@ -268,8 +270,10 @@ void CommandLine::AddPanels() {
         ->type_name("FORMAT")
         ->capture_default_str();
     AddSidecarOption(panel);
-    OnRun(panel, [this, request] {
+    OnRun(panel, [this, request, view] {
         request->mFormat = mJson ? "json" : request->mFormat;
+        // Programs get the same items for every file unless they ask for others.
+        request->mView = request->mFormat == "json" && view->count() == 0 ? "basic" : request->mView;
         return ShowPanel(*request);
     });
 }
