@@ -55,7 +55,7 @@ struct KindRow {
 constexpr std::array<KindRow, 3> kKinds = {{
     {{kDescription, kPeople, kPlace, kCamera, kVideo, kAudio, kFile},
      {"basic", "camera", "gps", "origin", "iptccore", "iptcextension", "video", "audio"}},
-    {{kDescription, kVideo, kAudio, kPeople, kPlace, kCamera, kFile},
+    {{kDescription, kVideo, kPeople, kAudio, kPlace, kCamera, kFile},
      {"basic", "video", "audio", "camera", "gps", "origin", "iptccore", "iptcextension"}},
     {{kAudio, kDescription, kPeople, kPlace, kVideo, kCamera, kFile},
      {"audio", "basic", "video", "origin", "iptccore", "iptcextension", "gps", "camera"}},
