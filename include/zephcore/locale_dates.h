@@ -11,7 +11,9 @@ namespace zephcore {
 
 /// The short form of a day of the Gregorian calendar; months and days count from 1.
 std::optional<UTF16String> FormatShortDate(int year, int month, int day);
+/// Its form in numbers with all digits of the year.
+ZEPHCORE_EXPORT std::optional<UTF16String> FormatNumericDate(int year, int month, int day);
 /// The medium form of a time of day, with seconds.
-std::optional<UTF16String> FormatMediumTime(int hour, int minute, int second);
+ZEPHCORE_EXPORT std::optional<UTF16String> FormatMediumTime(int hour, int minute, int second);
 
 }  // namespace zephcore

@@ -134,7 +134,15 @@ struct ValidationFinding {
 /// What does not agree with the definitions, in the order of the tree. Nothing is reported or changed. A null tree has
 /// no findings. Empty values are passed over. Choices of whole arrays are not checked: files and definitions have no
 /// common form for them. Cost: linear in the tree.
+/// What a published standard allows and a narrower definition does not is a warning that names the standard.
 ZEPHMETADATA_EXPORT std::vector<ValidationFinding> ValidateXMP(XMPMetaHandle tree);
+
+enum ValidationScope : std::int32_t {
+    kValidationScope_All = 0,     ///< every value of the tree
+    kValidationScope_Packet = 1,  ///< without what was read from native metadata alone (kValueOrigin_Native)
+};
+/// The same for a part of the tree.
+ZEPHMETADATA_EXPORT std::vector<ValidationFinding> ValidateXMP(XMPMetaHandle tree, ValidationScope scope);
 /// The name of a rule for programs, for example "unknown-property".
 ZEPHMETADATA_EXPORT UTF8String ValidationRuleName(ValidationRule rule);
 

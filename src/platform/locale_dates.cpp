@@ -22,20 +22,21 @@ public:
         mDate.reset(icu::DateFormat::createDateInstance(icu::DateFormat::kShort, icuLocale));
         mTime.reset(icu::DateFormat::createTimeInstance(icu::DateFormat::kMedium, icuLocale));
         UErrorCode error = U_ZERO_ERROR;
+        mNumericDate.reset(icu::DateFormat::createInstanceForSkeleton("yMd", icuLocale, error));
         mCalendar = std::make_unique<icu::GregorianCalendar>(*icu::TimeZone::getGMT(), error);
-        mIsUsable = U_SUCCESS(error) && mDate && mTime;
+        mIsUsable = U_SUCCESS(error) && mDate && mTime && mNumericDate;
         if (mIsUsable) {
-            mDate->setTimeZone(*icu::TimeZone::getGMT());
-            mTime->setTimeZone(*icu::TimeZone::getGMT());
+            for (const auto* const format : {&mDate, &mNumericDate, &mTime}) {
+                (*format)->setTimeZone(*icu::TimeZone::getGMT());
+            }
         }
     }
 
     const std::string& Locale() const { return mLocale; }
 
-    std::optional<UTF16String> Date(int year, int month, int day) const {
-        mCalendar->clear();
-        mCalendar->set(year, month - 1, day);
-        return Formatted(*mDate);
+    std::optional<UTF16String> Date(int year, int month, int day) const { return Date(*mDate, year, month, day); }
+    std::optional<UTF16String> NumericDate(int year, int month, int day) const {
+        return Date(*mNumericDate, year, month, day);
     }
     std::optional<UTF16String> Time(int hour, int minute, int second) const {
         mCalendar->clear();
@@ -45,6 +46,12 @@ public:
     bool IsUsable() const { return mIsUsable; }
 
 private:
+    std::optional<UTF16String> Date(const icu::DateFormat& format, int year, int month, int day) const {
+        mCalendar->clear();
+        mCalendar->set(year, month - 1, day);
+        return Formatted(format);
+    }
+
     std::optional<UTF16String> Formatted(const icu::DateFormat& format) const {
         UErrorCode error = U_ZERO_ERROR;
         const UDate time = mCalendar->getTime(error);
@@ -58,6 +65,7 @@ private:
 
     std::string mLocale;
     std::unique_ptr<icu::DateFormat> mDate;
+    std::unique_ptr<icu::DateFormat> mNumericDate;
     std::unique_ptr<icu::DateFormat> mTime;
     std::unique_ptr<icu::GregorianCalendar> mCalendar;
     bool mIsUsable = false;
@@ -80,6 +88,10 @@ std::optional<UTF16String> WithForms(const Format& format) {
 
 std::optional<UTF16String> FormatShortDate(int year, int month, int day) {
     return WithForms([=](const DateForms& forms) { return forms.Date(year, month, day); });
+}
+
+std::optional<UTF16String> FormatNumericDate(int year, int month, int day) {
+    return WithForms([=](const DateForms& forms) { return forms.NumericDate(year, month, day); });
 }
 
 std::optional<UTF16String> FormatMediumTime(int hour, int minute, int second) {

@@ -22,6 +22,54 @@ constexpr std::u16string_view kNoDefaultLanguage =
     u"$$$/zephmetadata/validation/NoDefaultLanguage=no text is marked as the default (x-default)";
 constexpr std::u16string_view kDeprecated = u"$$$/zephmetadata/validation/Deprecated=is deprecated";
 
+constexpr std::u16string_view kNarrower = u"$$$/zephmetadata/validation/Narrower=, though @0 allows it";
+
+/// What published standards allow and the definitions do not. A bound, shape or type applies to all values where none
+/// is named.
+struct WiderRow {
+    std::string_view mPath;  ///< the end of a path without the numbers of items
+    ValidationRule mRule;
+    std::string_view mValue;
+    std::string_view mStandard;
+};
+
+constexpr std::string_view kXMPStandard = "XMP Specification Part 2";
+constexpr auto kWider = std::to_array<WiderRow>({
+    {"exifEX:PhotographicSensitivity", kValidationRule_Bounds, "", "CIPA DC-010"},
+    {"Iptc4xmpExt:CVterm", kValidationRule_Shape, "", "IPTC Photo Metadata 2024.1"},
+    {"xmpDM:markers/xmpDM:type", kValidationRule_Choice, "Speech", kXMPStandard},
+    {"xmpDM:videoFrameRate", kValidationRule_Type, "PAL", kXMPStandard},
+    {"xmpDM:videoFrameRate", kValidationRule_Type, "NTSC", kXMPStandard},
+});
+
+/// "xmpDM:markers/xmpDM:type" of "xmpDM:markers[2]/xmpDM:type"
+UTF8String WithoutNumbers(std::string_view expression) {
+    UTF8String path;
+    while (!expression.empty()) {
+        const std::size_t end = std::min(expression.find('['), expression.size());
+        path += expression.substr(0, end);
+        expression.remove_prefix(std::min(expression.find(']', end), expression.size() - 1) + 1);
+    }
+    return path;
+}
+
+/// Whether @p path ends in whole @p steps.
+bool EndsWithSteps(std::string_view path, std::string_view steps) {
+    return path.ends_with(steps) && (path.size() == steps.size() || path[path.size() - steps.size() - 1] == '/');
+}
+
+/// The standard that allows a value nevertheless; empty for none. Nothing allows a negative sensitivity.
+std::string_view WiderStandard(const toolkit::Node& node, ValidationRule rule) {
+    const UTF8String path = WithoutNumbers(node.mPath);
+    for (const WiderRow& row : kWider) {
+        const bool isValue = row.mValue.empty() ? !node.mValue.starts_with('-') : node.mValue == row.mValue;
+        if (row.mRule == rule && isValue && EndsWithSteps(path, row.mPath)) {
+            return row.mStandard;
+        }
+    }
+    return {};
+}
+
 /// What a node is, or is to be. A plain alternative and one of languages are told apart by the languages alone.
 enum class Shape { kText, kStructure, kBag, kSeq, kAlternative };
 
@@ -71,7 +119,8 @@ std::optional<Shape> ShapeOfType(const UTF8String& typeId) {
 
 class Validator {
 public:
-    explicit Validator(std::vector<toolkit::Node> nodes) : mNodes(std::move(nodes)) {}
+    Validator(XMPMetaHandle tree, ValidationScope scope)
+        : mTree(tree), mScope(scope), mNodes(toolkit::Nodes(tree, {}, {}, toolkit::Walk::kSubtree)) {}
 
     std::vector<ValidationFinding> Findings() {
         std::size_t index = 0;
@@ -85,6 +134,9 @@ private:
     /// Checks a top-level property with all below it; the index of what follows.
     std::size_t Property(std::size_t index) {
         const toolkit::Node& node = mNodes[index];
+        if (mScope == kValidationScope_Packet && toolkit::IsNative(mTree, node.mSchema, node.mPath)) {
+            return EndOf(index);
+        }
         if (!NamespaceDefinition(node.mSchema)) {
             if (mUnknown.insert(node.mSchema).second) {
                 Warn(index, kValidationRule_UnknownNamespace, kUnknownNamespace, zephcore::UTF8to16(node.mSchema));
@@ -107,8 +159,8 @@ private:
         return Value(index, entry.mType.value_or(kTypeText), entry);
     }
 
-    /// A node against a type; @p entry is what it is a value of.
-    std::size_t Value(std::size_t index, const UTF8String& typeId, const EntryDefinition& entry) {
+    /// A node against a type; @p entry is what it is a value of, or the array that it is an item of.
+    std::size_t Value(std::size_t index, const UTF8String& typeId, const EntryDefinition& entry, bool isItem = false) {
         const std::size_t end = EndOf(index);
         const UTF8String shapeType = TypeOfShape(typeId, entry);
         const std::optional<Shape> due = ShapeOfType(shapeType);
@@ -126,7 +178,7 @@ private:
                 Fields(index, end, TypeIdDefinition(shapeType));
                 break;
             default:
-                Items(index, end, shapeType, typeId == shapeType ? &entry : nullptr);
+                Items(index, end, shapeType, typeId == shapeType && !isItem ? &entry : nullptr);
         }
         return end;
     }
@@ -185,7 +237,7 @@ private:
         const EntryDefinition& ofItems = array != nullptr ? *array : none;
         for (std::size_t below = index + 1; below < end;) {
             const bool isItem = (mNodes[below].mOptions & toolkit::kPropIsQualifier) == 0;
-            below = isItem ? Value(below, elementType.value_or(kTypeText), ofItems) : EndOf(below);
+            below = isItem ? Value(below, elementType.value_or(kTypeText), ofItems, true) : EndOf(below);
         }
         if ((mNodes[index].mOptions & toolkit::kPropArrayIsAltText) != 0 && !HasDefaultLanguage(index, end)) {
             Warn(index, kValidationRule_DefaultLanguage, kNoDefaultLanguage);
@@ -216,9 +268,16 @@ private:
         Add(index, kValidationSeverity_Warning, rule, zephcore::ZString(key, {argument}));
     }
     void Add(std::size_t index, ValidationSeverity severity, ValidationRule rule, UTF16String message) {
+        const std::string_view standard = WiderStandard(mNodes[index], rule);
+        if (!standard.empty()) {
+            severity = kValidationSeverity_Warning;
+            message += zephcore::ZString(kNarrower, {zephcore::UTF8to16(standard)});
+        }
         mFindings.push_back({mNodes[index].mPath, severity, rule, std::move(message)});
     }
 
+    XMPMetaHandle mTree;
+    ValidationScope mScope;
     std::vector<toolkit::Node> mNodes;
     std::set<UTF8String> mUnknown;
     std::vector<ValidationFinding> mFindings;
@@ -227,10 +286,11 @@ private:
 }  // namespace
 
 std::vector<ValidationFinding> ValidateXMP(XMPMetaHandle tree) {
-    if (tree == nullptr) {
-        return {};
-    }
-    return Validator(toolkit::Nodes(tree, {}, {}, toolkit::Walk::kSubtree)).Findings();
+    return ValidateXMP(tree, kValidationScope_All);
+}
+
+std::vector<ValidationFinding> ValidateXMP(XMPMetaHandle tree, ValidationScope scope) {
+    return tree == nullptr ? std::vector<ValidationFinding>() : Validator(tree, scope).Findings();
 }
 
 UTF8String ValidationRuleName(ValidationRule rule) {

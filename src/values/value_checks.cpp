@@ -1,6 +1,8 @@
 #include <algorithm>
+#include <array>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "values/formatting/rationals.h"
 #include "values/text_access.h"
@@ -30,6 +32,8 @@ constexpr std::u16string_view kNoText =
     u"$$$/zephmetadata/value/NoText=it holds control characters or bytes that are no UTF-8";
 constexpr std::u16string_view kNoMatch =
     u"$$$/zephmetadata/value/NoMatch=#{quot}@0#{quot} does not have the form of @1";
+constexpr std::u16string_view kNoMatchExample =
+    u"$$$/zephmetadata/value/NoMatchExample=#{quot}@0#{quot} does not have the form of @1, for example @2";
 constexpr std::u16string_view kTooSmall = u"$$$/zephmetadata/value/TooSmall=#{quot}@0#{quot} is less than @1";
 constexpr std::u16string_view kTooLarge = u"$$$/zephmetadata/value/TooLarge=#{quot}@0#{quot} is more than @1";
 
@@ -98,9 +102,35 @@ Problem CheckKind(const EntryDefinition& entry, PrimitiveType kind, const UTF8St
     }
 }
 
-/// What a value of @p entry looks like, in words.
-UTF16String FormOf(const EntryDefinition& entry) {
-    return entry.mDescription.empty() ? entry.mLabel : entry.mLabel + u": " + entry.mDescription;
+/// A value of each form that the built-in definitions ask for.
+constexpr auto kExamples = std::to_array<std::pair<std::string_view, std::u16string_view>>({
+    {"-?[0-9]+/-?[0-9]+", u"1/250"},
+    {R"([0-9]{1,3},[0-9]{1,2}(\.[0-9]+|,[0-9]{1,2}(\.[0-9]+)?)?[NSEW])", u"58,58.198N"},
+    {".+[NS]", u"58,58.198N"},
+    {".+[EW]", u"5,43.987E"},
+    {R"([0-9]{1,3}(\.[0-9]{1,3}){3})", u"2.3.0.0"},
+    {"[0-9]{6}", u"011100"},
+    {"[0-9]{8}", u"15054000"},
+    {"[0-9]{8}|[0-9]{12,14}", u"4006381333931"},
+    {"[A-Za-z]{2,3}", u"NO"},
+    {R"([A-Za-z]{1,8}([\-_][A-Za-z0-9]{1,8})*)", u"en-GB"},
+    {R"([^\s/;]+/[^\s/;]+(\s*;.*)?)", u"image/jpeg"},
+    {R"(-?[0-9]+\s*,\s*-?[0-9]+)", u"2, 1"},
+    {"([0-9]{2}([;:][0-9]{2}){2}[;:.][0-9]{2,3}|[0-9]+)?", u"01:02:03:04"},
+    {"[0-9]{4}.[0-9]{2}.[0-9]{2}", u"2024-05-17"},
+    {"[0-9]{2}.[0-9]{2}.[0-9]{2}", u"09:30:00"},
+});
+
+/// With an example where there is one, else with all that is known of the form.
+Problem ReasonOfForm(ValidationRule rule, const EntryDefinition& entry, const UTF8String& value) {
+    const auto* const row = std::find_if(kExamples.begin(), kExamples.end(),
+                                         [&](const auto& example) { return example.first == *entry.mPattern; });
+    if (row != kExamples.end() && !entry.mLabel.empty()) {
+        return ValueProblem{rule, zephcore::ZString(kNoMatchExample, {zephcore::UTF8to16(value), entry.mLabel,
+                                                                      UTF16String(row->second)})};
+    }
+    const UTF16String form = entry.mDescription.empty() ? entry.mLabel : entry.mLabel + u": " + entry.mDescription;
+    return Reason(rule, kNoMatch, value, form);
 }
 
 /// The number that a value stands for where bounds apply to it: integers, reals and rationals.
@@ -117,7 +147,7 @@ std::optional<double> NumberOf(const UTF8String& typeId, const UTF8String& value
 Problem CheckLimits(const EntryDefinition& entry, ValidationRule ofPattern, const UTF8String& typeId,
                     const UTF8String& value) {
     if (entry.mPattern && !zephcore::MatchesPattern(*entry.mPattern, value)) {
-        return Reason(ofPattern, kNoMatch, value, FormOf(entry));
+        return ReasonOfForm(ofPattern, entry, value);
     }
     const std::optional<double> number = NumberOf(typeId, value);
     return number ? CheckBounds(entry, value, *number) : Problem();

@@ -18,14 +18,14 @@ TEST_F(Panels, ReadLikeAPhotographersNotes) {
                        "    Exposure      1/250 sec, f/8, ISO 200, Aperture Priority, Pattern\n"
                        "    Orientation   Normal\n"
                        "    Resolution    72 pixels per inch\n"
-                       "    Flash         Did Not Fire, No Detection Function, Mode: Compulsory\n"
-                       "                  Suppression\n",
+                       "    Flash         Did Not Fire, Mode: Compulsory Suppression\n",
                        ""}));
     EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--view", "com.corvid.xmp.view.gps"}).mOutput,
               "GPS Data\n"
               "  Camera Location\n"
               "    Coordinates  58° 58' 11.89\" N, 5° 43' 59.2\" E\n"
               "    Altitude     4 m above sea level\n"
+              "\n"
               "    GPS Version  2.3.0.0\n");
 }
 
@@ -71,8 +71,32 @@ TEST_F(Panels, AsJsonHoldWhatAnotherProgramNeedsToDrawThem) {
     EXPECT_EQ(Find(extension.at("items"), "plus:ImageCreator[1]/plus:ImageCreatorName").at("value"), "Ines");
 }
 
+TEST_F(Panels, BeginWithWhatPeopleWantToKnow) {
+    const Outcome overview = Zephmeta({"panel", "harbour.jpg"});
+    std::size_t last = 0;
+    for (const char* const part : {"harbour.jpg\n", "\n  Camera ", "\n  Date ", "\nDescription\n", "  Title ",
+                                   "\nPeople and Rights\n", "\nPlace\n", "\nCamera\n", "\nNot recorded: Source\n"}) {
+        const std::size_t at = overview.mOutput.find(part);
+        ASSERT_NE(at, std::string::npos) << part << overview;
+        EXPECT_GE(at, last) << part << overview;
+        last = at;
+    }
+}
+
+TEST_F(Panels, LeaveOutValuesThatSayNothing) {
+    ASSERT_EQ(Zephmeta({"set", "harbour.jpg", "exif:GPSAltitude=0/0", "exif:FocalLength=0/1",
+                        "xmp:CreateDate=2024-07-24T10:25:57+05:30"})
+                  .mStatus,
+              0);
+    const std::string text = Zephmeta({"panel", "harbour.jpg"}).mOutput;
+    for (const char* const senseless : {"sea level", "0 mm (", ", 0\n", "Not Specified", "No Detection"}) {
+        EXPECT_EQ(text.find(senseless), std::string::npos) << senseless << '\n' << text;
+    }
+    EXPECT_THAT(text, ::testing::HasSubstr("7/24/2024 10:25:57\u202FAM UTC+05:30\n"));
+}
+
 TEST_F(Panels, SayWhatCannotBeShown) {
-    EXPECT_EQ(Zephmeta({"panel", "plain.png"}).mStatus, 0);
+    EXPECT_EQ(Zephmeta({"panel", "plain.png"}), (Outcome{0, "plain.png: nothing recorded\n", ""}));
     EXPECT_EQ(Zephmeta({"panel", "plain.png", "--view", "camera"}),
               (Outcome{0, "Camera Data: nothing recorded\n", ""}));
     EXPECT_EQ(Zephmeta({"panel", "broken-packet.jpg"}), (Outcome{1, "", kBrokenPacket}));
@@ -122,7 +146,7 @@ protected:
             "beside: [...document.querySelectorAll('dt')].filter(t => t.offsetParent && t.nextSibling.offsetTop ==="
             " t.offsetTop).length, labels: [...document.querySelectorAll('dd')].filter(d => d.offsetParent &&"
             " document.getElementById(d.getAttribute('aria-labelledby')) === d.previousSibling).length,"
-            "values: document.querySelectorAll('dd').length};"
+            "values: [...document.querySelectorAll('dd')].filter(d => d.offsetParent).length};"
             "b.innerHTML = ''; const out = document.createElement('pre'); out.id = 'seen';"
             "out.textContent = btoa(unescape(encodeURIComponent(JSON.stringify(seen)))); b.append(out); });</script>";
         Write("page.html", page + kMeasure);
@@ -157,7 +181,7 @@ TEST_F(Pages, ShowTheirValuesInABrowser) {
     const std::string text = wide.at("text");
     for (const char* const visible :
          {"harbour.jpg", "<b>Boats", "1/250 sec, f/8, ISO 200, Aperture Priority, Pattern",
-          "58° 58' 11.89\" N, 5° 43' 59.2\" E", "Copyrighted", "https://calder.example/licence", "DICOM"}) {
+          "58° 58' 11.89\" N, 5° 43' 59.2\" E Map", "Copyrighted", "https://calder.example/licence", "DICOM"}) {
         EXPECT_THAT(text, ::testing::HasSubstr(visible));
     }
     EXPECT_FALSE(wide.at("overflows"));

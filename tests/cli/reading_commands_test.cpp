@@ -161,12 +161,13 @@ TEST_F(ReadingFiles, DumpAsJsonWithEveryMember) {
 TEST_F(ReadingFiles, AreValidated) {
     ASSERT_EQ(Zephmeta({"set", "packet.png", "dc:source=x"}).mStatus, 0);
     EXPECT_EQ(Zephmeta({"validate", "packet.png"}), (Outcome{0, "", ""}));
-    EXPECT_EQ(Zephmeta({"validate", "packet.png", "exif-only.jpg", "broken-packet.jpg"}),
+    EXPECT_EQ(Zephmeta({"validate", "exif-only.jpg"}), (Outcome{0, "", ""})) << "it has no packet";
+    EXPECT_EQ(Zephmeta({"validate", "--native", "packet.png", "exif-only.jpg", "broken-packet.jpg"}),
               (Outcome{1,
                        "exif-only.jpg: error: tiff:ResolutionUnit: \"1\" is none of: 2, 3 [choice]\n"
                        "exif-only.jpg: warning: exif:ISOSpeedRatings: is deprecated [deprecated]\n",
                        kBrokenPacket}));
-    const Json found = Json::parse(Zephmeta({"validate", "--json", "exif-only.jpg"}).mOutput);
+    const Json found = Json::parse(Zephmeta({"validate", "--native", "--json", "exif-only.jpg"}).mOutput);
     EXPECT_EQ(found.at("file"), "exif-only.jpg");
     EXPECT_EQ(found.at("findings").at(0), Json({{"path", "tiff:ResolutionUnit"},
                                                 {"severity", "error"},

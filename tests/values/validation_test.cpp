@@ -1,5 +1,6 @@
 #include "support/values_test.h"
 #include "zephcore/localizer.h"
+#include "zephmetadata/extensions.h"
 
 namespace zephmetadata {
 namespace {
@@ -63,6 +64,19 @@ TEST_F(Validation, FindsExactlyTheOneFaultOfAFile) {
          {"dc:title", kWarning, "default-language", "no text is marked as the default (x-default)"}},
         {"<xmp:Advisory><rdf:Bag><rdf:li>dc:title</rdf:li></rdf:Bag></xmp:Advisory>",
          {"xmp:Advisory", kWarning, "deprecated", "is deprecated"}},
+        {"<exifEX:PhotographicSensitivity "
+         "xmlns:exifEX='http://cipa.jp/exif/1.0/'>102400</exifEX:PhotographicSensitivity>",
+         {"exifEX:PhotographicSensitivity", kWarning, "bounds",
+          "\"102400\" is more than 65535, though CIPA DC-010 allows it"}},
+        {"<xmpDM:videoFrameRate xmlns:xmpDM='http://ns.adobe.com/xmp/1.0/DynamicMedia/'>PAL</xmpDM:videoFrameRate>",
+         {"xmpDM:videoFrameRate", kWarning, "type",
+          "\"PAL\" is not a number, though XMP Specification Part 2 allows it"}},
+        {"<xmpDM:markers xmlns:xmpDM='http://ns.adobe.com/xmp/1.0/DynamicMedia/'><rdf:Seq><rdf:li "
+         "rdf:parseType='Resource'>"
+         "<xmpDM:type>Speech</xmpDM:type></rdf:li></rdf:Seq>"
+         "</xmpDM:markers>",
+         {"xmpDM:markers[1]/xmpDM:type", kWarning, "choice",
+          "\"Speech\" is none of: Chapter, Cue, Beat, Track, Index, though XMP Specification Part 2 allows it"}},
     };
     for (const Row& row : rows) {
         Load(row.mBody);
@@ -76,7 +90,7 @@ TEST_F(Validation, TellsTheFormsOfTypesAndOfPropertiesApart) {
     const std::vector<Finding> findings = Findings();
     ASSERT_EQ(findings.size(), 2U);
     EXPECT_EQ(findings[0].mRule, "type");
-    EXPECT_THAT(findings[0].mMessage, ::testing::StartsWith("\"2.8\" does not have the form of Rational: "));
+    EXPECT_EQ(findings[0].mMessage, "\"2.8\" does not have the form of Rational, for example 1/250");
     EXPECT_EQ(findings[1].mPath, "exif:GPSLatitude");
 }
 
@@ -90,6 +104,14 @@ TEST_F(Validation, HasNothingAgainstWhatIsAllowed) {
         "<exif:Flash rdf:parseType='Resource'><exif:Fired>True</exif:Fired><exif:Mode>1</exif:Mode></exif:Flash>");
     EXPECT_THAT(Findings(), ::testing::IsEmpty());
     EXPECT_THAT(ValidateXMP(nullptr), ::testing::IsEmpty());
+}
+
+TEST_F(Validation, TakesTheLanguagesInAnArrayForTexts) {
+    RegisterBundledPackages();
+    Load(
+        "<plus:Custom1 xmlns:plus='http://ns.useplus.org/ldf/xmp/1.0/'><rdf:Bag><rdf:li><rdf:Alt>"
+        "<rdf:li xml:lang='x-default'>Port</rdf:li></rdf:Alt></rdf:li></rdf:Bag></plus:Custom1>");
+    EXPECT_THAT(Findings(), ::testing::IsEmpty());
 }
 
 }  // namespace

@@ -35,16 +35,13 @@ TEST_F(ValueChecks, SayWhyATextIsNotAllowed) {
         {"Iptc4xmpExt:ModelAge", "3; 5", ""},
         {"Iptc4xmpExt:ModelAge", "3; old", "\"old\" is not an integer"},
         {"exif:FNumber", "28/10", ""},
-        {"exif:FNumber", "x",
-         "\"x\" does not have the form of Rational: An exact fraction of two whole numbers with a slash between them, "
-         "such as 1/250 or 28/10."},
+        {"exif:FNumber", "x", "\"x\" does not have the form of Rational, for example 1/250"},
         {"exif:GPSImgDirection", "3599/10", ""},
         {"exif:GPSImgDirection", "400/1", "\"400/1\" is more than 359.99"},
         {"exif:GPSImgDirection", "-1/1", "\"-1/1\" is less than 0"},
         {"Iptc4xmpCore:Scene", "010100; 011200", ""},
         {"Iptc4xmpCore:Scene", "010100; 1120",
-         "\"1120\" does not have the form of IPTC Scene Code: What the picture shows in terms of photography, as "
-         "six-digit codes of the IPTC Scene NewsCodes: 010100 is a headshot, 011100 a panoramic view."},
+         "\"1120\" does not have the form of IPTC Scene Code, for example 011100"},
         {"exif:GPSLatitude", "58,58.198N", ""},
         {"exif:GPSLatitude", "58,58,11N", ""},
         {"dc:source", "bad \x01", "it holds control characters or bytes that are no UTF-8"},

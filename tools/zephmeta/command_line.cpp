@@ -120,9 +120,6 @@ void CommandLine::AddReading() {
          "  zephmeta find -r Pictures --if \"dc:subject has sea and missing dc:rights\"\n"
          "  zephmeta find -r -0 Pictures --if \"exif:DateTimeOriginal<2020\" | xargs -0 ls -l",
          Find},
-        {"validate", "Hold the XMP of files against the definitions",
-         "zephmeta validate photo.jpg\n  zephmeta validate -r Pictures\n  zephmeta validate --json -r Pictures",
-         Validate},
     });
     for (const CommandRow& row : rows) {
         CLI::App* const command = Add(mApp, row.mName, row.mDescription, row.mExamples);
@@ -133,6 +130,17 @@ void CommandLine::AddReading() {
             return run(*options);
         });
     }
+    CLI::App* const validate = Add(mApp, "validate", "Hold the XMP of files against the definitions",
+                                   "zephmeta validate photo.jpg\n  zephmeta validate --native photo.jpg\n"
+                                   "  zephmeta validate --json -r Pictures");
+    const auto checked = Kept<BatchOptions>();
+    const auto native = Kept<bool>();
+    validate->add_flag("--native", *native, "Hold what stands in Exif and IPTC alone against them too");
+    AddBatchOptions(validate, *checked, "FILE");
+    OnRun(validate, [this, checked, native] {
+        checked->mJson = mJson;
+        return Validate(*checked, *native);
+    });
     CLI::App* const get =
         Add(mApp, "get", "Print the values at some paths: one a line for one file, a line a file for several",
             "zephmeta get photo.jpg dc:title \"dc:subject[1]\" xmp:Rating\n"
@@ -242,20 +250,30 @@ void CommandLine::AddApply() {
 
 void CommandLine::AddPanels() {
     CLI::App* const panel = Add(mApp, "panel", "Show files as a panel of an editor would, several as one",
-                                "zephmeta panel photo.jpg --view camera");
+                                "zephmeta panel photo.jpg\n  zephmeta panel photo.jpg --view camera\n"
+                                "  zephmeta panel photo.jpg --format html > photo.html");
     const auto request = Kept<PanelRequest>();
     panel->add_option("FILE", request->mFiles, "Media files and .xmp sidecars")->required();
-    CLI::Option* const view = panel->add_option("--view", request->mView, "The view, for example basic, camera or gps")
-                                  ->type_name("NAME")
-                                  ->capture_default_str();
-    panel->add_flag("--all", request->mAll, "Every view, one after the other")->excludes(view);
+    CLI::Option* const view =
+        panel
+            ->add_option("--view", request->mView,
+                         "The view, for example basic, camera or gps; JSON is of basic by default")
+            ->type_name("NAME")
+            ->capture_default_str();
+    CLI::Option* const all =
+        panel->add_flag("--all", request->mAll, "Every view, those that matter most to such a file first");
+    all->excludes(view);
+    panel->add_flag("--side-by-side", request->mSideBySide, "With --format html: a column for each file")
+        ->excludes(all);
     panel->add_option("--format", request->mFormat, "text, html (one page to pass on) or json")
         ->check(CLI::IsMember({"text", "html", "json"}))
         ->type_name("FORMAT")
         ->capture_default_str();
     AddSidecarOption(panel);
-    OnRun(panel, [this, request] {
+    OnRun(panel, [this, request, view] {
         request->mFormat = mJson ? "json" : request->mFormat;
+        // Programs get the same items for every file unless they ask for others.
+        request->mView = request->mFormat == "json" && view->count() == 0 ? "basic" : request->mView;
         return ShowPanel(*request);
     });
 }

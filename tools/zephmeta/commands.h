@@ -55,12 +55,14 @@ int ShowTypes(const std::string& id, bool json);
 
 struct PanelRequest {
     std::vector<std::string> mFiles;  ///< several are shown as one
-    std::string mView = "basic";      ///< the name of a view, or the end of one of the library's own
+    std::string mView = "overview";   ///< that, the name of a view, or the end of one of the library's own
     bool mAll = false;                ///< every view instead
+    bool mSideBySide = false;         ///< of a page: a column for each file
     std::string mFormat = "text";
 };
-/// 1 also when a file has a finding of severity error.
-int Validate(const BatchOptions& options);
+/// Findings about the packet, with @p native also about what stands in Exif and IPTC-IIM alone. 1 also when a file has
+/// a finding of severity error.
+int Validate(const BatchOptions& options, bool native);
 
 struct ApplyRequest {
     BatchOptions mBatch;

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <iostream>
+#include <set>
 
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
@@ -105,12 +106,16 @@ void Problems::Report(std::string_view file, std::string_view reason) {
 
 void Problems::ReportCollected(std::string_view file) {
     const std::vector<zephmetadata::ErrorInfo> infos = zephmetadata::GetErrorInfos();
+    std::set<std::string> said;  // a value that is read twice is one problem
     for (; mSeen < infos.size(); ++mSeen) {
         const std::string context =
             infos[mSeen].context.empty() ? std::string(file) : zephcore::UTF16to8(infos[mSeen].context);
-        std::cout.flush();
-        std::cerr << (context.empty() ? std::string("zephmeta") : OneLine(context)) << ": "
-                  << OneLine(Shown(infos[mSeen].message)) << '\n';
+        const std::string line = (context.empty() ? std::string("zephmeta") : OneLine(context)) + ": " +
+                                 OneLine(Shown(infos[mSeen].message));
+        if (said.insert(line).second) {
+            std::cout.flush();
+            std::cerr << line << '\n';
+        }
     }
 }
 

@@ -1,5 +1,7 @@
 #include "listing.h"
 
+#include <algorithm>
+
 #include "console.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/xmp_meta.h"
@@ -129,6 +131,23 @@ ListedValue Collected(const Walker& nodes, std::size_t index) {
     return value;
 }
 
+std::vector<ListedValue> Listed(zephmetadata::XMPMetaHandle tree, const Walker& nodes) {
+    std::vector<ListedValue> values;
+    std::size_t index = 0;
+    while (index < nodes.Size()) {
+        const XMPNode& node = nodes.At(index);
+        if (node.mIsQualifier || !IsOneValue(nodes, index)) {
+            ++index;
+            continue;
+        }
+        ListedValue value = Collected(nodes, index);
+        Describe(tree, node, value);
+        values.push_back(std::move(value));
+        index = nodes.EndOf(index);
+    }
+    return values;
+}
+
 }  // namespace
 
 bool IsStructured(const zephmetadata::EntryDefinition& entry) {
@@ -151,21 +170,27 @@ bool DisplayText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& pat
 }
 
 std::vector<ListedValue> ListValues(zephmetadata::XMPMetaHandle tree) {
-    const Walker nodes(zephmetadata::XMPNodes(tree));
-    std::vector<ListedValue> values;
-    std::size_t index = 0;
-    while (index < nodes.Size()) {
-        const XMPNode& node = nodes.At(index);
-        if (node.mIsQualifier || !IsOneValue(nodes, index)) {
-            ++index;
-            continue;
+    return Listed(tree, Walker(zephmetadata::XMPNodes(tree)));
+}
+
+std::vector<ListedValue> ValuesOfTree::Below(const std::string& expression) {
+    if (!mIsRead) {
+        mNodes = zephmetadata::XMPNodes(mTree);
+        for (std::size_t index = 0; index < mNodes.size(); ++index) {
+            mIndexes.emplace(mNodes[index].mPath, index);
         }
-        ListedValue value = Collected(nodes, index);
-        Describe(tree, node, value);
-        values.push_back(std::move(value));
-        index = nodes.EndOf(index);
+        mIsRead = true;
     }
-    return values;
+    const auto found = mIndexes.find(expression);
+    if (found == mIndexes.end()) {
+        return {};
+    }
+    const auto begin = mNodes.begin() + static_cast<std::ptrdiff_t>(found->second);
+    const auto end = std::find_if(begin + 1, mNodes.end(), [&](const XMPNode& node) {
+        const bool isBelow = node.mPath.size() > expression.size() && node.mPath.starts_with(expression);
+        return !isBelow || (node.mPath[expression.size()] != '[' && node.mPath[expression.size()] != '/');
+    });
+    return Listed(mTree, Walker(Nodes(begin + 1, end)));
 }
 
 namespace {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "arguments.h"
 #include "zephmetadata/paths.h"
+#include "zephmetadata/xmp_meta.h"
 
 namespace zephmeta {
 
@@ -30,6 +32,21 @@ struct ListedValue {
 
 /// All values of a tree in the order of the file. Cost: linear in the tree.
 std::vector<ListedValue> ListValues(zephmetadata::XMPMetaHandle tree);
+
+/// The values of one tree in parts, without a look at the others.
+class ValuesOfTree {
+public:
+    explicit ValuesOfTree(zephmetadata::XMPMetaHandle tree) : mTree(tree) {}
+
+    /// Those below the node at @p expression in the order of the file. Cost: linear in the tree at the first call.
+    std::vector<ListedValue> Below(const std::string& expression);
+
+private:
+    zephmetadata::XMPMetaHandle mTree;
+    bool mIsRead = false;
+    std::vector<zephmetadata::XMPNode> mNodes;
+    std::map<std::string, std::size_t> mIndexes;  // of the nodes by their paths
+};
 
 /// Whether what @p entry describes is a structure, or an array of such, which has no text of its own.
 bool IsStructured(const zephmetadata::EntryDefinition& entry);

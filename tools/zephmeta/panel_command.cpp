@@ -8,10 +8,12 @@
 #include "commands.h"
 #include "console.h"
 #include "media_file.h"
+#include "overview.h"
 #include "panel_output.h"
 #include "thumbnail.h"
 #include "zephcore/environment.h"
 #include "zephcore/text.h"
+#include "zephmetadata/values.h"
 
 namespace zephmeta {
 
@@ -25,14 +27,6 @@ constexpr std::string_view kOwnViews = "com.corvid.xmp.view.";
 sp<ViewDefinition> FindView(const std::string& name) {
     const sp<ViewDefinition> view = GetViewDefinitionForName(name);
     return view ? view : GetViewDefinitionForName(std::string(kOwnViews) + name);
-}
-
-std::vector<sp<ViewDefinition>> AllViews() {
-    std::vector<sp<ViewDefinition>> views;
-    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
-        views.push_back(view);
-    }
-    return views;
 }
 
 TextStyle TerminalStyle() {
@@ -64,25 +58,84 @@ std::string PageTitle(const std::vector<std::string>& files) {
     return title;
 }
 
-void Print(const PanelRequest& request, const std::vector<MediaFile>& files, const std::vector<Panel>& panels) {
+std::vector<std::string> NamesOf(const std::vector<MediaFile>& files) {
     std::vector<std::string> names;
     std::transform(files.begin(), files.end(), std::back_inserter(names),
                    [](const MediaFile& file) { return file.Name(); });
-    if (request.mFormat == "html") {
-        const MetaDataReadAccess access(files.front().Provider());
-        const std::string picture = files.size() == 1 ? Thumbnail(names.front(), *access) : std::string();
-        PrintPage({PageTitle(names), PageLanguage(), picture}, panels, std::cout);
-        return;
+    return names;
+}
+
+void PrintAsPage(const std::vector<MediaFile>& files, const std::vector<Panel>& panels) {
+    const MetaDataReadAccess access(files.front().Provider());
+    const std::vector<std::string> names = NamesOf(files);
+    PageHead head = {PageTitle(names), PageLanguage(), {}, 1};
+    std::string orientation;
+    if (files.size() == 1) {
+        head.mPicture = Thumbnail(names.front(), *access);
+        GetRawStringValue(*access, PathForExpression("tiff:Orientation"), orientation);
+        head.mOrientation = orientation.size() == 1 ? orientation.front() - '0' : 1;
     }
-    const TextStyle style = TerminalStyle();
+    PrintPage(head, panels, std::cout);
+}
+
+void PrintAsJson(const std::vector<MediaFile>& files, const std::vector<Panel>& panels) {
     for (const Panel& panel : panels) {
-        if (request.mFormat == "json") {
-            std::cout << JsonLine(ToJson(panel, names)) << '\n';
-        } else {
-            PrintText(panel, style, std::cout);
-            std::cout << (&panel == &panels.back() ? "" : "\n");
+        std::cout << JsonLine(ToJson(panel, NamesOf(files))) << '\n';
+    }
+}
+
+void PrintAsText(const std::vector<MediaFile>& files, std::vector<Panel> panels) {
+    const TextStyle style = TerminalStyle();
+    std::string silent;
+    bool isFirst = true;
+    for (Panel& panel : panels) {
+        panel.mLabel = panel.mName == kOverview ? PageTitle(NamesOf(files)) : panel.mLabel;
+        if (panels.size() > 1 && !panel.HasValue()) {
+            silent += (silent.empty() ? "" : ", ") + panel.mLabel;
+            continue;
+        }
+        std::cout << (isFirst ? "" : "\n");
+        PrintText(panel, style, std::cout);
+        isFirst = false;
+    }
+    if (!silent.empty()) {
+        PrintLine(Localized(kNothing) + ": " + silent, style, std::cout);
+    }
+}
+
+/// The views that are asked for; empty, and a problem, when there is none of the name.
+std::vector<sp<ViewDefinition>> WantedViews(const PanelRequest& request, const std::vector<MediaFile>& files,
+                                            const sp<MetaDataProvider>& provider) {
+    const MetaDataReadAccess access(provider);
+    const MediaKind kind = MediaKindOf(files.front().Name(), *access);
+    if (request.mAll) {
+        return ViewsByUse(kind);
+    }
+    return {request.mView == kOverview ? MakeOverview(kind, *access) : FindView(request.mView)};
+}
+
+std::vector<Panel> BuildPanels(const PanelRequest& request, const std::vector<MediaFile>& files,
+                               const sp<MetaDataProvider>& provider) {
+    const Detail detail = request.mFormat == "json"   ? Detail::kAll
+                          : request.mFormat == "html" ? Detail::kDescriptions
+                                                      : Detail::kValues;
+    std::vector<Panel> panels;
+    for (const auto& view : WantedViews(request, files, provider)) {
+        panels.push_back(BuildPanel(view, provider, detail));
+        if (view->mName == kOverview && detail != Detail::kAll) {
+            ShortenOverview(panels.back());
         }
     }
+    return panels;
+}
+
+void PrintSideBySide(const PanelRequest& request, const std::vector<MediaFile>& files) {
+    std::vector<Panel> panels;
+    for (const MediaFile& file : files) {
+        panels.push_back(BuildPanels(request, files, file.Provider()).front());
+    }
+    const std::vector<std::string> names = NamesOf(files);
+    PrintComparison({PageTitle(names), PageLanguage(), {}, 1}, names, panels, std::cout);
 }
 
 }  // namespace
@@ -91,29 +144,28 @@ int ShowPanel(const PanelRequest& request) {
     Problems problems;
     LoadAllViewDefinitions();
     problems.ReportCollected({});
-    std::vector<sp<ViewDefinition>> views = AllViews();
-    if (!request.mAll) {
-        views = {FindView(request.mView)};
-        if (!views.front()) {
-            problems.Report({}, "no view is named \"" + request.mView + "\"; \"zephmeta views\" lists them");
-            return problems.ExitStatus();
-        }
+    if (!request.mAll && request.mView != kOverview && !FindView(request.mView)) {
+        problems.Report({}, "no view is named \"" + request.mView + "\"; \"zephmeta views\" lists them");
+        return problems.ExitStatus();
     }
     const std::vector<MediaFile> files = OpenAll(request.mFiles, problems);
     if (files.empty()) {
         return problems.ExitStatus();
     }
-    const sp<MetaDataProvider> provider = AsOne(files);
-    std::vector<Panel> panels;
-    panels.reserve(views.size());
-    const Detail detail = request.mFormat == "json"   ? Detail::kAll
-                          : request.mFormat == "html" ? Detail::kDescriptions
-                                                      : Detail::kValues;
-    for (const auto& view : views) {
-        panels.push_back(BuildPanel(view, provider, detail));
+    if (request.mSideBySide && request.mFormat == "html" && !request.mAll) {
+        PrintSideBySide(request, files);
+        problems.ReportCollected({});
+        return problems.ExitStatus();
     }
+    const std::vector<Panel> panels = BuildPanels(request, files, AsOne(files));
     problems.ReportCollected(files.size() == 1 ? files.front().Name() : std::string());
-    Print(request, files, panels);
+    if (request.mFormat == "html") {
+        PrintAsPage(files, panels);
+    } else if (request.mFormat == "json") {
+        PrintAsJson(files, panels);
+    } else {
+        PrintAsText(files, panels);
+    }
     return problems.ExitStatus();
 }
 
@@ -139,7 +191,10 @@ int ShowViews(const std::string& name, bool json) {
     Problems problems;
     LoadAllViewDefinitions();
     problems.ReportCollected({});
-    std::vector<sp<ViewDefinition>> views = AllViews();
+    std::vector<sp<ViewDefinition>> views;
+    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
+        views.push_back(view);
+    }
     if (!name.empty()) {
         views = {FindView(name)};
         if (!views.front()) {

@@ -47,7 +47,6 @@ std::string WidgetFor(const ViewItem& item, const EntryDefinition& entry, bool h
 /// What programs want to know beyond what people see.
 void DescribeProperty(const ViewItem& item, PanelItem& described) {
     const sp<EntryDefinition> entry = PathEntryDefinition(item.mPath);
-    described.mPath = ExpressionForPath(item.mPath);
     for (const auto& choice : ChoicesOf(item, entry.get())) {
         described.mChoices.emplace_back(choice->mRawValue, Shown(choice->mLabel));
     }
@@ -61,6 +60,11 @@ void DescribeProperty(const ViewItem& item, PanelItem& described) {
 }
 
 }  // namespace
+
+std::string LastStep(const std::string& expression) {
+    const std::size_t step = expression.find_last_of("/[") + 1;
+    return expression.substr(step, expression.size() - step - (expression.ends_with(']') ? 1 : 0));
+}
 
 std::string Localized(const std::string& text, const std::vector<std::string>& arguments) {
     if (arguments.empty() && text.find_first_of("$#") == std::string::npos) {
@@ -82,6 +86,11 @@ PanelItem DescribeItem(const ViewItem& item, Detail detail) {
     PanelItem described;
     described.mKind = KindOf(item);
     described.mLabel = Shown(item.GetLabel());
+    if (described.mKind == Kind::kProperty) {
+        described.mPath = ExpressionForPath(item.mPath);
+        described.mLabel = described.mLabel.empty() ? LastStep(described.mPath) : described.mLabel;
+    }
+    described.mIsExpected = item.GetParameter("expected", false);
     if (detail >= Detail::kDescriptions) {
         described.mDescription = Shown(item.GetDescription());
     }

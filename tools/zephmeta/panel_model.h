@@ -25,8 +25,12 @@ struct PanelItem {
     std::string mValue;  ///< as it is shown; of a formatter its parts joined; of a note its text
     std::string mRaw;    ///< as it is stored
     bool mWritable = false;
-    Texts mParameters;  ///< localised
-    Texts mChoices;     ///< raw value and label
+    bool mIsExpected = false;         ///< whether people miss the value where there is none; of overviews alone
+    Texts mParameters;                ///< localised
+    Texts mChoices;                   ///< raw value and label
+    std::vector<std::string> mTexts;  ///< of an array of texts: each
+    Texts mLanguages;                 ///< of a text in several languages: those that mValue is not in
+    std::string mMap;                 ///< of a position: the address of a map
     std::vector<PanelItem> mItems;
 
     /// Whether there is anything to show, here or below.
@@ -39,9 +43,13 @@ struct Panel {
     std::string mDescription;
     bool mPruneEmptyProperties = false;
     std::vector<PanelItem> mItems;
+    std::vector<std::string> mUnrecorded;  ///< labels of what people look for and nobody recorded; of overviews alone
 
     bool HasValue() const;
 };
+
+/// Takes out what has no value, also in sections where @p inSections, and the separators that then separate nothing.
+void Prune(std::vector<PanelItem>& items, bool inSections = true);
 
 /// A text of the library or of this program, localised and with its display escapes resolved, @p arguments for @0 to @9.
 std::string Localized(const std::string& text, const std::vector<std::string>& arguments = {});

@@ -2,6 +2,7 @@
 #include <ostream>
 
 #include "console.h"
+#include "overview.h"
 #include "panel_output.h"
 
 namespace zephmeta {
@@ -47,7 +48,25 @@ public:
 
     void Items(const std::vector<PanelItem>& items, std::size_t indent) {
         for (const PanelItem& item : items) {
+            // Without a heading nothing else tells where a section begins.
+            const bool isBare = item.mKind == Kind::kSection && item.mLabel.empty() && &item != &items.front();
+            mOut << (isBare ? "\n" : "");
             Item(item, indent);
+        }
+    }
+
+    /// The sections of a page of its own, a blank line between them.
+    void Sections(const std::vector<PanelItem>& items) {
+        for (const PanelItem& item : items) {
+            const bool areFacts = &item == &items.front() && item.mLabel.empty();
+            mOut << (areFacts ? "" : "\n");
+            Item(item, 0);
+        }
+    }
+
+    void Line(const std::string& text, std::size_t indent) {
+        for (const std::string& line : Wrapped(Printable(text), mStyle.mColumns - indent)) {
+            mOut << std::string(indent, ' ') << Styled("2", line) << '\n';
         }
     }
 
@@ -61,9 +80,7 @@ private:
                 mOut << '\n';
                 break;
             case Kind::kNote:
-                for (const std::string& line : Wrapped(Printable(item.mValue), mStyle.mColumns - indent)) {
-                    mOut << std::string(indent, ' ') << Styled("2", line) << '\n';
-                }
+                Line(item.mValue, indent);
                 break;
             default:
                 Value(item, indent);
@@ -85,10 +102,12 @@ private:
 
     void Value(const PanelItem& item, std::size_t indent) {
         const bool isStructure = item.mKind == Kind::kProperty && !item.mItems.empty();
-        const std::string label = Padded(OneLine(item.mLabel), mLabelColumns - std::min(indent, mLabelColumns));
+        const bool standsAlone = isStructure && !IsShown(item);
+        const std::size_t columns = standsAlone ? 0 : mLabelColumns - std::min(indent, mLabelColumns);
+        const std::string label = Padded(OneLine(item.mLabel), columns);
         mOut << std::string(indent, ' ') << Styled("2", label);
         const std::size_t taken = indent + Columns(label) + kIndent;
-        if (isStructure) {
+        if (standsAlone) {
             mOut << '\n';
             Items(item.mItems, indent + kIndent);
             return;
@@ -101,13 +120,18 @@ private:
             mOut << (isFirst ? std::string() : std::string(start, ' ')) << line << '\n';
             isFirst = false;
         }
+        if (isStructure) {
+            Items(item.mItems, indent + kIndent);
+        }
     }
+
+    static bool IsShown(const PanelItem& item) { return item.mState != State::kNone && !item.mValue.empty(); }
 
     std::string Shown(const PanelItem& item) const {
         if (item.mState == State::kMixed) {
             return Styled("3", "(" + Localized(kMixed) + ")");
         }
-        return item.mValue.empty() ? Styled("2", std::string(kNoValue)) : Printable(item.mValue);
+        return IsShown(item) ? Printable(item.mValue) : Styled("2", std::string(kNoValue));
     }
 
     std::string Styled(const char* code, const std::string& text) const {
@@ -136,13 +160,31 @@ std::size_t LabelColumns(const std::vector<PanelItem>& items, std::size_t indent
 }  // namespace
 
 void PrintText(const Panel& panel, const TextStyle& style, std::ostream& out) {
-    TextPanel text(style, LabelColumns(panel.mItems, kIndent), out);
+    const bool isOverview = panel.mName == kOverview;
+    TextPanel text(style, LabelColumns(panel.mItems, isOverview ? 0 : kIndent), out);
     if (!panel.HasValue()) {
         text.Heading(panel.mLabel + ": " + Localized(kNothing), 0);
         return;
     }
     text.Heading(panel.mLabel, 0);
-    text.Items(panel.mItems, kIndent);
+    if (!isOverview) {
+        text.Items(panel.mItems, kIndent);
+        return;
+    }
+    text.Sections(panel.mItems);
+    if (panel.mUnrecorded.empty()) {
+        return;
+    }
+    std::string labels;
+    for (const std::string& label : panel.mUnrecorded) {
+        labels += (labels.empty() ? "" : ", ") + label;
+    }
+    PrintLine(Localized(kUnrecorded) + ": " + labels, style, out);
+}
+
+void PrintLine(const std::string& line, const TextStyle& style, std::ostream& out) {
+    out << '\n';
+    TextPanel(style, 0, out).Line(line, 0);
 }
 
 }  // namespace zephmeta

@@ -40,13 +40,14 @@ void PrintText(const std::vector<ValidationFinding>& findings, FileResult& resul
 
 }  // namespace
 
-int Validate(const BatchOptions& options) {
+int Validate(const BatchOptions& options, bool native) {
     Problems problems;
     problems.ReportCollected({});
+    const ValidationScope scope = native ? kValidationScope_All : kValidationScope_Packet;
     std::atomic<bool> hasErrors = false;
     const int status = Batch(options, problems).Run([&](MediaFile& file, FileResult& result) {
         const MetaDataReadAccess access(file.Provider());
-        const std::vector<ValidationFinding> findings = ValidateXMP(*access);
+        const std::vector<ValidationFinding> findings = ValidateXMP(*access, scope);
         hasErrors = hasErrors || std::any_of(findings.begin(), findings.end(), [](const ValidationFinding& finding) {
                         return finding.severity == kValidationSeverity_Error;
                     });
