@@ -42,8 +42,9 @@ TEST_F(BundledPackagesTest, AreRegisteredByOneCallAndByNothingElse) {
     EXPECT_FALSE(Defines("photoshop:City"));
     RegisterBundledPackages();
     const std::vector<std::string> names = support::Names(ExtensionPackages());
-    EXPECT_THAT(names, ElementsAre("Image Regions", "IPTC Photo Metadata", "Picture Managers",
-                                   "Raw Development Settings", "Additions to Standard Schemas", "Telephones and Drones"));
+    EXPECT_THAT(names,
+                ElementsAre("Image Regions", "IPTC Photo Metadata", "Picture Managers", "Raw Development Settings",
+                            "Additions to Standard Schemas", "Telephones and Drones"));
     for (const ExtensionPackage& package : ExtensionPackages()) {
         EXPECT_TRUE(package.bundled);
         EXPECT_FALSE(package.schemas.empty()) << UTF16to8(package.path);

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <unordered_set>
 
@@ -48,9 +49,9 @@ public:
     KeptTime(const std::string& name, bool isKept)
         : mName(name), mIsKept(isKept && stat(name.c_str(), &mStatus) == 0) {}
     void PutBack() const {
-        const timespec times[] = {mStatus.st_atim, mStatus.st_mtim};
+        const std::array times = {mStatus.st_atim, mStatus.st_mtim};
         if (mIsKept) {
-            utimensat(AT_FDCWD, mName.c_str(), times, 0);
+            utimensat(AT_FDCWD, mName.c_str(), times.data(), 0);
         }
     }
 

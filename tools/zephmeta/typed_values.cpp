@@ -1,6 +1,7 @@
 #include "typed_values.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -69,9 +70,9 @@ std::optional<std::string> Coordinate(double degrees, bool isLatitude) {
     const long long all = std::llround(std::fabs(degrees) * kUnits);
     const long long whole = all / static_cast<long long>(kUnits);
     const double minutes = static_cast<double>(all % static_cast<long long>(kUnits)) / 1000000;
-    char text[32];
-    std::snprintf(text, sizeof text, "%lld,%.6f", whole, minutes);
-    std::string coordinate(text);
+    std::array<char, 32> text{};
+    std::snprintf(text.data(), text.size(), "%lld,%.6f", whole, minutes);
+    std::string coordinate(text.data());
     coordinate.erase(coordinate.find_last_not_of('0') + 1);
     coordinate += coordinate.ends_with('.') ? "0" : "";
     const char* const reference = isLatitude ? (degrees < 0 ? "S" : "N") : (degrees < 0 ? "W" : "E");

@@ -30,6 +30,7 @@ int CheckTypedValues() {
     Date date;
     CHECK(SetValue(handle, At("xmp:CreateDate"), "2024-01-01T00:30:00+01:00"));
     CHECK(GetValue(handle, At("xmp:CreateDate"), date) && date == (Date{2023, 12, 31, 23, 30, 0}));
+    CHECK(ValidateXMP(nullptr).empty());
     CHECK(!HasErrors());
     return 0;
 }
