@@ -96,7 +96,7 @@ std::vector<std::string> Split(std::string_view text, char separator) {
 }
 
 sp<ViewItem> Labelled(const char* widget, const std::string& label) {
-    const auto item = std::make_shared<ViewItem>(UTF8String(widget));
+    auto item = std::make_shared<ViewItem>(UTF8String(widget));
     item->mLabel = label;
     return item;
 }
@@ -112,7 +112,7 @@ public:
     }
 
     sp<ViewDefinition> Make(MediaKind kind) {
-        const auto view = std::make_shared<ViewDefinition>();
+        auto view = std::make_shared<ViewDefinition>();
         view->mName = kOverview;
         view->mLabel = "$$$/metadataui/overview_label=Overview";
         view->mItems.push_back(Facts());
@@ -125,7 +125,7 @@ public:
 
 private:
     static sp<ViewItem> Facts() {
-        const sp<ViewItem> facts = Labelled("section", "");
+        sp<ViewItem> facts = Labelled("section", "");
         for (const FactRow& row : kFacts) {
             for (const std::string& paths : Split(row.mPaths, ' ')) {
                 if (const sp<ViewItem> fact = Fact(row, Split(paths, '+'))) {
@@ -146,7 +146,7 @@ private:
             fact->AddItem(std::make_shared<ViewItem>(std::move(path)));
         }
         const bool isOne = expressions.size() == 1;
-        const sp<ViewItem> item = isOne ? fact->mChildItems.front() : fact;
+        sp<ViewItem> item = isOne ? fact->mChildItems.front() : fact;
         item->mLabel = row.mLabel;
         if (row.mFormat[0] != '\0') {
             item->SetParameter("format", UTF8String(row.mFormat));
@@ -158,7 +158,7 @@ private:
     }
 
     sp<ViewItem> SectionOf(const SectionRow& row) {
-        const sp<ViewItem> section = Labelled("section", row.mLabel);
+        sp<ViewItem> section = Labelled("section", row.mLabel);
         for (std::string path : Split(row.mPaths, ' ')) {
             if (path.front() == '@') {
                 Borrow(path.substr(1), *section);

@@ -131,6 +131,7 @@ std::vector<Panel> BuildPanels(const PanelRequest& request, const std::vector<Me
 
 void PrintSideBySide(const PanelRequest& request, const std::vector<MediaFile>& files) {
     std::vector<Panel> panels;
+    panels.reserve(files.size());
     for (const MediaFile& file : files) {
         panels.push_back(BuildPanels(request, files, file.Provider()).front());
     }
