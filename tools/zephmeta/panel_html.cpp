@@ -194,7 +194,7 @@ private:
     }
 
     std::string Shown(const PanelItem& item) {
-        const std::string shown = ShownAsHtml(item);
+        std::string shown = ShownAsHtml(item);
         if (item.mMap.empty() || mHasMap) {
             return shown;
         }

@@ -22,7 +22,7 @@ struct TextStyle {
 };
 void PrintText(const Panel& panel, const TextStyle& style, std::ostream& out);
 /// A line of less weight, after a blank one; wrapped where it is long.
-void PrintLine(const std::string& text, const TextStyle& style, std::ostream& out);
+void PrintLine(const std::string& line, const TextStyle& style, std::ostream& out);
 
 Json ToJson(const Panel& panel, const std::vector<std::string>& files);
 /// The items of a view, without what depends on a file.
