@@ -51,13 +51,4 @@ Target ResolveTarget(const std::string& expression) {
     return target;
 }
 
-std::optional<ItemTarget> SplitItem(const std::string& expression) {
-    static const std::regex item(R"re((.*)\[([0-9]{1,9})\])re");
-    std::smatch match;
-    if (!std::regex_match(expression, match, item)) {
-        return std::nullopt;
-    }
-    return ItemTarget{zephmetadata::PathForExpression(match[1]), std::stoi(match[2])};
-}
-
 }  // namespace zephmeta

@@ -26,11 +26,4 @@ struct Target {
 
 Target ResolveTarget(const std::string& expression);
 
-/// The array and the number of an item path such as "dc:subject[2]".
-struct ItemTarget {
-    zephmetadata::Path mArray;
-    int mNumber = 0;
-};
-std::optional<ItemTarget> SplitItem(const std::string& expression);
-
 }  // namespace zephmeta

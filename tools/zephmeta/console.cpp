@@ -80,6 +80,13 @@ std::string Printable(std::string_view text) {
     return Escaped(text, "\n\t");
 }
 
+std::string Lower(std::string_view text) {
+    std::string lower(text);
+    std::transform(lower.begin(), lower.end(), lower.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return lower;
+}
+
 std::size_t Columns(std::string_view text) {
     const zephmetadata::UTF16String units = zephcore::UTF8to16(text);
     std::size_t columns = 0;

@@ -18,6 +18,9 @@ std::string OneLine(std::string_view text);
 /// The same, but line ends and tabs stay as they are.
 std::string Printable(std::string_view text);
 
+/// ASCII letters in lower case, all else as it is.
+std::string Lower(std::string_view text);
+
 /// How many columns a terminal gives the text: characters, but for combining marks; wide East Asian characters count twice.
 std::size_t Columns(std::string_view text);
 /// @p text followed by blanks up to @p columns.

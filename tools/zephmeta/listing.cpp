@@ -197,9 +197,7 @@ namespace {
 
 /// Language tags compare without letter case (RFC 4647).
 bool SameTag(std::string_view left, std::string_view right) {
-    const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; };
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [&](char l, char r) { return lower(l) == lower(r); });
+    return Lower(left) == Lower(right);
 }
 
 }  // namespace

@@ -263,12 +263,6 @@ private:
     std::set<std::string> mShown;
 };
 
-std::string Lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
-
 /// Of facts that share a label the first; elsewhere what is said twice is said once.
 void DropRepeated(std::vector<PanelItem>& items, bool areFacts) {
     std::set<std::pair<std::string, std::string>> seen;

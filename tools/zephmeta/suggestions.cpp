@@ -4,6 +4,7 @@
 #include <numeric>
 #include <utility>
 
+#include "console.h"
 #include "zephmetadata/definitions.h"
 
 namespace zephmeta {
@@ -25,12 +26,6 @@ std::size_t Distance(const std::string& left, const std::string& right) {
         }
     }
     return rows.back().back();
-}
-
-std::string Lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
 }
 
 std::vector<std::string> Prefixes() {

@@ -19,12 +19,6 @@ namespace {
 using zephmetadata::EntryDefinition;
 using zephmetadata::Path;
 
-std::string Lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
-
 /// The value whose label the text is, or the text.
 std::string AsChoice(const EntryDefinition& entry, const std::string& text) {
     const auto& choices = entry.mChoices;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "arguments.h"
+#include "console.h"
 #include "listing.h"
 #include "suggestions.h"
 #include "zephmetadata/values.h"
@@ -87,13 +88,6 @@ std::optional<double> NumberIn(std::string_view text) {
     const auto [last, noDivisor] = std::from_chars(rest + 1, end, divisor);
     const bool isRational = *rest == '/' && noDivisor == std::errc() && last == end && divisor != 0;
     return isRational ? std::optional(number / divisor) : std::nullopt;
-}
-
-std::string Lower(std::string_view text) {
-    std::string lower(text);
-    std::transform(lower.begin(), lower.end(), lower.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return lower;
 }
 
 bool IsDatePath(const Path& path) {

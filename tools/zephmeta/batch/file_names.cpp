@@ -7,6 +7,7 @@
 #include <set>
 #include <unordered_set>
 
+#include "console.h"
 #include "zephmetadata/media.h"
 
 namespace zephmeta {
@@ -14,12 +15,6 @@ namespace zephmeta {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string Lower(std::string text) {
-    std::transform(text.begin(), text.end(), text.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return text;
-}
 
 /// Extensions with their dots. Sidecars are not among those of the formats: they belong to the file that they lie beside.
 std::set<std::string> Extensions(const std::vector<std::string>& asked) {
