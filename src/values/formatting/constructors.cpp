@@ -84,9 +84,9 @@ bool ImageResolution(XMPMetaHandle tree, UTF8String& value, GetValueResult* resu
 
 bool ShutterSpeed(XMPMetaHandle tree, UTF8String& value, GetValueResult* result) {
     GetValueResult own = kGetValueResult_NoValue;
-    GetValueResult& used = result != nullptr ? *result : own;
-    return GetValue(tree, At(kStandardSchema_EXIF, "ShutterSpeedValue"), value, &used) ||
-           (used != kGetValueResult_Mixed && GetValue(tree, At(kStandardSchema_EXIF, "ExposureTime"), value, &used));
+    GetValueResult* const used = result != nullptr ? result : &own;
+    return GetValue(tree, At(kStandardSchema_EXIF, "ShutterSpeedValue"), value, used) ||
+           (*used != kGetValueResult_Mixed && GetValue(tree, At(kStandardSchema_EXIF, "ExposureTime"), value, used));
 }
 
 /// The kinds of sensitivity that stand in for a speed over 65535 (Exif 2.32, tag 34864).
