@@ -1,5 +1,5 @@
 // Building every built-in view over a photo that has been read, against reading the photo.
-#include "panel_model.h"
+#include "panel/panel_model.h"
 #include "ratio.h"
 #include "zephmetadata/zephmetadata.h"
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <memory>
 
-#include "commands.h"
+#include "commands/commands.h"
 #include "media_file.h"
 #include "session.h"
 #include "zephcore/environment.h"

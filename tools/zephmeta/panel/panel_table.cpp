@@ -1,0 +1,111 @@
+#include <algorithm>
+#include <map>
+#include <ostream>
+
+#include "panel/panel_output.h"
+
+namespace zephmeta {
+
+namespace {
+
+using Kind = PanelItem::Kind;
+
+struct TableRow {
+    std::string mLabel;
+    std::vector<std::string> mCells;  ///< HTML, one of each file; empty for no value
+};
+
+struct TableSection {
+    std::string mLabel;
+    std::vector<TableRow> mRows;
+    std::map<std::string, std::size_t> mIndexes;  ///< of the rows by path and label
+};
+
+/// The rows of several panels of one view, each where the first panel that has it does.
+class Table {
+public:
+    explicit Table(std::size_t columns) : mColumns(columns) {}
+
+    void Add(const std::vector<PanelItem>& items, const std::string& section, std::size_t column) {
+        for (const PanelItem& item : items) {
+            if (item.mKind == Kind::kSection) {
+                Add(item.mItems, item.mLabel.empty() ? section : item.mLabel, column);
+            } else if (item.mKind != Kind::kNote && item.HasValue()) {
+                Cell(item, section, column) = CellText(item);
+            }
+        }
+    }
+
+    const std::vector<TableSection>& Sections() const { return mSections; }
+
+private:
+    /// What is below a value stands in its cell.
+    static std::string CellText(const PanelItem& item) {
+        std::string text = item.mState == PanelItem::State::kNone || item.mValue.empty() ? "" : ShownAsHtml(item);
+        for (const PanelItem& part : item.mKind == Kind::kFormatter ? std::vector<PanelItem>() : item.mItems) {
+            if (part.HasValue()) {
+                text += "<div>" + EscapedForHtml(part.mLabel) + ": " + CellText(part) + "</div>";
+            }
+        }
+        return text;
+    }
+
+    std::string& Cell(const PanelItem& item, const std::string& label, std::size_t column) {
+        const auto [section, isNewSection] = mIndexes.emplace(label, mSections.size());
+        if (isNewSection) {
+            mSections.push_back({label, {}, {}});
+        }
+        TableSection& found = mSections[section->second];
+        const auto [row, isNewRow] = found.mIndexes.emplace(item.mPath + "\n" + item.mLabel, found.mRows.size());
+        if (isNewRow) {
+            found.mRows.push_back({item.mLabel, std::vector<std::string>(mColumns)});
+        }
+        return found.mRows[row->second].mCells[column];
+    }
+
+    std::size_t mColumns;
+    std::vector<TableSection> mSections;
+    std::map<std::string, std::size_t> mIndexes;  // of the sections by their labels
+};
+
+bool Differs(const TableRow& row) {
+    return std::any_of(row.mCells.begin(), row.mCells.end(),
+                       [&](const std::string& cell) { return cell != row.mCells.front(); });
+}
+
+void PrintSection(const TableSection& section, const std::vector<std::string>& names, std::ostream& out) {
+    out << "<article>\n"
+        << (section.mLabel.empty() ? "" : "<h2>" + EscapedForHtml(section.mLabel) + "</h2>\n")
+        << "<div class=\"wide\" tabindex=\"0\"><table>\n<thead><tr><td></td>";
+    for (const std::string& name : names) {
+        out << "<th scope=\"col\">" << EscapedForHtml(name.substr(name.rfind('/') + 1)) << "</th>";
+    }
+    out << "</tr></thead>\n<tbody>\n";
+    for (const TableRow& row : section.mRows) {
+        out << (Differs(row) ? "<tr class=\"differs\">" : "<tr>") << "<th scope=\"row\">" << EscapedForHtml(row.mLabel)
+            << "</th>";
+        for (const std::string& cell : row.mCells) {
+            out << "<td>" << (cell.empty() ? "\u2013" : cell) << "</td>";
+        }
+        out << "</tr>\n";
+    }
+    out << "</tbody></table></div>\n</article>\n";
+}
+
+}  // namespace
+
+void PrintComparison(const PageHead& head, const std::vector<std::string>& names, const std::vector<Panel>& panels,
+                     std::ostream& out) {
+    Table table(panels.size());
+    for (std::size_t column = 0; column < panels.size(); ++column) {
+        table.Add(panels[column].mItems, "", column);
+    }
+    BeginPage(head, out);
+    out << "</div></header>\n<main class=\"all\">\n";
+    for (const TableSection& section : table.Sections()) {
+        PrintSection(section, names, out);
+    }
+    out << "</main>\n</body>\n</html>\n";
+}
+
+}  // namespace zephmeta
