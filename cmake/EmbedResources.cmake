@@ -16,11 +16,12 @@ endif()
 
 set(ZEPHMETADATA_EMBED_SCRIPT "${CMAKE_CURRENT_LIST_FILE}")
 
-# zephmetadata_embed_resources(<target> FILES <file>... TREE <folder> <file>...): builds the files into the target. A
-# resource's name is the file's name without extension, for the files of the tree with the way from its folder to them; its
-# type is the extension. Once for each target.
+# zephmetadata_embed_resources(<target> COMPILER <program> FILES <file>... TREE <folder> <file>...): builds the files into
+# the target. A resource's name is the file's name without extension, for the files of the tree with the way from its
+# folder to them; its type is the extension. XML documents are there a second time, as the compiler's output, of the type
+# "events". Once for each target.
 function(zephmetadata_embed_resources target)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "FILES;TREE")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPILER" "FILES;TREE")
   list(POP_FRONT ARG_TREE tree)
   set(folder "${CMAKE_CURRENT_BINARY_DIR}/resources")
   set(names "")
@@ -44,6 +45,17 @@ function(zephmetadata_embed_resources target)
       DEPENDS "${file}" "${ZEPHMETADATA_EMBED_SCRIPT}"
       COMMENT "Embedding ${name}"
       VERBATIM)
+    if(name MATCHES "[.]xml$")
+      string(REGEX REPLACE "[.]xml$" ".events" compiled "${name}")
+      list(APPEND names "${compiled}")
+      add_custom_command(OUTPUT "${folder}/${compiled}.inc"
+        COMMAND ${ARG_COMPILER} "${file}" "${folder}/${compiled}"
+        COMMAND "${CMAKE_COMMAND}" "-DINPUT=${folder}/${compiled}" "-DOUTPUT=${folder}/${compiled}.inc"
+          -P "${ZEPHMETADATA_EMBED_SCRIPT}"
+        DEPENDS "${file}" "${ZEPHMETADATA_EMBED_SCRIPT}" ${ARG_COMPILER}
+        COMMENT "Compiling ${name}"
+        VERBATIM)
+    endif()
   endforeach()
   list(SORT names COMPARE STRING CASE SENSITIVE)
 

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "frame/errors.h"
+#include "platform/compiled/compiled_document.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 
@@ -284,6 +285,14 @@ bool RunParser(Definitions& result, const UTF16String& sourceFile, const Parse& 
 Definitions ParseBufferForDefinitions(const UTF8String& buffer, const UTF16String& sourceFile) {
     Definitions result;
     RunParser(result, sourceFile, [&](zephcore::AbstractDocParser& parser) { return parser.ParseBuffer(buffer); });
+    return result;
+}
+
+Definitions ReplayDefinitions(std::string_view events, const UTF16String& sourceFile) {
+    const RecordLimit limit;
+    Definitions result;
+    DefinitionsParser handler(result, sourceFile);
+    zephcore::ReplayDocument(events, handler);
     return result;
 }
 

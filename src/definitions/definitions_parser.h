@@ -42,4 +42,7 @@ private:
     UTF16String mSourceFile;
 };
 
+/// What a document of this library defines, from its events (zephcore::ReplayDocument); registered nowhere.
+Definitions ReplayDefinitions(std::string_view events, const UTF16String& sourceFile);
+
 }  // namespace zephmetadata

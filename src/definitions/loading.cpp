@@ -7,6 +7,7 @@
 #include <string_view>
 #include <utility>
 
+#include "definitions/definitions_parser.h"
 #include "definitions/entry_index.h"
 #include "definitions/registry.h"
 #include "definitions/schema_files.h"
@@ -45,13 +46,51 @@ static_assert(kStandardDocuments.size() == static_cast<std::size_t>(kStandardSch
 /// Documents of these names in a custom folder are left over from older versions, whose schemas are built in today.
 constexpr auto kSupersededFiles = std::to_array<std::u16string_view>({u"DICOM.xml", u"Mobile.xml"});
 
+/// Registers all of @p definitions with @p registerOne, whatever becomes of the others; whether all were accepted.
+template <typename Definition, typename Register>
+bool RegisterAll(const std::vector<sp<Definition>>& definitions, const Register& registerOne) {
+    bool accepted = true;
+    for (const auto& definition : definitions) {
+        accepted = registerOne(definition) && accepted;
+    }
+    return accepted;
+}
+
+/// Structures that exist take up new fields where @p addedFields is there to tell of them; elsewhere they are duplicates.
+Definitions Register(Definitions definitions, const UTF16String& file, bool merge,
+                     StructureFields* addedFields = nullptr) {
+    const EntryIndexScope indexed;
+    const RecordLimit limit;
+    auto& [schemas, types] = definitions;
+    DropNulls(types);
+    const auto registerType = [&](const auto& type) {
+        DropNulls(type->mFields);
+        return addedFields != nullptr && AddsFieldsAlone(*type) ? AddFields(*type, file, *addedFields)
+                                                                : RegisterTypeDefinition(type, file);
+    };
+    if (RegisterAll(types, registerType)) {
+        CheckFieldTypes(types, file);
+    } else {
+        types.clear();
+    }
+    if (merge) {
+        std::erase_if(schemas, [&](const auto& schema) { return !RegisterSchemaDefinition(schema, file, true); });
+    } else if (!RegisterAll(schemas,
+                            [&](const auto& schema) { return RegisterSchemaDefinition(schema, file, false); })) {
+        schemas.clear();
+    }
+    CheckPropertyTypes(schemas, file);
+    return definitions;
+}
+
 Definitions LoadBuiltIn(std::string_view word) {
     const UTF8String name = UTF8String(word) + "_definitions";
     std::string_view document;
-    if (!zephcore::GetBinaryFromModule(zephcore::Module::kOwn, name, "xml", document) || document.empty()) {
+    if (!zephcore::GetBinaryFromModule(zephcore::Module::kOwn, name, "events", document)) {
         return {};
     }
-    return ParseBufferAndRegisterDefinitions(UTF8String(document), zephcore::UTF8to16(name), false);
+    const UTF16String source = zephcore::UTF8to16(name);
+    return Register(ReplayDefinitions(document, source), source, false);
 }
 
 void List(const sp<SchemaDefinition>& schema) {
@@ -90,43 +129,6 @@ void LoadCustomFolder(const UTF16String& path) {
         LoadTranslations(folder, document);
         LoadDefinitionsDocument(document.FullPath(), DocumentOrigin::kCustomFolder);
     }
-}
-
-/// Registers all of @p definitions with @p registerOne, whatever becomes of the others; whether all were accepted.
-template <typename Definition, typename Register>
-bool RegisterAll(const std::vector<sp<Definition>>& definitions, const Register& registerOne) {
-    bool accepted = true;
-    for (const auto& definition : definitions) {
-        accepted = registerOne(definition) && accepted;
-    }
-    return accepted;
-}
-
-/// Structures that exist take up new fields where @p addedFields is there to tell of them; elsewhere they are duplicates.
-Definitions Register(Definitions definitions, const UTF16String& file, bool merge,
-                     StructureFields* addedFields = nullptr) {
-    const EntryIndexScope indexed;
-    const RecordLimit limit;
-    auto& [schemas, types] = definitions;
-    DropNulls(types);
-    const auto registerType = [&](const auto& type) {
-        DropNulls(type->mFields);
-        return addedFields != nullptr && AddsFieldsAlone(*type) ? AddFields(*type, file, *addedFields)
-                                                                : RegisterTypeDefinition(type, file);
-    };
-    if (RegisterAll(types, registerType)) {
-        CheckFieldTypes(types, file);
-    } else {
-        types.clear();
-    }
-    if (merge) {
-        std::erase_if(schemas, [&](const auto& schema) { return !RegisterSchemaDefinition(schema, file, true); });
-    } else if (!RegisterAll(schemas,
-                            [&](const auto& schema) { return RegisterSchemaDefinition(schema, file, false); })) {
-        schemas.clear();
-    }
-    CheckPropertyTypes(schemas, file);
-    return definitions;
 }
 
 /// How many properties the registered schemas of some namespaces had, before a document was registered.

@@ -2,15 +2,17 @@
 
 #include <algorithm>
 #include <iterator>
-#include <optional>
 #include <set>
 #include <string_view>
 #include <utility>
 
+#include "definitions/definitions_parser.h"
 #include "definitions/loading.h"
 #include "extensions/package_discovery.h"
 #include "frame/translations.h"
+#include "platform/compiled/compiled_document.h"
 #include "views/view_registry.h"
+#include "views/views_parser.h"
 #include "zephcore/environment.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
@@ -21,27 +23,27 @@ namespace {
 
 constexpr auto kOwn = zephcore::Module::kOwn;
 constexpr std::string_view kManifest = "/manifest";
+constexpr std::string_view kEvents = "events";
 
-std::optional<UTF8String> Document(std::string_view name, std::string_view type) {
-    std::string_view bytes;
-    return zephcore::GetBinaryFromModule(kOwn, name, type, bytes) ? std::optional(UTF8String(bytes)) : std::nullopt;
+bool Find(std::string_view name, std::string_view type, std::string_view& bytes) {
+    return zephcore::GetBinaryFromModule(kOwn, name, type, bytes);
 }
 
 void LoadTranslations(const ExtensionPackage& package, const UTF8String& folder) {
     for (const UTF16String& language : ApplicationLanguages()) {
         const UTF16String file = package.locFilePrefix + u"_" + language;
-        if (const auto texts = Document(folder + "/loc/" + zephcore::UTF16to8(file), "dict")) {
-            zephcore::Localizer::Get().LoadBuffer(*texts);
+        if (std::string_view texts; Find(folder + "/loc/" + zephcore::UTF16to8(file), "dict", texts)) {
+            zephcore::Localizer::Get().LoadBuffer(UTF8String(texts));
         }
     }
 }
 
-/// Calls @p load with the text and the name of each document in @p folder of the resources.
+/// Calls @p load with the events (ReplayDocument) and the name of each XML document in @p folder of the resources.
 template <typename Load>
 void LoadDocuments(const UTF8String& folder, const Load& load) {
-    for (const UTF8String& name : zephcore::GetResourceNames(kOwn, "xml")) {
-        if (name.starts_with(folder)) {
-            load(Document(name, "xml").value_or(UTF8String()), zephcore::UTF8to16(name));
+    for (const UTF8String& name : zephcore::GetResourceNames(kOwn, kEvents)) {
+        if (std::string_view events; name.starts_with(folder) && Find(name, kEvents, events)) {
+            load(events, zephcore::UTF8to16(name));
         }
     }
 }
@@ -50,14 +52,14 @@ void LoadDocuments(const UTF8String& folder, const Load& load) {
 
 std::vector<ExtensionPackage> BundledPackages() {
     std::vector<ExtensionPackage> packages;
-    for (const UTF8String& name : zephcore::GetResourceNames(kOwn, "xml")) {
-        if (!name.ends_with(kManifest)) {
+    for (const UTF8String& name : zephcore::GetResourceNames(kOwn, kEvents)) {
+        std::string_view events;
+        if (!name.ends_with(kManifest) || !Find(name, kEvents, events)) {
             continue;
         }
-        auto handler = std::make_unique<ExtensionManifestParser>();
-        const ExtensionManifestParser::ManifestInfo& info = handler->Info();
-        const auto parser = zephcore::GetParser(std::move(handler));
-        parser->ParseBuffer(Document(name, "xml").value_or(UTF8String()));
+        ExtensionManifestParser handler;
+        zephcore::ReplayDocument(events, handler);
+        const ExtensionManifestParser::ManifestInfo& info = handler.Info();
         const UTF8String folder = name.substr(0, name.size() - kManifest.size());
         packages.push_back({.path = zephcore::UTF8to16(folder),
                             .name = info.name,
@@ -75,15 +77,15 @@ void LoadBundledPackage(ExtensionPackage& package) {
     const UTF8String folder = zephcore::UTF16to8(package.path);
     LoadTranslations(package, folder);
     std::set<UTF8String> seen;
-    LoadDocuments(folder + "/schema/", [&](const UTF8String& document, const UTF16String& name) {
-        Definitions parsed = ParseBufferForDefinitions(document, name);
+    LoadDocuments(folder + "/schema/", [&](std::string_view events, const UTF16String& name) {
+        Definitions parsed = ReplayDefinitions(events, name);
         JoinRegisteredDefinitions(parsed, name, package.fields);
         const LoadedDocument loaded = LoadDefinitions(std::move(parsed), name, DocumentOrigin::kBundledPackage);
         std::ranges::copy_if(loaded.mNamespaces, std::back_inserter(package.schemas),
                              [&](const UTF8String& schema) { return seen.insert(schema).second; });
     });
-    LoadDocuments(folder + "/view/", [&](const UTF8String& document, const UTF16String& name) {
-        for (const sp<ViewDefinition>& view : ParseViewDefinitionsFromBuffer(document, name)) {
+    LoadDocuments(folder + "/view/", [&](std::string_view events, const UTF16String& name) {
+        for (const sp<ViewDefinition>& view : ReplayViewDefinitions(events, name)) {
             if (AddViewDefinition(view, name)) {
                 package.views.push_back(view->mName);
             }

@@ -105,6 +105,9 @@ std::string_view EscapeOf(char character) {
 }  // namespace
 
 UTF16String DecodeReservedCharacters(const UTF16String& text) {
+    if (text.find(u'&') == UTF16String::npos) {
+        return text;  // nearly all
+    }
     UTF16String result;
     result.reserve(text.size());
     std::u16string_view rest = text;

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "frame/errors.h"
+#include "views/views_parser.h"
 #include "zephcore/environment.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
@@ -61,13 +62,13 @@ void ClearViewDefinitions() {
 
 void LoadBuiltInViews() {
     using zephcore::Module;
-    for (const UTF8String& name : zephcore::GetResourceNames(Module::kOwn, "xml")) {
+    for (const UTF8String& name : zephcore::GetResourceNames(Module::kOwn, "events")) {
         std::string_view document;
-        if (!IsViewDocument(name) || !zephcore::GetBinaryFromModule(Module::kOwn, name, "xml", document)) {
+        if (!IsViewDocument(name) || !zephcore::GetBinaryFromModule(Module::kOwn, name, "events", document)) {
             continue;
         }
         const UTF16String source = zephcore::UTF8to16(name);
-        for (sp<ViewDefinition>& view : ParseViewDefinitionsFromBuffer(UTF8String(document), source)) {
+        for (sp<ViewDefinition>& view : ReplayViewDefinitions(document, source)) {
             AddViewDefinition(std::move(view), source);
         }
     }

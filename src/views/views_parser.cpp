@@ -6,6 +6,7 @@
 
 #include "definitions/entry_index.h"
 #include "frame/errors.h"
+#include "platform/compiled/compiled_document.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 
@@ -341,6 +342,15 @@ std::vector<sp<ViewDefinition>> RunParser(const UTF16String& sourceName, const P
 std::vector<sp<ViewDefinition>> ParseViewDefinitionsFromBuffer(const UTF8String& buffer,
                                                                const UTF16String& sourceName) {
     return RunParser(sourceName, [&](zephcore::AbstractDocParser& parser) { return parser.ParseBuffer(buffer); });
+}
+
+std::vector<sp<ViewDefinition>> ReplayViewDefinitions(std::string_view events, const UTF16String& sourceName) {
+    const EntryIndexScope indexed;
+    const RecordLimit limit;
+    std::vector<sp<ViewDefinition>> results;
+    ViewDefinitionsHandler handler(results, sourceName);
+    zephcore::ReplayDocument(events, handler);
+    return results;
 }
 
 std::vector<sp<ViewDefinition>> ParseViewDefinitionsFromDocument(const UTF16String& path) {

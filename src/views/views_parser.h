@@ -66,4 +66,7 @@ private:
     PropertyReferences mReferences;
 };
 
+/// The views of a document of this library, from its events (zephcore::ReplayDocument); registered nowhere.
+std::vector<sp<ViewDefinition>> ReplayViewDefinitions(std::string_view events, const UTF16String& sourceName);
+
 }  // namespace zephmetadata

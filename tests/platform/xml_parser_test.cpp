@@ -4,7 +4,10 @@
 
 #include <stdexcept>
 
+#include "platform/compiled/compiled_document.h"
+#include "platform/compiled/document_compiler.h"
 #include "support/temp_folder.h"
+#include "zephcore/environment.h"
 #include "zephcore/files.h"
 #include "zephcore/text.h"
 
@@ -215,6 +218,40 @@ TEST(XmlParser, LetsAHandlersExceptionThroughAndParsesAgain) {
     EXPECT_EQ(parser->ErrorLine(), 2U);
     EXPECT_EQ(parser->ParseBuffer("<a/>"), 0);
     EXPECT_EQ(parser->ErrorLine(), 0U);
+}
+
+/// Without what a compiled document leaves out, and where the document itself begins and ends.
+std::vector<std::string> KeptEvents(std::vector<std::string> events) {
+    std::erase_if(events, [](const std::string& event) {
+        const std::string_view kind = std::string_view(event).substr(event.find(' ') + 1);
+        const bool isBlank =
+            kind.starts_with("text ") && kind.find_first_not_of(" \t\r\n", 5) == std::string_view::npos;
+        return isBlank || kind.starts_with("comment") || kind.ends_with("cdata") || kind.ends_with("document");
+    });
+    return events;
+}
+
+TEST(CompiledDocuments, GiveTheEventsOfTheirDocuments) {
+    std::map<std::string, std::string> documents = {
+        {"wide and long", "<a b='\xE2\x82\xAC\xC3\xA9'>" + std::string(300, '\n') + "<c xmlns='u' xmlns:p='v' p:d='" +
+                              std::string(200, 'x') + "'/>\n&lt;text <!-- none --> <![CDATA[&]]></a>"}};
+    for (const UTF8String& name : GetResourceNames(Module::kOwn, "xml")) {
+        std::string_view bytes;
+        ASSERT_TRUE(GetBinaryFromModule(Module::kOwn, name, "xml", bytes));
+        documents[name] = bytes;
+    }
+    for (const auto& [name, document] : documents) {
+        const auto compiled = CompileDocument(document);
+        ASSERT_TRUE(compiled) << name;
+        std::vector<std::string> replayed;
+        RecordingHandler handler(replayed);
+        ReplayDocument(*compiled, handler);
+        EXPECT_EQ(KeptEvents(replayed), KeptEvents(Parse(document).mEvents)) << name;
+        std::string_view embedded;
+        EXPECT_EQ(GetBinaryFromModule(Module::kOwn, name, "events", embedded), name != "wide and long") << name;
+        EXPECT_TRUE(embedded.empty() || embedded == *compiled) << name;
+    }
+    EXPECT_FALSE(CompileDocument("<a>"));
 }
 
 }  // namespace

@@ -1,31 +1,44 @@
 #include "arguments.h"
 
-#include <regex>
+#include <algorithm>
 
 namespace zephmeta {
 
 namespace {
 
-const std::regex& AssignmentPattern() {
-    // The path is everything before the first "=" outside brackets: a language in brackets has an "=" of its own.
-    static const std::regex pattern(R"(([A-Za-z_][\w.-]*:(?:\[[^\]]*\]|[^=\[])+)=([^]*))");
-    return pattern;
+constexpr std::string_view kLanguageStep = "[?xml:lang=\"";
+
+bool IsLetter(char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_';
+}
+
+/// A prefix, a colon and something after it.
+bool IsPrefixed(std::string_view path) {
+    const std::size_t colon = path.find(':');
+    const std::string_view prefix = path.substr(0, colon);
+    const auto isOfName = [](char c) { return IsLetter(c) || (c >= '0' && c <= '9') || c == '.' || c == '-'; };
+    return !prefix.empty() && IsLetter(prefix.front()) && std::all_of(prefix.begin(), prefix.end(), isOfName) &&
+           colon != std::string_view::npos && colon + 1 < path.size();
+}
+
+/// Where the language of a path that ends with one, as in dc:title[?xml:lang="de"], begins; npos of another path.
+std::size_t LanguageStep(std::string_view path) {
+    const std::size_t step = path.ends_with("\"]") ? path.rfind(kLanguageStep) : std::string_view::npos;
+    return step != std::string_view::npos && step + kLanguageStep.size() + 2 < path.size() ? step
+                                                                                           : std::string_view::npos;
 }
 
 }  // namespace
 
 std::optional<Assignment> ParseAssignment(const std::string& argument) {
-    // Long texts are no reason to run a backtracking matcher over all of them: the value is split off first.
+    // A language in brackets has an "=" of its own.
     std::size_t depth = 0;
     for (std::size_t i = 0; i < argument.size(); ++i) {
         depth += argument[i] == '[' ? 1U : 0U;
         depth -= argument[i] == ']' && depth > 0 ? 1U : 0U;
         if (argument[i] == '=' && depth == 0) {
             const std::string path = argument.substr(0, i);
-            if (!std::regex_match(path + "=", AssignmentPattern())) {
-                return std::nullopt;
-            }
-            return Assignment{path, argument.substr(i + 1)};
+            return IsPrefixed(path) ? std::optional(Assignment{path, argument.substr(i + 1)}) : std::nullopt;
         }
     }
     return std::nullopt;
@@ -33,12 +46,11 @@ std::optional<Assignment> ParseAssignment(const std::string& argument) {
 
 Target ResolveTarget(const std::string& expression) {
     Target target;
-    static const std::regex language(R"re((.*)\[\?xml:lang="([A-Za-z0-9-]+)"\])re");
-    std::smatch match;
     std::string path = expression;
-    if (std::regex_match(expression, match, language)) {
-        path = match[1];
-        target.mLanguage = match[2];
+    if (const std::size_t step = LanguageStep(expression); step != std::string::npos) {
+        const std::size_t language = step + kLanguageStep.size();
+        path.resize(step);
+        target.mLanguage = expression.substr(language, expression.size() - language - 2);
     }
     target.mPath = zephmetadata::PathForExpression(path);
     if (!(target.mPath == zephmetadata::Path())) {
