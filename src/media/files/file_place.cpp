@@ -92,10 +92,11 @@ OpenFile FilePlace::Open(const std::string& name, int flags) const {
     return {Folder(), name, flags | O_NOFOLLOW};
 }
 
-void FilePlace::Remove(const std::string& name) const {
+bool FilePlace::Remove(const std::string& name) const {
     const int error = errno;
-    unlinkat(Folder(), name.c_str(), 0);
+    const bool isRemoved = unlinkat(Folder(), name.c_str(), 0) == 0;
     errno = error;
+    return isRemoved;
 }
 
 void FilePlace::Sync() const {

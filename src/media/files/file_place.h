@@ -32,7 +32,7 @@ public:
     /// Whether a name of the folder is that of the open file.
     bool IsNameOf(const std::string& name, int file) const;
     OpenFile Open(const std::string& name, int flags) const;
-    void Remove(const std::string& name) const;
+    bool Remove(const std::string& name) const;
     /// Makes the system keep what changed in the folder. Where that is not possible there is nothing to be done.
     void Sync() const;
 

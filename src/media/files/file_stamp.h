@@ -27,7 +27,11 @@ struct FileStamp {
     FileTime mModified;
     FileTime mChanged;
 
-    bool IsSameFile(const FileStamp& other) const { return mDevice == other.mDevice && mInode == other.mInode; }
+    /// False for a default one.
+    bool IsKnown() const { return *this != FileStamp(); }
+    bool IsSameFile(const FileStamp& other) const {
+        return IsKnown() && mDevice == other.mDevice && mInode == other.mInode;
+    }
     /// Whether the content is the same as far as can be told; a rename or a change of mode leaves it so.
     bool IsSameContent(const FileStamp& other) const {
         return IsSameFile(other) && mSize == other.mSize && mModified == other.mModified;

@@ -200,9 +200,14 @@ bool Restore(const Journal& journal, int journalFile, int file) {
     return SyncFile(file);
 }
 
-Journal JournalFor(int old, int fresh, const ChangedStretch& changed) {
-    const FileStamp stamp = StampOf(old);
-    return {stamp.mInode, BirthOf(old), stamp.mModified, stamp.mSize, StampOf(fresh).mSize, changed};
+/// Absent when the system does not tell of the files.
+std::optional<Journal> JournalFor(int old, int fresh, const ChangedStretch& changed) {
+    const FileStamp before = StampOf(old);
+    const FileStamp after = StampOf(fresh);
+    if (!before.IsKnown() || !after.IsKnown()) {
+        return std::nullopt;
+    }
+    return Journal{before.mInode, BirthOf(old), before.mModified, before.mSize, after.mSize, changed};
 }
 
 /// Writes a journal that lasts before anything else is written.
@@ -250,6 +255,11 @@ bool WriteOver(const Journal& journal, int fresh, int file) {
            ftruncate(file, static_cast<off_t>(journal.mNewSize)) == 0 && SyncFile(file);
 }
 
+/// Takes a journal out of use: one that stayed would have the next opening put the old bytes back.
+bool Retire(const FilePlace& place, const std::string& name, int journalFile) {
+    return place.Remove(name) || ftruncate(journalFile, 0) == 0;
+}
+
 }  // namespace
 
 WriteOutcome Overwrite(const FilePlace& place, int old, int fresh, const ChangedStretch& changed,
@@ -261,18 +271,25 @@ WriteOutcome Overwrite(const FilePlace& place, int old, int fresh, const Changed
     if (!StampOf(file.Number()).IsSameFile(StampOf(old))) {
         return Failure(FileStatus::kFileStatus_Changed);
     }
-    const Journal journal = JournalFor(old, fresh, changed);
-    NewFile journalFile(place, FilePlace::NewJournalName(journal.mInode), S_IRUSR | S_IWUSR, means);
-    if (WriteOutcome outcome = SaveJournal(place, journalFile, journal, old, fresh); !outcome.IsSuccess()) {
+    const std::optional<Journal> journal = JournalFor(old, fresh, changed);
+    if (!journal) {
+        return SystemFailure();
+    }
+    NewFile journalFile(place, FilePlace::NewJournalName(journal->mInode), S_IRUSR | S_IWUSR, means);
+    if (WriteOutcome outcome = SaveJournal(place, journalFile, *journal, old, fresh); !outcome.IsSuccess()) {
         return outcome;
     }
-    const std::string name = FilePlace::JournalName(journal.mInode);
-    WriteOutcome outcome = WriteOver(journal, fresh, file.Number()) ? Success() : SystemFailure();
-    if (!outcome.IsSuccess() && !Restore(journal, journalFile.Number(), file.Number())) {
-        outcome.mDetail += "; the old bytes are safe in " + place.PathOf(name);
-        return outcome;
+    const std::string name = FilePlace::JournalName(journal->mInode);
+    WriteOutcome outcome = WriteOver(*journal, fresh, file.Number()) && Retire(place, name, journalFile.Number())
+                               ? Success()
+                               : SystemFailure();
+    if (!outcome.IsSuccess()) {
+        if (!Restore(*journal, journalFile.Number(), file.Number())) {
+            outcome.mDetail += "; the old bytes are safe in " + place.PathOf(name);
+            return outcome;
+        }
+        place.Remove(name);
     }
-    place.Remove(name);
     place.Sync();
     outcome.mStamp = StampOf(file.Number());
     return outcome;
