@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -14,6 +15,17 @@ inline std::string JsonLine(const Json& json) {
 }
 inline std::string JsonPage(const Json& json) {
     return json.dump(2, ' ', false, Json::error_handler_t::replace);
+}
+
+/// Appends @p text as JSON. Of collections nearly all texts are plain, and are copied.
+inline void AppendJsonText(std::string& line, const std::string& text) {
+    const bool isPlain =
+        std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~' && c != '"' && c != '\\'; });
+    if (isPlain) {
+        line.append(1, '"').append(text).append(1, '"');
+    } else {
+        line += JsonLine(text);
+    }
 }
 
 /// An object that begins with the name of a file. A name that is no UTF-8 comes with its bytes, in hexadecimal digits.

@@ -27,6 +27,35 @@ struct Inventions {
 // Made when the library is loaded, so that it outlives a host's object that stops the library at exit.
 Inventions inventions;
 
+/// How often the toolkit was started and stopped: what is remembered of it is worth nothing afterwards.
+std::atomic<std::size_t> phase{0};
+
+/// Answers of the toolkit about namespaces, which are asked for again with every path. What has a prefix keeps it until
+/// the toolkit is stopped; what has none may get one.
+class Remembered {
+public:
+    /// Null when there is no answer yet. Holds until the next call.
+    const UTF8String* Find(const UTF8String& name) {
+        if (mPhase != phase) {
+            mAnswers.clear();
+            mPhase = phase;
+        }
+        const auto found = mAnswers.find(name);
+        return found == mAnswers.end() ? nullptr : &found->second;
+    }
+    const UTF8String& Keep(const UTF8String& name, UTF8String answer) {
+        constexpr std::size_t kMostNames = 4096;  // packets may hold any number of them
+        if (mAnswers.size() >= kMostNames) {
+            mAnswers.clear();
+        }
+        return mAnswers.insert_or_assign(name, std::move(answer)).first->second;
+    }
+
+private:
+    std::unordered_map<UTF8String, UTF8String> mAnswers;
+    std::size_t mPhase = 0;
+};
+
 // The toolkit tells its version only in the packets that it writes, as x:xmptk="...".
 UTF8String WrittenVersion() {
     const TreeHandle tree(xmp_new_empty());
@@ -96,6 +125,7 @@ void Start() {
         RemoveQuietFilter();
         ThrowToolkitError("start of the XMP toolkit");
     }
+    ++phase;
     running = true;
 }
 
@@ -105,6 +135,7 @@ void Stop() noexcept {
     if (!running.exchange(false)) {
         return;
     }
+    ++phase;
     {
         const QuietToolkit quiet;
         xmp_terminate();
@@ -157,24 +188,32 @@ std::optional<UTF8String> PrefixOf(const UTF8String& namespaceURI) {
     if (!IsRunning() || namespaceURI.empty()) {
         return std::nullopt;
     }
+    thread_local Remembered prefixes;
+    if (const UTF8String* const known = prefixes.Find(namespaceURI)) {
+        return *known;
+    }
     const QuietToolkit quiet;
     const ToolkitString prefix;
     if (!xmp_namespace_prefix(namespaceURI.c_str(), prefix.Get())) {
         return std::nullopt;
     }
-    return WithoutColon(prefix.Text());
+    return prefixes.Keep(namespaceURI, WithoutColon(prefix.Text()));
 }
 
 std::optional<UTF8String> NamespaceOf(const UTF8String& prefix) {
     if (!IsRunning() || prefix.empty()) {
         return std::nullopt;
     }
+    thread_local Remembered namespaces;
+    if (const UTF8String* const known = namespaces.Find(prefix)) {
+        return *known;
+    }
     const QuietToolkit quiet;
     const ToolkitString uri;
     if (!xmp_prefix_namespace_uri(prefix.c_str(), uri.Get())) {
         return std::nullopt;
     }
-    return uri.Text();
+    return namespaces.Keep(prefix, uri.Text());
 }
 
 UTF8String ComposeStructFieldPath(const UTF8String& schema, const UTF8String& structPath,

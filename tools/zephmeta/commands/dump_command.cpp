@@ -11,36 +11,57 @@ namespace zephmeta {
 
 namespace {
 
-Json ToJson(const ListedValue& value) {
-    Json json = {{"path", value.mExpression},
-                 {"namespace", value.mNamespace},
-                 {"label", value.mLabel},
-                 {"type", value.mType},
-                 {"internal", value.mInternal},
-                 {"defined", value.mDefined},
-                 {"origin", value.mIsNative ? "native" : "xmp"},
-                 {"raw", value.mRaw},
-                 {"display", value.mDisplay}};
-    if (value.mShape == ListedValue::Shape::kItems) {
-        json["items"] = value.mItems;
-    } else if (value.mShape == ListedValue::Shape::kLanguages) {
-        json["languages"] = Json::object();
-        for (const auto& [language, text] : value.mLanguages) {
-            json["languages"][language] = text;
-        }
+/// One line of JSON, written as it goes: an object in memory for each of millions of values would be what a dump costs.
+class JsonOfFile {
+public:
+    explicit JsonOfFile(const MediaFile& file) : mLine(JsonLine(FileObject(file.Name()))) {
+        mLine.pop_back();  // the brace that closes it
+        mLine += file.HasXMP() ? R"(,"hasXMP":true,"properties":[)" : R"(,"hasXMP":false,"properties":[)";
     }
-    return json;
-}
+
+    void Add(const ListedValue& value) {
+        mLine += mLine.back() == '[' ? "{\"path\":" : ",{\"path\":";
+        AppendJsonText(mLine, value.mExpression);
+        AddText("namespace", value.mNamespace);
+        AddText("label", value.mLabel);
+        AddText("type", value.mType);
+        AddFlag("internal", value.mInternal);
+        AddFlag("defined", value.mDefined);
+        AddText("origin", value.mIsNative ? "native" : "xmp");
+        AddText("raw", value.mRaw);
+        AddText("display", value.mDisplay);
+        if (value.mShape == ListedValue::Shape::kItems) {
+            mLine.append(",\"items\":").append(JsonLine(value.mItems));
+        } else if (value.mShape == ListedValue::Shape::kLanguages) {
+            Json languages = Json::object();
+            for (const auto& [language, text] : value.mLanguages) {
+                languages[language] = text;
+            }
+            mLine.append(",\"languages\":").append(JsonLine(languages));
+        }
+        mLine += '}';
+    }
+
+    std::string Line() const { return mLine + "]}"; }
+
+private:
+    void AddText(const char* name, const std::string& text) {
+        mLine.append(",\"").append(name).append("\":");
+        AppendJsonText(mLine, text);
+    }
+    void AddFlag(const char* name, bool flag) {
+        mLine.append(",\"").append(name).append(flag ? "\":true" : "\":false");
+    }
+
+    std::string mLine;
+};
 
 void PrintJson(const MediaFile& file, const std::vector<ListedValue>& values, FileResult& result) {
-    Json properties = Json::array();
+    JsonOfFile json(file);
     for (const ListedValue& value : values) {
-        properties.push_back(ToJson(value));
+        json.Add(value);
     }
-    Json json = FileObject(file.Name());
-    json["hasXMP"] = file.HasXMP();
-    json["properties"] = std::move(properties);
-    result.Print(JsonLine(json));
+    result.Print(json.Line());
 }
 
 struct ColumnWidths {
