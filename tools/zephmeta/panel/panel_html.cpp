@@ -91,7 +91,7 @@ public:
         std::vector<PanelItem> empty;
         CollectEmpty(items, empty);
         if (!empty.empty()) {
-            mOut << "<details><summary>" << EscapedForHtml(Localized(kUnrecorded)) << " (" << empty.size()
+            mOut << "<details class=\"unrecorded\"><summary>" << EscapedForHtml(Localized(kUnrecorded)) << " (" << empty.size()
                  << ")</summary>\n";
             List(empty);
             mOut << "</details>\n";

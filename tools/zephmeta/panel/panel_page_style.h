@@ -60,6 +60,8 @@ a { color: var(--mark); }
   article { border: 0; padding: 0; }
   dt, dd { break-inside: avoid; }
   a { text-decoration: none; }
+  .unrecorded, summary { display: none; }
+  details::details-content { content-visibility: visible; }
 }
 )css";
 
