@@ -159,7 +159,7 @@ TEST_F(Pages, ShowTheirValuesInABrowser) {
         {"photo 1600 print", {"<b>Boats", "de: Hafen im Morgengrauen"}},
         {"film 360", {"packet.mp4", "0:01:35", "1920 x 1080 pixels", "Low tide"}},
         {"iptc 1600", {"Some Headline", "Some City", "Some Credit", "Some Source", "Some PersonName"}},
-        {"together 1600", {"harbour.jpg", "packet.mp4", "<b>Boats", "Low tide", "Some Headline"}},
+        {"together 1600", {"harbour.jpg", "packet.mp4", "<b>Boats", "Low tide", "Some Headline", "Date\t5/18/2024"}},
     };
     for (const auto& [page, texts] : rows) {
         for (const std::string& text : texts) {

@@ -8,6 +8,7 @@
 #include "commands/commands.h"
 #include "console.h"
 #include "media_file.h"
+#include "panel/overview.h"
 
 namespace zephmeta {
 
@@ -68,22 +69,39 @@ void PrintItems(const std::vector<PanelItem>& items, std::size_t indent) {
     }
 }
 
+/// The view of that name, which may be null; without a name all: for people the overview too, for programs what is
+/// registered.
+std::vector<sp<ViewDefinition>> NamedViews(const std::string& name, bool json) {
+    if (name == kOverview) {
+        return {MakeOverview(MediaKind::kPicture, nullptr)};
+    }
+    if (!name.empty()) {
+        return {FindView(name)};
+    }
+    std::vector<sp<ViewDefinition>> views;
+    if (!json) {
+        views.push_back(MakeOverview(MediaKind::kPicture, nullptr));
+    }
+    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
+        views.push_back(view);
+    }
+    return views;
+}
+
 }  // namespace
 
 int ShowViews(const std::string& name, bool json) {
     Problems problems;
     LoadAllViewDefinitions();
     problems.ReportCollected({});
-    std::vector<sp<ViewDefinition>> views;
-    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
-        views.push_back(view);
+    const std::vector<sp<ViewDefinition>> views = NamedViews(name, json);
+    if (!views.front()) {
+        problems.Report({}, "no view is named \"" + name + "\"; \"zephmeta views\" lists them");
+        return problems.ExitStatus();
     }
-    if (!name.empty()) {
-        views = {FindView(name)};
-        if (!views.front()) {
-            problems.Report({}, "no view is named \"" + name + "\"; \"zephmeta views\" lists them");
-            return problems.ExitStatus();
-        }
+    std::size_t columns = 0;
+    for (const auto& view : views) {
+        columns = std::max(columns, Columns(OneLine(view->mName)));
     }
     Json list = Json::array();
     for (const auto& view : views) {
@@ -91,8 +109,7 @@ int ShowViews(const std::string& name, bool json) {
         if (json) {
             list.push_back(DescriptionJson(panel));
         } else {
-            constexpr std::size_t kNameColumns = 36;
-            std::cout << Padded(OneLine(panel.mName), kNameColumns) << "  " << OneLine(panel.mLabel) << '\n';
+            std::cout << Padded(OneLine(panel.mName), columns) << "  " << OneLine(panel.mLabel) << '\n';
             if (!name.empty()) {
                 PrintItems(panel.mItems, 2);
             }

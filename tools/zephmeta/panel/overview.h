@@ -23,8 +23,8 @@ MediaKind MediaKindOf(const std::string& file, zephmetadata::XMPMetaHandle tree)
 /// people recorded. The first section holds the facts that belong to the file's name.
 zephmetadata::sp<zephmetadata::ViewDefinition> MakeOverview(MediaKind kind, zephmetadata::XMPMetaHandle tree);
 
-/// Leaves in an overview what has a value, each once, and lists what nobody recorded.
-void ShortenOverview(Panel& panel);
+/// Leaves each value of an overview once, and of what has none the names of what people miss, unless all is kept.
+void ShortenOverview(Panel& panel, bool keepEmpty = false);
 
 /// All registered views, those that matter most to a kind of file first.
 std::vector<zephmetadata::sp<zephmetadata::ViewDefinition>> ViewsByUse(MediaKind kind);

@@ -91,8 +91,8 @@ public:
         std::vector<PanelItem> empty;
         CollectEmpty(items, empty);
         if (!empty.empty()) {
-            mOut << "<details class=\"unrecorded\"><summary>" << EscapedForHtml(Localized(kUnrecorded)) << " (" << empty.size()
-                 << ")</summary>\n";
+            mOut << "<details class=\"unrecorded\"><summary>" << EscapedForHtml(Localized(kUnrecorded)) << " ("
+                 << empty.size() << ")</summary>\n";
             List(empty);
             mOut << "</details>\n";
         }

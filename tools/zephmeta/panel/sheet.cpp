@@ -92,7 +92,7 @@ std::vector<Panel> BuildPanels(const SheetWish& wish, const std::string& name, c
     for (const auto& view : WantedViews(wish, name, provider)) {
         panels.push_back(BuildPanel(view, provider, detail));
         if (view->mName == kOverview && detail != Detail::kAll) {
-            ShortenOverview(panels.back());
+            ShortenOverview(panels.back(), wish.mSideBySide && wish.mForm == SheetForm::kPage);
         }
     }
     return panels;
