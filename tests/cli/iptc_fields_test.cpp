@@ -12,39 +12,10 @@ namespace {
 using support::IptcRow;
 using ::testing::HasSubstr;
 
-constexpr int kNesting = 4;  // structures hold structures; a bound for those that hold themselves
-
-/// A value of the list in its place, with what it is in another program.
-struct Field {
-    std::string mPath, mValue, mShown;
-};
+using Field = support::IptcField;
 
 std::string Local(const std::string& id) {
     return id.substr(id.find(':') + 1);
-}
-
-std::string ExampleOf(const IptcRow& row) {
-    const bool isAddress = row.mValue == "uri" || row.mValue == "url";
-    return !row.mExample.empty() ? row.mExample : (isAddress ? "http://example.org/" : "Some ") + Local(row.mId);
-}
-
-void AddFields(const std::vector<IptcRow>& rows, const std::string& structure, const std::string& parent, int depth,
-               std::vector<Field>& fields) {
-    const auto isStructure = [&](const IptcRow& row) {
-        return std::ranges::any_of(rows, [&](const IptcRow& field) { return field.mStructure == row.mValue; });
-    };
-    for (const IptcRow& row : rows) {
-        if (row.mStructure != structure || depth == 0) {
-            continue;
-        }
-        const std::string path = row.Expression(parent);
-        if (isStructure(row)) {
-            AddFields(rows, row.mValue, path + "/", depth - 1, fields);
-        } else {
-            const std::string value = ExampleOf(row);
-            fields.push_back({path, value, row.mShown.empty() ? value : row.mShown});
-        }
-    }
 }
 
 bool IsAlike(const std::string& left, const std::string& right) {
@@ -81,7 +52,6 @@ protected:
         if (RunProgram(At(""), "/bin/sh", {"-c", "command -v exiftool"}).mStatus != 0) {
             GTEST_SKIP() << "exiftool, the other program, is not installed";
         }
-        AddFields(mRows, "", "", kNesting, mFields);
         ASSERT_GT(mFields.size(), 150U);
     }
     Outcome Other(const Arguments& arguments) const { return RunProgram(At(""), "exiftool", arguments); }
@@ -108,7 +78,7 @@ protected:
     }
 
     std::vector<IptcRow> mRows = support::ReadIptcRows(ZEPHMETADATA_TEST_DATA "/../extensions/iptc_rows.tsv");
-    std::vector<Field> mFields;
+    std::vector<Field> mFields = support::FieldsOf(mRows);
 };
 
 TEST_F(IptcFields, SetByUsAreReadByOthersInXMPAndIIM) {
@@ -120,7 +90,7 @@ TEST_F(IptcFields, SetByUsAreReadByOthersInXMPAndIIM) {
     for (const IptcRow& row : mRows) {
         const std::size_t end = row.mIIM.find('=');
         if (!row.mIIM.empty()) {
-            const std::string expected = end == std::string::npos ? ExampleOf(row) : row.mIIM.substr(end + 1);
+            const std::string expected = end == std::string::npos ? row.Value() : row.mIIM.substr(end + 1);
             EXPECT_EQ(file.value("IPTC:" + row.mIIM.substr(0, end), ""), expected) << row.mId;
             ++datasets;
         }
@@ -160,7 +130,7 @@ TEST_F(IptcFields, SetByOthersInIIMAreReadByUs) {
     for (const IptcRow& row : mRows) {
         if (!row.mIIM.empty()) {
             const Json& value = values[row.mId];
-            EXPECT_EQ(value.value("raw", ""), ExampleOf(row)) << row.mId;
+            EXPECT_EQ(value.value("raw", ""), row.Value()) << row.mId;
             EXPECT_EQ(value.value("origin", ""), "native") << row.mId;
             EXPECT_TRUE(value.value("defined", false)) << row.mId;
         }

@@ -182,11 +182,12 @@ TEST_F(PackagesCommand, CheckReadsDocumentsAsPartsOfTheirPackage) {
     WriteUser("q/manifest.xml", std::string(kManifest) + "name='Q' version='1'/>");
     WriteUser("q/schema/1.xml",
               "<xmp_definitions><xmp_schema namespace='http://test/q/' prefix='tstq'>"
-              "<xmp_property name='a' type='p.state' category='external'/></xmp_schema></xmp_definitions>");
+              "<xmp_property name='a' type='p.state' category='external'/>"
+              "<xmp_property name='b' type='LocationDetails' category='external'/></xmp_schema></xmp_definitions>");
     Write("loose.xml", support::ReadFile(User("q/schema/1.xml")));
     EXPECT_THAT(Check("p/schema/1.xml"), IsEmpty());
     EXPECT_THAT(Check("p/schema/2.xml"), IsEmpty());
-    EXPECT_THAT(Check("q/schema/1.xml"), IsEmpty()) << "the type is another package's";
+    EXPECT_THAT(Check("q/schema/1.xml"), IsEmpty()) << "the types are other packages', one comes with the library";
     EXPECT_EQ(Run({"check", "loose.xml"}).mErrors, "");
     EXPECT_THAT(Check("p/schema/3.xml"),
                 ElementsAre(HasSubstr("property definition for namespace \"http://test/p/a\" already exists."),

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
 #include <sstream>
 #include <string>
@@ -17,6 +18,12 @@ struct IptcRow {
     std::string mIIM;      ///< exiftool's tag of the IIM dataset, with "=" and its value where that is another
 
     int Position() const { return std::stoi(mOrder.substr(mOrder.find_first_of("0123456789"))); }
+    /// A value that is allowed.
+    std::string Value() const {
+        const bool isAddress = mValue == "uri" || mValue == "url";
+        return !mExample.empty() ? mExample
+                                 : (isAddress ? "http://example.org/" : "Some ") + mId.substr(mId.find(':') + 1);
+    }
     /// The expression of a value below @p parent, which is empty or ends with a slash.
     std::string Expression(const std::string& parent) const {
         return parent + mId + (mOccurrence == "multi" ? "[1]" : "");
@@ -39,6 +46,32 @@ inline std::vector<IptcRow> ReadIptcRows(const std::filesystem::path& path) {
         rows.push_back(row);
     }
     return rows;
+}
+
+/// A value of the list in its place, with what it is in another program.
+struct IptcField {
+    std::string mPath, mValue, mShown;
+};
+
+/// The fields of @p structure, those that are structures by what they hold. Some hold themselves: @p depth is a bound.
+inline std::vector<IptcField> FieldsOf(const std::vector<IptcRow>& rows, const std::string& structure = "",
+                                       const std::string& parent = "", int depth = 4) {
+    std::vector<IptcField> fields;
+    for (const IptcRow& row : rows) {
+        if (row.mStructure != structure || depth == 0) {
+            continue;
+        }
+        const std::string path = row.Expression(parent);
+        const bool isStructure =
+            std::ranges::any_of(rows, [&](const IptcRow& field) { return field.mStructure == row.mValue; });
+        if (isStructure) {
+            const std::vector<IptcField> below = FieldsOf(rows, row.mValue, path + "/", depth - 1);
+            fields.insert(fields.end(), below.begin(), below.end());
+        } else {
+            fields.push_back({path, row.Value(), row.mShown.empty() ? row.Value() : row.mShown});
+        }
+    }
+    return fields;
 }
 
 }  // namespace support

@@ -2,6 +2,10 @@
 
 #include <algorithm>
 
+#include "listing.h"
+#include "text.h"
+#include "zephmetadata/values.h"
+
 namespace zephmeta {
 
 namespace {
@@ -26,6 +30,11 @@ std::size_t LanguageStep(std::string_view path) {
     const std::size_t step = path.ends_with("\"]") ? path.rfind(kLanguageStep) : std::string_view::npos;
     return step != std::string_view::npos && step + kLanguageStep.size() + 2 < path.size() ? step
                                                                                            : std::string_view::npos;
+}
+
+/// Language tags compare without letter case (RFC 4647).
+bool SameTag(std::string_view left, std::string_view right) {
+    return Lower(left) == Lower(right);
 }
 
 }  // namespace
@@ -61,6 +70,25 @@ Target ResolveTarget(const std::string& expression) {
     target.mProblem =
         isKnown || prefix.size() == path.size() ? "not a metadata path" : "unknown prefix \"" + prefix + "\"";
     return target;
+}
+
+std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target& target) {
+    std::vector<std::string> texts;
+    if (tree == nullptr || !zephmetadata::HasValue(tree, target.mPath)) {
+        return texts;
+    }
+    if (zephmetadata::PrimitiveTypeOfPath(target.mPath) == zephmetadata::kPrimitiveType_Alt) {
+        for (const auto& [language, text] : zephmetadata::GetLanguages(tree, target.mPath)) {
+            if (target.mLanguage.empty() || SameTag(language, target.mLanguage)) {
+                texts.insert(SameTag(language, "x-default") ? texts.begin() : texts.end(), text);
+            }
+        }
+    } else if (zephmetadata::IsPathAnArray(target.mPath, true)) {
+        texts = zephmetadata::GetItems(tree, target.mPath);
+    } else if (std::string text; RawText(tree, target.mPath, text)) {
+        texts.push_back(text);
+    }
+    return texts;
 }
 
 }  // namespace zephmeta

@@ -76,11 +76,36 @@ std::vector<zephcore::Dir> OtherPackages(const zephcore::Dir& package) {
     return others;
 }
 
+/// The types that the library's own packages bring, where all others are loaded already. A package of the name of one of
+/// them replaces that.
+std::vector<sp<TypeDefinition>> BundledTypes(const zephcore::Dir& package) {
+    std::set<UTF8String> known;
+    for (const sp<TypeDefinition>& type : RegisteredTypeDefinitions()) {
+        known.insert(type->mName);
+    }
+    RegisterBundledPackages();
+    const auto& packages = ExtensionPackages();
+    if (std::any_of(packages.begin(), packages.end(), [name = NameOf(package)](const ExtensionPackage& bundled) {
+            return bundled.bundled && bundled.name == name;
+        })) {
+        for (const UTF16String& path : Documents(zephcore::Dir(package, u"schema"))) {
+            for (const sp<TypeDefinition>& type : ParseDocumentForDefinitions(path).second) {
+                known.insert(type->mName);
+            }
+        }
+    }
+    std::vector<sp<TypeDefinition>> types = RegisteredTypeDefinitions();
+    std::erase_if(types, [&](const sp<TypeDefinition>& type) { return known.contains(type->mName); });
+    return types;
+}
+
 /// Starts the library anew, with what comes before the document in its package and with all that other packages define.
 void StartWithOtherDefinitions(const zephcore::Dir& package, const std::string& document) {
     const std::vector<zephcore::Dir> others = OtherPackages(package);
+    const std::vector<sp<TypeDefinition>> bundled = BundledTypes(package);
     Terminate();
     Initialize();
+    RegisterPackageDefinitions({{}, bundled}, {});
     for (const zephcore::Dir& other : others) {
         RegisterSchemas(other);
     }
@@ -89,7 +114,7 @@ void StartWithOtherDefinitions(const zephcore::Dir& package, const std::string& 
 
 /// Registers the types of the installed packages, but for those that the document @p parsed defines itself.
 void RegisterInstalledTypes(const Definitions& parsed) {
-    LoadAllViewDefinitions();
+    RegisterBundledPackages();
     const std::vector<sp<TypeDefinition>> installed = RegisteredTypeDefinitions();
     Terminate();
     Initialize();

@@ -4,9 +4,8 @@
 #include <array>
 #include <map>
 #include <set>
-#include <string_view>
 
-#include "console.h"
+#include "text.h"
 #include "zephmetadata/definitions.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/xmp_meta.h"
@@ -62,9 +61,6 @@ constexpr std::array<KindRow, 3> kKinds = {{
 }};
 constexpr auto kLastViews = std::to_array<std::string_view>({"dicom", "tessera"});
 
-/// What every built-in view's name begins with.
-constexpr std::string_view kOwnViews = "com.corvid.xmp.view.";
-
 /// The facts beside the name. The first path of a label that has a value is shown; several joined by + are one value.
 struct FactRow {
     const char* mLabel;
@@ -81,6 +77,14 @@ constexpr auto kFacts = std::to_array<FactRow>({
     {"$$$/metadataui/overview/date_label=Date", "",
      "exif:DateTimeOriginal photoshop:DateCreated tessera:DateCreated xmpDM:shotDate xmp:CreateDate"},
 });
+
+/// What sections call differently.
+constexpr std::pair<std::string_view, const char*> kLabels[] = {
+    {"xmp:CreateDate", "$$$/metadataui/overview/fileCreated_label=File Created"}};
+
+/// Dates of a picture that mostly are one moment.
+constexpr auto kCreated = std::to_array<std::string_view>(
+    {"exif:DateTimeOriginal", "photoshop:DateCreated", "tessera:DateCreated", "xmp:CreateDate"});
 
 constexpr const char* kOthers =
     "$$$/metadataui/overview/others_message=Kept by cameras and programs, and not shown here: @0";
@@ -124,7 +128,8 @@ public:
     }
 
 private:
-    static sp<ViewItem> Facts() {
+    sp<ViewItem> Facts() {
+        mShown.insert({"corvid:ImageSize", "xmpDM:duration"});
         sp<ViewItem> facts = Labelled("section", "");
         for (const FactRow& row : kFacts) {
             for (const std::string& paths : Split(row.mPaths, ' ')) {
@@ -179,11 +184,18 @@ private:
     /// As the basic view has it, else as the definition says; null for what is not known.
     sp<ViewItem> ItemAt(const std::string& expression) {
         const Path path = PathForExpression(expression);
-        if (!PathEntryDefinition(path) || !mShown.insert(expression).second) {
+        // Hardly any file has this schema: its fields would only repeat those of the IPTC standard.
+        const bool isRare = expression.starts_with("tessera:") && (mTree == nullptr || !HasValue(mTree, path));
+        if (isRare || !PathEntryDefinition(path) || !mShown.insert(expression).second) {
             return nullptr;
         }
         const auto known = mKnown.find(expression);
-        return known == mKnown.end() ? std::make_shared<ViewItem>(path) : std::make_shared<ViewItem>(*known->second);
+        const auto item =
+            known == mKnown.end() ? std::make_shared<ViewItem>(path) : std::make_shared<ViewItem>(*known->second);
+        for (const auto& [labelled, label] : kLabels) {
+            item->mLabel = labelled == expression ? label : item->mLabel;
+        }
+        return item;
     }
 
     void Borrow(const std::string& name, ViewItem& section) {
@@ -263,12 +275,39 @@ private:
     std::set<std::string> mShown;
 };
 
+/// Whether one of two XMP dates says what the other does, with more or fewer parts; the zone is the last of them.
+bool IsSameMoment(const std::string& left, const std::string& right) {
+    constexpr std::size_t kDay = 10;     // "2008-05-30"
+    constexpr std::size_t kSecond = 19;  // "2008-05-30T15:56:01"
+    const std::size_t size = std::min({left.size(), right.size(), kSecond});
+    return size >= kDay && left.compare(0, size, right, 0, size) == 0;
+}
+
+/// Leaves of dates that are one moment the first, with all parts that any of them has.
+void DropSameMoments(std::vector<PanelItem>& items) {
+    std::vector<PanelItem> kept;
+    for (PanelItem& item : items) {
+        const bool isDate = std::find(kCreated.begin(), kCreated.end(), item.mPath) != kCreated.end();
+        const auto same = std::find_if(kept.begin(), kept.end(), [&](const PanelItem& other) {
+            const bool isOtherDate = std::find(kCreated.begin(), kCreated.end(), other.mPath) != kCreated.end();
+            return isDate && isOtherDate && IsSameMoment(other.mRaw, item.mRaw);
+        });
+        if (same == kept.end()) {
+            kept.push_back(std::move(item));
+        } else if (item.mRaw.size() > same->mRaw.size()) {
+            same->mRaw = item.mRaw;
+            same->mValue = item.mValue;
+        }
+    }
+    items = std::move(kept);
+}
+
 /// Of facts that share a label the first; elsewhere what is said twice is said once.
 void DropRepeated(std::vector<PanelItem>& items, bool areFacts) {
     std::set<std::pair<std::string, std::string>> seen;
     std::erase_if(items, [&](const PanelItem& item) {
         const bool isText = item.mItems.empty() || item.mKind == PanelItem::Kind::kFormatter;
-        return isText && item.mKind != PanelItem::Kind::kSeparator &&
+        return isText && item.HasValue() && item.mKind != PanelItem::Kind::kSeparator &&
                !seen.emplace(item.mLabel, areFacts ? std::string() : item.mValue).second;
     });
 }
@@ -294,7 +333,7 @@ sp<ViewDefinition> MakeOverview(MediaKind kind, XMPMetaHandle tree) {
     return OverviewMaker(tree).Make(kind);
 }
 
-void ShortenOverview(Panel& panel) {
+void ShortenOverview(Panel& panel, bool keepEmpty) {
     std::set<std::string> recorded;
     std::vector<std::string> expected;
     for (const PanelItem& section : panel.mItems) {
@@ -308,8 +347,11 @@ void ShortenOverview(Panel& panel) {
     }
     std::copy_if(expected.begin(), expected.end(), std::back_inserter(panel.mUnrecorded),
                  [&](const std::string& label) { return !recorded.contains(label); });
-    Prune(panel.mItems);
+    if (!keepEmpty) {
+        Prune(panel.mItems);
+    }
     for (PanelItem& section : panel.mItems) {
+        DropSameMoments(section.mItems);
         DropRepeated(section.mItems, section.mKind == PanelItem::Kind::kSection && section.mLabel.empty());
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "panel/panel_model.h"
@@ -9,6 +10,8 @@ namespace zephmeta {
 
 /// The name by which people ask for the overview, which no registered view has.
 inline constexpr const char* kOverview = "overview";
+/// What every built-in view's name begins with; people leave it out.
+inline constexpr std::string_view kOwnViews = "com.corvid.xmp.view.";
 
 /// What order suits whom.
 enum class MediaKind { kPicture, kFilm, kSound };
@@ -20,8 +23,8 @@ MediaKind MediaKindOf(const std::string& file, zephmetadata::XMPMetaHandle tree)
 /// people recorded. The first section holds the facts that belong to the file's name.
 zephmetadata::sp<zephmetadata::ViewDefinition> MakeOverview(MediaKind kind, zephmetadata::XMPMetaHandle tree);
 
-/// Leaves in an overview what has a value, each once, and lists what nobody recorded.
-void ShortenOverview(Panel& panel);
+/// Leaves each value of an overview once, and of what has none the names of what people miss, unless all is kept.
+void ShortenOverview(Panel& panel, bool keepEmpty = false);
 
 /// All registered views, those that matter most to a kind of file first.
 std::vector<zephmetadata::sp<zephmetadata::ViewDefinition>> ViewsByUse(MediaKind kind);

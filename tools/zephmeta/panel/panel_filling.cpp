@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "console.h"
 #include "listing.h"
 #include "panel/panel_description.h"
 #include "panel/panel_values.h"
+#include "text.h"
 #include "zephmetadata/values.h"
 
 namespace zephmeta {
@@ -37,6 +37,13 @@ public:
 
 private:
     void FillProperty(const ViewItem& item, PanelItem& filled) {
+        if (IsInCommonPlace(item, filled)) {
+            ViewItem other = item;
+            other.mPath = CommonPath(filled.mPath);
+            filled.mPath = ExpressionForPath(other.mPath);
+            FillProperty(other, filled);
+            return;
+        }
         const sp<EntryDefinition> entry = PathEntryDefinition(item.mPath);
         filled.mWritable = mProvider->QueryPathStatus(item.mPath, PathStatus::kPathWritable);
         if (!entry) {
@@ -46,6 +53,19 @@ private:
         } else {
             FillValue(item, *entry, filled);
         }
+    }
+
+    static constexpr std::string_view kOwn = "tessera:";
+
+    /// Where other programs, and IPTC-IIM, have what a field of the tessera schema is.
+    static Path CommonPath(const std::string& expression) {
+        return PathForExpression("photoshop:" + expression.substr(kOwn.size()));
+    }
+
+    /// Whether people miss a value that is there. Programs get what the view says.
+    bool IsInCommonPlace(const ViewItem& item, const PanelItem& filled) const {
+        return mDetail != Detail::kAll && filled.mPath.starts_with(kOwn) && !HasValue(mTree, item.mPath) &&
+               HasValue(mTree, CommonPath(filled.mPath));
     }
 
     void FillValue(const ViewItem& item, const EntryDefinition& entry, PanelItem& filled) {
@@ -77,9 +97,20 @@ private:
         }
         if (entry.mType == "date") {
             filled.mValue = ShownDate(filled.mRaw);
+        } else if (ElementTypeIdOf(entry) == "date") {
+            ShowDates(GetItems(mTree, path), filled);
         } else if (mDetail == Detail::kDescriptions) {
             ReadParts(path, entry, filled);
         }
+    }
+
+    static void ShowDates(std::vector<std::string> dates, PanelItem& filled) {
+        filled.mValue.clear();
+        for (std::string& date : dates) {
+            date = ShownDate(date);
+            filled.mValue += (filled.mValue.empty() ? "" : "; ") + date;
+        }
+        filled.mTexts = std::move(dates);
     }
 
     /// The texts that a value consists of, where it is no single one.
@@ -214,8 +245,13 @@ private:
         }
         if (entry->mType == "date") {
             part.mValue = ShownDate(part.mRaw);
+        } else if (part.mValue == part.mRaw) {
+            part.mValue = ShownMeasure(*entry, part.mRaw);
         }
         part.mTexts = value.mItems;
+        if (ElementTypeIdOf(*entry) == "date") {
+            ShowDates(value.mItems, part);
+        }
         ShowChoice(ViewItem(), *entry, part);
         return part;
     }

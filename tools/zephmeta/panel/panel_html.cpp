@@ -4,10 +4,10 @@
 #include <ostream>
 #include <string_view>
 
-#include "console.h"
 #include "panel/overview.h"
 #include "panel/panel_output.h"
 #include "panel/panel_page_style.h"
+#include "text.h"
 
 namespace zephmeta {
 
@@ -91,8 +91,8 @@ public:
         std::vector<PanelItem> empty;
         CollectEmpty(items, empty);
         if (!empty.empty()) {
-            mOut << "<details><summary>" << EscapedForHtml(Localized(kUnrecorded)) << " (" << empty.size()
-                 << ")</summary>\n";
+            mOut << "<details class=\"unrecorded\"><summary>" << EscapedForHtml(Localized(kUnrecorded)) << " ("
+                 << empty.size() << ")</summary>\n";
             List(empty);
             mOut << "</details>\n";
         }

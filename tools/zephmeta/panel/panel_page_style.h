@@ -14,7 +14,8 @@ body { margin: 0; padding: 1.5rem 1rem 3rem; background: var(--paper); color: va
   font: 1rem/1.45 system-ui, -apple-system, "Segoe UI", Roboto, "Noto Sans", sans-serif; }
 main, header { max-width: 52rem; margin: 0 auto; }
 header { display: flex; gap: 1.25rem; align-items: center; margin-bottom: 1.5rem; }
-figure { margin: 0; width: 10rem; height: 10rem; flex: none; display: flex; align-items: center; justify-content: center; }
+figure { margin: 0; flex: none; display: flex; align-items: center; justify-content: center; }
+figure:has(.o5, .o6, .o7, .o8) { width: 10rem; height: 10rem; }
 figure img { max-width: 10rem; max-height: 10rem; border-radius: .4rem; border: 1px solid var(--rule); image-orientation: none; }
 .o2 { transform: scaleX(-1); } .o3 { transform: rotate(180deg); } .o4 { transform: scaleY(-1); }
 .o5 { transform: rotate(90deg) scaleY(-1); } .o6 { transform: rotate(90deg); }
@@ -32,17 +33,19 @@ dl > :first-child, dl > :first-child + dd { border-top: 0; }
 dt { color: var(--soft); padding-right: 1rem; }
 dd { overflow-wrap: anywhere; min-width: 0; }
 dd > p { margin: 0; white-space: pre-line; }
-dd ul { list-style: none; margin: 0; padding: 0; display: flex; flex-wrap: wrap; gap: .3rem; }
-dd li { border: 1px solid var(--rule); border-radius: .8rem; padding: 0 .6rem; background: var(--paper); }
+ul { list-style: none; margin: 0; padding: 0; display: flex; flex-wrap: wrap; gap: .3rem; }
+li { border: 1px solid var(--rule); border-radius: .8rem; padding: 0 .6rem; background: var(--paper); }
 details { margin-top: .3rem; }
 summary { color: var(--soft); cursor: pointer; font-size: .9rem; }
 .bare { border-top: 1px solid var(--rule); margin-top: .8rem; padding-top: .5rem; }
-main.all { max-width: none; }
+.all, header:has(+ .all) { max-width: none; }
 .wide { overflow-x: auto; }
-table { border-collapse: collapse; width: 100%; }
-th, td { text-align: left; vertical-align: top; padding: .35rem .75rem .35rem 0; border-top: 1px solid var(--rule); overflow-wrap: anywhere; min-width: 8rem; }
+table { border-collapse: collapse; width: 100%; table-layout: fixed; }
+tr > :first-child { width: 14rem; }
+td div div { padding-left: 1rem; }
+th, td { text-align: left; vertical-align: top; padding: .35rem .75rem .35rem 0; border-top: 1px solid var(--rule); overflow-wrap: anywhere; width: 10rem; }
 th { color: var(--soft); font-weight: normal; }
-tr.differs td { font-weight: 600; }
+tr.differs th { color: var(--ink); font-weight: 600; }
 dd.none { color: var(--soft); }
 dd.mixed { font-style: italic; color: var(--soft); }
 dd dl { border-left: 2px solid var(--rule); padding-left: .75rem; }
@@ -60,6 +63,8 @@ a { color: var(--mark); }
   article { border: 0; padding: 0; }
   dt, dd { break-inside: avoid; }
   a { text-decoration: none; }
+  .unrecorded, summary { display: none; }
+  details::details-content { content-visibility: visible; }
 }
 )css";
 

@@ -18,7 +18,8 @@ struct TableRow {
 struct TableSection {
     std::string mLabel;
     std::vector<TableRow> mRows;
-    std::map<std::string, std::size_t> mIndexes;  ///< of the rows by path and label
+    std::map<std::string, std::size_t>
+        mIndexes;  ///< of the rows by label, of further ones of a label by their path too
 };
 
 /// The rows of several panels of one view, each where the first panel that has it does.
@@ -30,13 +31,26 @@ public:
         for (const PanelItem& item : items) {
             if (item.mKind == Kind::kSection) {
                 Add(item.mItems, item.mLabel.empty() ? section : item.mLabel, column);
-            } else if (item.mKind != Kind::kNote && item.HasValue()) {
-                Cell(item, section, column) = CellText(item);
+            } else if (item.mKind != Kind::kNote && item.mKind != Kind::kSeparator) {
+                // A row without a value keeps its place for the files that have one.
+                std::string& cell = Cell(item, section, column);
+                cell = item.HasValue() ? CellText(item) : cell;
             }
         }
     }
 
-    const std::vector<TableSection>& Sections() const { return mSections; }
+    /// Those with a value, with the rows that have one.
+    std::vector<TableSection> Sections() const {
+        std::vector<TableSection> filled = mSections;
+        for (TableSection& section : filled) {
+            std::erase_if(section.mRows, [](const TableRow& row) {
+                return std::all_of(row.mCells.begin(), row.mCells.end(),
+                                   [](const std::string& c) { return c.empty(); });
+            });
+        }
+        std::erase_if(filled, [](const TableSection& section) { return section.mRows.empty(); });
+        return filled;
+    }
 
 private:
     /// What is below a value stands in its cell.
@@ -56,11 +70,17 @@ private:
             mSections.push_back({label, {}, {}});
         }
         TableSection& found = mSections[section->second];
-        const auto [row, isNewRow] = found.mIndexes.emplace(item.mPath + "\n" + item.mLabel, found.mRows.size());
-        if (isNewRow) {
-            found.mRows.push_back({item.mLabel, std::vector<std::string>(mColumns)});
+        std::string& cell = CellAt(item.mLabel, item.mLabel, column, found);
+        return cell.empty() ? cell : CellAt(item.mLabel + "\n" + item.mPath, item.mLabel, column, found);
+    }
+
+    /// Files have the same thing in one place or another: what counts is what it is called.
+    std::string& CellAt(const std::string& key, const std::string& label, std::size_t column, TableSection& section) {
+        const auto [row, isNew] = section.mIndexes.emplace(key, section.mRows.size());
+        if (isNew) {
+            section.mRows.push_back({label, std::vector<std::string>(mColumns)});
         }
-        return found.mRows[row->second].mCells[column];
+        return section.mRows[row->second].mCells[column];
     }
 
     std::size_t mColumns;

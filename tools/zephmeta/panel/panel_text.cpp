@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <ostream>
 
-#include "console.h"
 #include "panel/overview.h"
 #include "panel/panel_output.h"
+#include "text.h"
 
 namespace zephmeta {
 
@@ -33,6 +33,9 @@ std::vector<std::string> Wrapped(const std::string& text, std::size_t columns) {
             lines.emplace_back();
         }
         at = end + 1;
+    }
+    while (lines.size() > 1 && lines.back().empty()) {
+        lines.pop_back();
     }
     return lines;
 }
@@ -117,7 +120,7 @@ private:
         mOut << (start == taken ? std::string(kIndent, ' ') : "\n" + std::string(start, ' '));
         bool isFirst = true;
         for (const std::string& line : Wrapped(Shown(item), mStyle.mColumns - std::min(start, mStyle.mColumns - 1))) {
-            mOut << (isFirst ? std::string() : std::string(start, ' ')) << line << '\n';
+            mOut << (isFirst || line.empty() ? std::string() : std::string(start, ' ')) << line << '\n';
             isFirst = false;
         }
         if (isStructure) {

@@ -19,8 +19,9 @@ namespace zephmeta {
 
 namespace {
 
-/// Where cameras write 0 for what they do not know.
+/// Where cameras write 0 for what they do not know, and programs for what nobody has judged.
 constexpr auto kUnknownWhenZero = std::to_array<std::string_view>({
+    "MicrosoftPhoto:Rating",
     "corvid:ImageResolution",
     "corvid:ImageSize",
     "corvid:PhotographicSensitivity",
@@ -36,6 +37,7 @@ constexpr auto kUnknownWhenZero = std::to_array<std::string_view>({
     "exif:LightSource",
     "exif:MeteringMode",
     "exifEX:PhotographicSensitivity",
+    "xmp:Rating",
     "xmpDM:videoFrameSize/stDim:h",
     "xmpDM:videoFrameSize/stDim:w",
 });
@@ -134,6 +136,13 @@ std::string Printed(const char* form, Arguments... arguments) {
     return buffer.data();
 }
 
+/// With at most two decimals.
+std::string Hundredths(double number) {
+    std::string digits = Printed("%.2f", number);
+    digits.erase(digits.find_last_not_of('0') + 1);
+    return digits.ends_with('.') ? digits.substr(0, digits.size() - 1) : digits;
+}
+
 }  // namespace
 
 bool SaysNothing(const std::string& expression, const zephmetadata::EntryDefinition& entry, const std::string& raw,
@@ -177,6 +186,20 @@ std::string ShownDate(const std::string& raw) {
     const std::size_t zoneAt = raw.find_first_of("Z+-", kDay);
     const std::string zone = zoneAt == std::string::npos ? std::string() : raw.substr(zoneAt);
     return zone.empty() || IsReadersZone(time, zone) ? shown : shown + " " + (zone == "Z" ? "UTC" : "UTC" + zone);
+}
+
+std::string ShownMeasure(const zephmetadata::EntryDefinition& entry, const std::string& raw) {
+    if (entry.mType == "rational") {
+        const auto number = Quotient(raw);
+        return number ? Hundredths(*number) : raw;
+    }
+    const auto degrees = entry.mType == "gpscoordinate" ? Degrees(raw, "NE", "SW") : std::nullopt;
+    if (!degrees) {
+        return raw;
+    }
+    const long hundredths = std::lround(std::abs(*degrees) * 360000);  // of a second
+    return Printed("%ld\u00b0 %ld' %s\" %c", hundredths / 360000, hundredths / 6000 % 60,
+                   Hundredths(static_cast<double>(hundredths % 6000) / 100).c_str(), raw.back());
 }
 
 std::string ShownDuration(const std::string& value, const std::string& scale) {

@@ -16,6 +16,9 @@ bool SaysNothing(const std::string& expression, const zephmetadata::EntryDefinit
 /// where that is not the reader's. What has no day is returned as it is.
 std::string ShownDate(const std::string& raw);
 
+/// A rational as a number, coordinates in degrees, minutes and seconds; anything else, and what is none, as it is.
+std::string ShownMeasure(const zephmetadata::EntryDefinition& entry, const std::string& raw);
+
 /// A length in seconds below a minute, else h:mm:ss. @p scale is the rational of one unit of @p value; empty when either
 /// is none.
 std::string ShownDuration(const std::string& value, const std::string& scale);
