@@ -79,17 +79,24 @@ void LoadTranslations(const zephcore::Dir& folder, const zephcore::File& documen
     }
 }
 
-void LoadCustomFolder(const UTF16String& path) {
+/// Calls @p load with the folder and each document of it that counts.
+template <typename Load>
+void ForCustomDocuments(const UTF16String& path, const Load& load) {
     const zephcore::Dir folder(path);
     for (const zephcore::File& document : folder.Files()) {
         const bool superseded =
             std::find(kSupersededFiles.begin(), kSupersededFiles.end(), document.GetName()) != kSupersededFiles.end();
-        if (document.GetExtension(true) != u".xml" || superseded) {
-            continue;
+        if (document.GetExtension(true) == u".xml" && !superseded) {
+            load(folder, document);
         }
+    }
+}
+
+void LoadCustomFolder(const UTF16String& path) {
+    ForCustomDocuments(path, [](const zephcore::Dir& folder, const zephcore::File& document) {
         LoadTranslations(folder, document);
         LoadDefinitionsDocument(document.FullPath(), DocumentOrigin::kCustomFolder);
-    }
+    });
 }
 
 /// Registers all of @p definitions with @p registerOne, whatever becomes of the others; whether all were accepted.
@@ -217,6 +224,11 @@ void LoadBuiltInAndCustomDefinitions() {
     }
     LoadCustomFolder(CustomDefinitionsGlobalDirectory());
     LoadCustomFolder(CustomDefinitionsUserDirectory());
+}
+
+void LoadCustomTranslations() {
+    ForCustomDocuments(CustomDefinitionsGlobalDirectory(), LoadTranslations);
+    ForCustomDocuments(CustomDefinitionsUserDirectory(), LoadTranslations);
 }
 
 void ClearDefinitions() {

@@ -6,6 +6,8 @@ namespace zephmetadata {
 
 /// Registers the built-in documents, then those of the custom definitions folders.
 void LoadBuiltInAndCustomDefinitions();
+/// The translations alone of what stands in the custom folders.
+void LoadCustomTranslations();
 
 enum class DocumentOrigin { kCustomFolder, kExtensionPackage, kBundledPackage };
 

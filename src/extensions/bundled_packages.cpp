@@ -27,15 +27,6 @@ std::optional<UTF8String> Document(std::string_view name, std::string_view type)
     return zephcore::GetBinaryFromModule(kOwn, name, type, bytes) ? std::optional(UTF8String(bytes)) : std::nullopt;
 }
 
-void LoadTranslations(const ExtensionPackage& package, const UTF8String& folder) {
-    for (const UTF16String& language : ApplicationLanguages()) {
-        const UTF16String file = package.locFilePrefix + u"_" + language;
-        if (const auto texts = Document(folder + "/loc/" + zephcore::UTF16to8(file), "dict")) {
-            zephcore::Localizer::Get().LoadBuffer(*texts);
-        }
-    }
-}
-
 /// Calls @p load with the text and the name of each document in @p folder of the resources.
 template <typename Load>
 void LoadDocuments(const UTF8String& folder, const Load& load) {
@@ -71,9 +62,19 @@ std::vector<ExtensionPackage> BundledPackages() {
     return packages;
 }
 
+void LoadBundledTranslations(const ExtensionPackage& package) {
+    const UTF8String folder = zephcore::UTF16to8(package.path);
+    for (const UTF16String& language : ApplicationLanguages()) {
+        const UTF16String file = package.locFilePrefix + u"_" + language;
+        if (const auto texts = Document(folder + "/loc/" + zephcore::UTF16to8(file), "dict")) {
+            zephcore::Localizer::Get().LoadBuffer(*texts);
+        }
+    }
+}
+
 void LoadBundledPackage(ExtensionPackage& package) {
     const UTF8String folder = zephcore::UTF16to8(package.path);
-    LoadTranslations(package, folder);
+    LoadBundledTranslations(package);
     std::set<UTF8String> seen;
     LoadDocuments(folder + "/schema/", [&](const UTF8String& document, const UTF16String& name) {
         Definitions parsed = ParseBufferForDefinitions(document, name);

@@ -8,6 +8,9 @@ namespace zephmetadata {
 /// The packages that are built into the library, in byte order of their folders; nothing is registered.
 std::vector<ExtensionPackage> BundledPackages();
 
+/// Loads the texts of @p package, one of them, in the language in effect.
+void LoadBundledTranslations(const ExtensionPackage& package);
+
 /// Registers what @p package, one of them, brings, and enters it there.
 void LoadBundledPackage(ExtensionPackage& package);
 

@@ -155,6 +155,16 @@ void AddBundledPackages(std::vector<ExtensionPackage> bundled) {
     }
 }
 
+void LoadPackageTranslations() {
+    for (const ExtensionPackage& package : Loaded()) {
+        if (package.bundled) {
+            LoadBundledTranslations(package);
+        } else {
+            LoadTranslations(package, PackageFolder(package.path));
+        }
+    }
+}
+
 void ClearExtensionPackages() {
     Loaded().clear();
 }

@@ -9,6 +9,8 @@ namespace zephmetadata {
 void LoadExtensionPackages(std::vector<ExtensionPackage> bundled);
 /// Registers what those of @p bundled bring whose names no loaded package has.
 void AddBundledPackages(std::vector<ExtensionPackage> bundled);
+/// The translations alone of what is loaded.
+void LoadPackageTranslations();
 void ClearExtensionPackages();
 
 }  // namespace zephmetadata

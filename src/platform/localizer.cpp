@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "platform/thread_language.h"
 #include "zephcore/files.h"
 #include "zephcore/text.h"
 
@@ -71,9 +72,15 @@ std::optional<UTF16String> EntryOf(std::u16string_view line) {
 
 }  // namespace
 
+ThreadLanguage*& CurrentThreadLanguage() {
+    thread_local ThreadLanguage* language = nullptr;
+    return language;
+}
+
 Localizer& Localizer::Get() {
     static Localizer localizer;
-    return localizer;
+    ThreadLanguage* const language = CurrentThreadLanguage();
+    return language == nullptr ? localizer : language->mTexts;
 }
 
 UTF16String Localizer::Translate(std::u16string_view key) const {
