@@ -2,6 +2,10 @@
 
 #include <regex>
 
+#include "listing.h"
+#include "text.h"
+#include "zephmetadata/values.h"
+
 namespace zephmeta {
 
 namespace {
@@ -10,6 +14,11 @@ const std::regex& AssignmentPattern() {
     // The path is everything before the first "=" outside brackets: a language in brackets has an "=" of its own.
     static const std::regex pattern(R"(([A-Za-z_][\w.-]*:(?:\[[^\]]*\]|[^=\[])+)=([^]*))");
     return pattern;
+}
+
+/// Language tags compare without letter case (RFC 4647).
+bool SameTag(std::string_view left, std::string_view right) {
+    return Lower(left) == Lower(right);
 }
 
 }  // namespace
@@ -49,6 +58,25 @@ Target ResolveTarget(const std::string& expression) {
     target.mProblem =
         isKnown || prefix.size() == path.size() ? "not a metadata path" : "unknown prefix \"" + prefix + "\"";
     return target;
+}
+
+std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target& target) {
+    std::vector<std::string> texts;
+    if (tree == nullptr || !zephmetadata::HasValue(tree, target.mPath)) {
+        return texts;
+    }
+    if (zephmetadata::PrimitiveTypeOfPath(target.mPath) == zephmetadata::kPrimitiveType_Alt) {
+        for (const auto& [language, text] : zephmetadata::GetLanguages(tree, target.mPath)) {
+            if (target.mLanguage.empty() || SameTag(language, target.mLanguage)) {
+                texts.insert(SameTag(language, "x-default") ? texts.begin() : texts.end(), text);
+            }
+        }
+    } else if (zephmetadata::IsPathAnArray(target.mPath, true)) {
+        texts = zephmetadata::GetItems(tree, target.mPath);
+    } else if (std::string text; RawText(tree, target.mPath, text)) {
+        texts.push_back(text);
+    }
+    return texts;
 }
 
 }  // namespace zephmeta

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "zephmetadata/paths.h"
+#include "zephmetadata/types.h"
 
 namespace zephmeta {
 
@@ -25,5 +26,9 @@ struct Target {
 };
 
 Target ResolveTarget(const std::string& expression);
+
+/// The stored texts at a target: one of a simple value, those of the items of an array, those of all languages of an
+/// alternative, x-default first, unless the target names one.
+std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target& target);
 
 }  // namespace zephmeta

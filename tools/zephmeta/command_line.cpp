@@ -256,24 +256,28 @@ void CommandLine::AddPanels() {
     panel->add_option("FILE", request->mFiles, "Media files and .xmp sidecars")->required();
     CLI::Option* const view =
         panel
-            ->add_option("--view", request->mView,
+            ->add_option("--view", request->mWish.mView,
                          "The view, for example basic, camera or gps; JSON is of basic by default")
             ->type_name("NAME")
             ->capture_default_str();
     CLI::Option* const all =
-        panel->add_flag("--all", request->mAll, "Every view, those that matter most to such a file first");
+        panel->add_flag("--all", request->mWish.mAll, "Every view, those that matter most to such a file first");
     all->excludes(view);
-    panel->add_flag("--side-by-side", request->mSideBySide, "With --format html: a column for each file")
+    panel->add_flag("--side-by-side", request->mWish.mSideBySide, "With --format html: a column for each file")
         ->excludes(all);
-    panel->add_option("--format", request->mFormat, "text, html (one page to pass on) or json")
+    const auto format = Kept<std::string>();
+    *format = "text";
+    panel->add_option("--format", *format, "text, html (one page to pass on) or json")
         ->check(CLI::IsMember({"text", "html", "json"}))
         ->type_name("FORMAT")
         ->capture_default_str();
     AddSidecarOption(panel);
-    OnRun(panel, [this, request, view] {
-        request->mFormat = mJson ? "json" : request->mFormat;
+    OnRun(panel, [this, request, view, format] {
+        SheetWish& wish = request->mWish;
+        const bool isJson = mJson || *format == "json";
+        wish.mForm = isJson ? SheetForm::kJson : *format == "html" ? SheetForm::kPage : SheetForm::kText;
         // Programs get the same items for every file unless they ask for others.
-        request->mView = request->mFormat == "json" && view->count() == 0 ? "basic" : request->mView;
+        wish.mView = isJson && view->count() == 0 ? "basic" : wish.mView;
         return ShowPanel(*request);
     });
 }

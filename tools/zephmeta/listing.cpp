@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "console.h"
+#include "text.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/xmp_meta.h"
 
@@ -191,34 +191,6 @@ std::vector<ListedValue> ValuesOfTree::Below(const std::string& expression) {
         return !isBelow || (node.mPath[expression.size()] != '[' && node.mPath[expression.size()] != '/');
     });
     return Listed(mTree, Walker(Nodes(begin + 1, end)));
-}
-
-namespace {
-
-/// Language tags compare without letter case (RFC 4647).
-bool SameTag(std::string_view left, std::string_view right) {
-    return Lower(left) == Lower(right);
-}
-
-}  // namespace
-
-std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target& target) {
-    std::vector<std::string> texts;
-    if (tree == nullptr || !zephmetadata::HasValue(tree, target.mPath)) {
-        return texts;
-    }
-    if (zephmetadata::PrimitiveTypeOfPath(target.mPath) == zephmetadata::kPrimitiveType_Alt) {
-        for (const auto& [language, text] : zephmetadata::GetLanguages(tree, target.mPath)) {
-            if (target.mLanguage.empty() || SameTag(language, target.mLanguage)) {
-                texts.insert(SameTag(language, "x-default") ? texts.begin() : texts.end(), text);
-            }
-        }
-    } else if (zephmetadata::IsPathAnArray(target.mPath, true)) {
-        texts = zephmetadata::GetItems(tree, target.mPath);
-    } else if (std::string text; RawText(tree, target.mPath, text)) {
-        texts.push_back(text);
-    }
-    return texts;
 }
 
 bool RawText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text) {

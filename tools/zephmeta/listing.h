@@ -5,7 +5,6 @@
 #include <utility>
 #include <vector>
 
-#include "arguments.h"
 #include "zephmetadata/paths.h"
 #include "zephmetadata/xmp_meta.h"
 
@@ -58,9 +57,5 @@ bool DisplayText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& pat
 /// The stored text at a path: the items of an array joined with "; ", the x-default text of a language alternative.
 /// False when there is none, as for a structure.
 bool RawText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text);
-
-/// The stored texts at a target: one of a simple value, those of the items of an array, those of all languages of an
-/// alternative, x-default first, unless the target names one.
-std::vector<std::string> TextsAt(zephmetadata::XMPMetaHandle tree, const Target& target);
 
 }  // namespace zephmeta

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <iterator>
 #include <set>
 #include <string_view>
 
-#include "zephmetadata/xmp_meta.h"
+#include "together.h"
 
 namespace zephmeta {
 
@@ -119,19 +120,6 @@ bool MediaFile::Start() {
     return mMedia != nullptr && mMedia->StartMetaData();
 }
 
-namespace {
-
-/// Stands for a file without XMP, among others that have some.
-class NoMetaData : public zephmetadata::TypicalProviderImpl {
-public:
-    NoMetaData() : TypicalProviderImpl(zephmetadata::CreateXMPMeta().get()) {}
-
-private:
-    void WriteChanges(const std::vector<zephmetadata::Path>& /*changes*/) override {}
-};
-
-}  // namespace
-
 std::vector<MediaFile> OpenAll(const std::vector<std::string>& names, Problems& problems) {
     std::vector<MediaFile> files;
     std::set<std::filesystem::path> seen;
@@ -155,16 +143,10 @@ std::vector<MediaFile> OpenAll(const std::vector<std::string>& names, Problems& 
 }
 
 zephmetadata::sp<zephmetadata::MetaDataProvider> AsOne(const std::vector<MediaFile>& files) {
-    if (files.size() == 1) {
-        return files.front().Provider();
-    }
-    const auto aggregate = std::make_shared<zephmetadata::AggregateProvider>();
-    for (const MediaFile& file : files) {
-        const bool isLast = &file == &files.back();
-        const bool hasTree = *zephmetadata::MetaDataReadAccess(file.Provider()) != nullptr;
-        aggregate->AddProvider(hasTree ? file.Provider() : std::make_shared<NoMetaData>(), isLast);
-    }
-    return aggregate;
+    std::vector<zephmetadata::sp<zephmetadata::MetaDataProvider>> providers;
+    std::transform(files.begin(), files.end(), std::back_inserter(providers),
+                   [](const MediaFile& file) { return file.Provider(); });
+    return Together(providers);
 }
 
 }  // namespace zephmeta

@@ -5,6 +5,7 @@
 
 #include "batch/batch.h"
 #include "edits/edit_arguments.h"
+#include "panel/sheet.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/values.h"
 
@@ -54,11 +55,8 @@ int ShowSchemas(const std::string& prefix, bool json);
 int ShowTypes(const std::string& id, bool json);
 
 struct PanelRequest {
-    std::vector<std::string> mFiles;  ///< several are shown as one
-    std::string mView = "overview";   ///< that, the name of a view, or the end of one of the library's own
-    bool mAll = false;                ///< every view instead
-    bool mSideBySide = false;         ///< of a page: a column for each file
-    std::string mFormat = "text";
+    std::vector<std::string> mFiles;
+    SheetWish mWish;
 };
 /// Findings about the packet, with @p native also about what stands in Exif and IPTC-IIM alone. 1 also when a file has
 /// a finding of severity error.

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <iostream>
 
+#include "arguments.h"
 #include "batch/batch.h"
 #include "commands/commands.h"
 #include "json.h"

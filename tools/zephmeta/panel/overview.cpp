@@ -4,9 +4,8 @@
 #include <array>
 #include <map>
 #include <set>
-#include <string_view>
 
-#include "console.h"
+#include "text.h"
 #include "zephmetadata/definitions.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/xmp_meta.h"
@@ -61,9 +60,6 @@ constexpr std::array<KindRow, 3> kKinds = {{
      {"audio", "basic", "video", "origin", "iptccore", "iptcextension", "gps", "camera"}},
 }};
 constexpr auto kLastViews = std::to_array<std::string_view>({"dicom", "tessera"});
-
-/// What every built-in view's name begins with.
-constexpr std::string_view kOwnViews = "com.corvid.xmp.view.";
 
 /// The facts beside the name. The first path of a label that has a value is shown; several joined by + are one value.
 struct FactRow {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "panel/panel_model.h"
@@ -9,6 +10,8 @@ namespace zephmeta {
 
 /// The name by which people ask for the overview, which no registered view has.
 inline constexpr const char* kOverview = "overview";
+/// What every built-in view's name begins with; people leave it out.
+inline constexpr std::string_view kOwnViews = "com.corvid.xmp.view.";
 
 /// What order suits whom.
 enum class MediaKind { kPicture, kFilm, kSound };

@@ -4,7 +4,7 @@
 #include <array>
 #include <string_view>
 
-#include "console.h"
+#include "text.h"
 #include "zephcore/text.h"
 
 namespace zephmeta {

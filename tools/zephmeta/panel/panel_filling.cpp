@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "console.h"
 #include "listing.h"
 #include "panel/panel_description.h"
 #include "panel/panel_values.h"
+#include "text.h"
 #include "zephmetadata/values.h"
 
 namespace zephmeta {

@@ -4,10 +4,10 @@
 #include <ostream>
 #include <string_view>
 
-#include "console.h"
 #include "panel/overview.h"
 #include "panel/panel_output.h"
 #include "panel/panel_page_style.h"
+#include "text.h"
 
 namespace zephmeta {
 

@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <ostream>
 
-#include "console.h"
 #include "panel/overview.h"
 #include "panel/panel_output.h"
+#include "text.h"
 
 namespace zephmeta {
 
