@@ -3,11 +3,11 @@
 #include <map>
 
 #include "module.h"
+#include "panel/sheet.h"
 #include "zephcore/localizer.h"
 #include "zephmetadata/extensions.h"
 #include "zephmetadata/paths.h"
 #include "zephmetadata/values.h"
-#include "zephmetadata/views.h"
 
 namespace zephpython {
 
@@ -93,8 +93,7 @@ void AddColumns(const std::vector<sp<ViewItem>>& items, py::list& columns) {
 
 /// The paths that a view shows, in its order; None where there is no such view.
 py::object Columns(const std::string& name) {
-    sp<ViewDefinition> view = GetViewDefinitionForName(name);
-    view = view ? view : GetViewDefinitionForName("com.corvid.xmp.view." + name);
+    const sp<ViewDefinition> view = zephmeta::FindView(name);
     if (!view) {
         return py::none();
     }

@@ -36,6 +36,11 @@ public:
     /// Where changes go when it is not into the file; empty when they go into the file.
     std::string Sidecar() const;
 
+    /// Of a file; else empty.
+    const std::string& Name() const { return mName; }
+    /// What is shown, with edits; null when there is no metadata.
+    const zephmetadata::XMPMetaPtr& Tree() const { return mTree; }
+
     RawValue At(const std::string& expression) const;
     /// The same, and where there is no value but one for display that is made of others, that.
     RawValue AtOrMade(const std::string& expression) const;

@@ -6,6 +6,7 @@
 
 #include "media.h"
 #include "module.h"
+#include "panels.h"
 #include "python_source.h"
 
 namespace zephpython {
@@ -157,6 +158,13 @@ py::str Display(Handle& handle, const std::string& path, const std::string& lang
     return Text(handle.Use([&](Media& media) { return media.Display(path); }));
 }
 
+/// Text, HTML page and JSON; None where there is no such view.
+py::object Panel(Handle& handle, const std::string& view, const std::string& language) {
+    const InLanguage inLanguage(language);
+    const auto forms = handle.Use([&](Media& media) { return PanelOf(view, media.Name(), media.Tree()); });
+    return forms ? py::object(py::make_tuple(Text(forms->mText), Text(forms->mPage), Text(forms->mJson))) : py::none();
+}
+
 py::list Validate(Handle& handle) {
     py::list findings;
     for (const ValidationFinding& finding : handle.Use([](Media& media) { return media.Validate(); })) {
@@ -257,6 +265,7 @@ void AddMedia(py::module_& module) {
                  return names;
              })
         .def("display", Display)
+        .def("panel", Panel)
         .def("origin",
              [](Handle& handle, const std::string& path) {
                  return static_cast<int>(handle.Use([&](Media& media) { return media.Origin(path); }));

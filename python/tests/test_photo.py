@@ -1,6 +1,7 @@
 """Photos as mappings: what is read, what an assignment does to the file, and how failures show."""
 
 import datetime
+import html
 import io
 import os
 import pickle
@@ -278,6 +279,22 @@ def test_serves_different_threads(fixture):
     for thread in threads:
         thread.join()
     assert not failures and {z.open(name)["xmp:Rating"] for name in names} == {3.0}
+
+
+def test_shows_panels_with_what_is_not_saved_yet(fixture):
+    photo = z.open(fixture())
+    photo["dc:title"] = "</iframe><b>&"
+    panel = photo.panel()
+    assert repr(panel) == panel.text and "</iframe><b>&" in panel.text and "&lt;/iframe&gt;&lt;b&gt;&amp;" in panel.page
+    shown = panel._repr_html_()
+    assert shown.count("<iframe") == shown.count("</iframe>") == 1 and html.escape(panel.page) in shown
+    assert [panel.values[name] for name in ("view", "files")] == ["overview", [photo.name]]
+    german = photo.panel("camera", lang="de")
+    assert "Belichtung        1/250 s, f/8, ISO 200, Zeitautomatik (Blendenvorwahl)" in german.text and 'lang="de"' in german.page
+    assert "different values" in z.merge([photo.name, fixture("exif-only.jpg")]).panel("basic").text
+    assert z.open(fixture("plain.jpg")).panel("camera").text == "Camera Data: nothing recorded\n"
+    with pytest.raises(ValueError, match="no view 'nowhere'"):
+        photo.panel("nowhere")
 
 
 def test_finds_what_the_definitions_do_not_allow():

@@ -25,6 +25,7 @@ from ._errors import (
     WriteError,
     WriteReport,
 )
+from ._panels import Panel
 from ._photo import Finding, Photo, merge, open, parse
 from ._schemas import Property, Schema, schemas
 from ._tables import apply, table
@@ -35,6 +36,7 @@ __all__ = [
     "Error",
     "Finding",
     "MetadataWarning",
+    "Panel",
     "PartialDate",
     "PathError",
     "Photo",

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import json
 import os
 import warnings
 from collections.abc import Iterable, Iterator, MutableMapping
@@ -11,6 +12,7 @@ from typing import Any, Literal, Protocol, Union
 
 from . import _core, _values
 from ._errors import Error, MetadataWarning, PathError, ReadError, ValueRefused, WriteError, WriteReport, reason
+from ._panels import Panel
 
 SidecarPolicy = Literal["auto", "never", "always"]
 
@@ -154,6 +156,18 @@ class Photo(MutableMapping[str, Any]):
     def label(self, path: str, lang: str = "") -> str:
         """The name of the property for people, likewise; the path where none is known."""
         return _core.label(_values.canonical(path), lang) or path
+
+    def panel(self, view: str = "overview", lang: str = "") -> Panel:
+        """What a view shows, such as ``"camera"``, ``"gps"`` or ``"iptccore"``; the overview has what matters most.
+
+        >>> zephmetadata.open(sample()).panel("camera", lang="de").text.splitlines()[6]
+        '    Brennweite        50 mm (50 mm im 35-mm-Kleinbildformat)'
+        """
+        forms = self._media.panel(view, lang)
+        if forms is None:
+            raise ValueError(f"there is no view {view!r}")
+        text, page, values = forms
+        return Panel(view, text, page, json.loads(values))
 
     def origin(self, path: str) -> str:
         """Where the value was read from: ``"xmp"``, ``"native"`` (Exif, IPTC and the like) or ``"none"``."""
