@@ -7,8 +7,8 @@
 /// Texts in other languages than that of the user interface, for hosts that serve several readers at once.
 namespace zephmetadata {
 
-/// The texts of one language: the built-in ones, those of the loaded packages and of custom definitions, as they are when
-/// it is made. What has no text in it is English, or what its document says. To be made between Initialize and Terminate,
+/// The texts of one language: the built-in ones, those of the packages that are loaded from folders and of custom
+/// definitions, as they are when it is made. What has no text in it is English, or what its document says. To be made between Initialize and Terminate,
 /// by one thread at a time, as it reads files; afterwards any thread may use it, also after Terminate.
 class ZEPHMETADATA_EXPORT Language {
 public:
