@@ -1,7 +1,5 @@
 #include <pybind11/stl.h>
 
-#include <map>
-
 #include "module.h"
 #include "panel/sheet.h"
 #include "zephcore/localizer.h"
@@ -13,23 +11,6 @@ namespace zephpython {
 
 namespace py = pybind11;
 using namespace zephmetadata;
-
-InLanguage::InLanguage(const std::string& code) {
-    constexpr std::size_t kMaxLanguages = 32;
-    static std::map<std::string, std::shared_ptr<const Language>> languages;  // guarded by the GIL
-    if (code.empty()) {
-        return;
-    }
-    if (languages.size() == kMaxLanguages && !languages.contains(code)) {
-        languages.clear();
-    }
-    std::shared_ptr<const Language>& language = languages[code];
-    if (language == nullptr) {
-        language = std::make_shared<const Language>(code);
-    }
-    mLanguage = language;
-    mScope.emplace(*mLanguage);
-}
 
 py::str Shown(const UTF16String& text) {
     return Text(zephcore::UTF16to8(zephcore::ResolveDisplayEscapes(text)));

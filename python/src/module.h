@@ -30,6 +30,8 @@ pybind11::str Shown(const zephmetadata::UTF16String& text);
 class InLanguage {
 public:
     explicit InLanguage(const std::string& code);
+    /// Has texts read anew that are asked for later.
+    static void Forget();
 
 private:
     std::shared_ptr<const zephmetadata::Language> mLanguage;
@@ -37,6 +39,7 @@ private:
 };
 
 void AddDefinitions(pybind11::module_& module);
+void AddPackages(pybind11::module_& module);
 void AddMedia(pybind11::module_& module);
 
 }  // namespace zephpython

@@ -4,6 +4,7 @@ import datetime
 import html
 import io
 import os
+import pathlib
 import pickle
 import threading
 from fractions import Fraction
@@ -305,3 +306,26 @@ def test_finds_what_the_definitions_do_not_allow():
     )
     assert photo["xmp:Rating"] == "many" and photo["xmp:CreateDate"] == "2024-02-31"
     assert ("xmp:Rating", "error", "type") in [(found.path, found.severity, found.rule) for found in photo.validate()]
+
+
+def test_loads_packages_and_takes_them_out(fixture):
+    folder = pathlib.Path(__file__).parents[2] / "examples" / "packages" / "tide-table"
+    documents = {str(file.relative_to(folder)): file.read_bytes() for file in folder.rglob("*.*")}
+    photo = z.open(fixture())
+    for source in (folder, documents):
+        with pytest.raises(z.Error):
+            photo["tides:height"] = 3.5
+        package = z.load_package(source)
+        assert (package.name, package.schemas) == ("Tide Table", ["http://example.org/tides/1.0/"])
+        assert package in z.packages() and not package.bundled and package.folder == str(source if source is folder else "")
+        photo["tides:height"] = 3.5
+        assert photo["tides:height"] == 3.5 and "3.5" in photo.panel(package.views[0]).text
+        assert photo.label("tides:gauge", lang="de") == ("Pegel" if source is folder else "Tide Gauge")
+        with pytest.raises(z.Error, match="Tide Table"):
+            z.load_package(source)
+        assert z.remove_package("Tide Table") and not z.remove_package("Tide Table")
+    with pytest.raises(z.Error):
+        z.load_package(folder / "nowhere")
+    with pytest.warns(z.MetadataWarning):
+        z.load_package({"manifest.xml": documents["manifest.xml"], "schema/broken.xml": "<xmp_definitions>"})
+    assert z.remove_package("Tide Table")

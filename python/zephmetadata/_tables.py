@@ -90,16 +90,42 @@ _TYPES: dict[str, tuple[type, ...]] = {
 }
 
 
+def _fits(cell: Any, dtype: str) -> bool:
+    """Whether a column of @p dtype can hold it; any can hold nothing."""
+    if cell is None:
+        return True
+    return type(cell) in _TYPES[dtype] and (dtype != "Int64" or -(2**63) <= cell < 2**63)
+
+
 def _frame(rows: list[Row], columns: Sequence[str], wanted: list[str]) -> Any:
     pandas = importlib.import_module("pandas")
     frame = pandas.DataFrame(rows, columns=[FILE, *columns, ERROR], dtype=object)
     types = {FILE: "string", ERROR: "string"}
     for column, path in zip(columns, wanted):
         dtype = _DTYPES.get(_values.kind_of(path), "object")
-        fits = _TYPES.get(dtype, ())
-        if all(type(cell) in fits for cell in frame[column] if cell is not None):
+        if dtype in _TYPES and all(_fits(cell, dtype) for cell in frame[column]):
             types[column] = dtype  # a value that is stored against its type keeps the column as it is
     return frame.astype(types)
+
+
+def typed_frame(rows: list[Row], columns: Sequence[str]) -> Any:
+    """A frame of these very types, whatever the rows hold: what does not fit is missing, and its row says so."""
+    pandas = importlib.import_module("pandas")
+    dtypes = {column: _DTYPES.get(_values.kind_of(_values.canonical(column)), "object") for column in columns}
+    for row in rows:
+        for column, dtype in dtypes.items():
+            if dtype in _TYPES and not _fits(row[column], dtype):
+                row[ERROR] = row[ERROR] or f"{column}: {row[column]!r} is no {dtype}"
+                row[column] = None
+    frame = pandas.DataFrame(rows, columns=[FILE, *columns, ERROR], dtype=object)
+    return frame.astype({FILE: "string", **dtypes, ERROR: "string"})
+
+
+def records(rows: Any) -> list[Row]:
+    """The rows of a table, whatever holds them, as dictionaries; cells without a value are None."""
+    if not hasattr(rows, "to_dict"):
+        return list(rows)
+    return [{column: plain(cell) for column, cell in record.items()} for record in rows.to_dict("records")]
 
 
 def _arrow(rows: list[Row], columns: Sequence[str], wanted: list[str]) -> Any:
@@ -109,7 +135,7 @@ def _arrow(rows: list[Row], columns: Sequence[str], wanted: list[str]) -> Any:
     for column, path in zip([FILE, *columns, ERROR], [None, *wanted, None]):
         dtype = "string" if path is None else _DTYPES.get(_values.kind_of(path), "object")
         values = [row[column] for row in rows]
-        if dtype not in types or not all(type(cell) in _TYPES[dtype] for cell in values if cell is not None):
+        if dtype not in types or not all(_fits(cell, dtype) for cell in values):
             dtype, values = "string", [as_text(cell) for cell in values]
         cells[column] = pyarrow.array(values, types[dtype])
     return pyarrow.table(cells)
@@ -140,11 +166,11 @@ def apply(
     True
     """
     policy_number(sidecar)
-    records = rows.to_dict("records") if hasattr(rows, "to_dict") else list(rows)
-    names = [os.path.realpath(record[FILE]) for record in records]
+    listed = records(rows)
+    names = [os.path.realpath(record[FILE]) for record in listed]
     if len(set(names)) != len(names):
         raise ValueError("a file has more than one row")
-    return _map(lambda record: _write(record, sidecar, delete_missing), records, workers)
+    return _map(lambda record: _write(record, sidecar, delete_missing), listed, workers)
 
 
 def _write(record: Mapping[str, Any], sidecar: SidecarPolicy, delete_missing: bool) -> Row:
@@ -153,7 +179,7 @@ def _write(record: Mapping[str, Any], sidecar: SidecarPolicy, delete_missing: bo
         return {**result, ERROR: record[ERROR]}
     try:
         photo = open(record[FILE], sidecar=sidecar)
-        cells = {path: _plain(cell) for path, cell in record.items() if path not in (FILE, ERROR)}
+        cells = {path: plain(cell) for path, cell in record.items() if path not in (FILE, ERROR)}
         photo.update({path: cell for path, cell in cells.items() if not _stays(photo, path, cell)})
         for path in (path for path, cell in cells.items() if cell is None and delete_missing and path in photo):
             del photo[path]
@@ -174,7 +200,7 @@ def _is_missing(cell: Any) -> bool:
     return cell is None or type(cell).__name__ == "NAType" or (isinstance(cell, float) and math.isnan(cell))
 
 
-def _plain(cell: Any) -> Any:
+def plain(cell: Any) -> Any:
     """A cell of a frame as Python has it."""
     if _is_missing(cell):
         return None
