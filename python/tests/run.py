@@ -14,7 +14,7 @@ PYTEST = ["pytest", "-q", "-p", "fixtures_plugin", "-p", "no:cacheprovider", "--
 
 
 def tests(package: pathlib.Path) -> list[str]:
-    command = [*PYTEST, str(package), str(HERE), str(ROOT / "README.md")]
+    command = [*PYTEST, str(package), str(HERE), str(ROOT / "README.md"), str(ROOT / "docs" / "python.md")]
     if importlib.util.find_spec("dask") is None:
         print("Without dask (Debian: python3-dask python3-distributed) its part is left out")
         command.append(f"--ignore={package / 'dask.py'}")

@@ -286,7 +286,7 @@ def test_shows_panels_with_what_is_not_saved_yet(fixture):
     photo = z.open(fixture())
     photo["dc:title"] = "</iframe><b>&"
     panel = photo.panel()
-    assert repr(panel) == panel.text and "</iframe><b>&" in panel.text and "&lt;/iframe&gt;&lt;b&gt;&amp;" in panel.page
+    assert repr(panel) + "\n" == panel.text and "</iframe><b>&" in panel.text and "&lt;/iframe&gt;&lt;b&gt;&amp;" in panel.page
     shown = panel._repr_html_()
     assert shown.count("<iframe") == shown.count("</iframe>") == 1 and html.escape(panel.page) in shown
     assert [panel.values[name] for name in ("view", "files")] == ["overview", [photo.name]]

@@ -21,7 +21,7 @@ class Panel:
     values: dict[str, Any]
 
     def __repr__(self) -> str:
-        return self.text
+        return self.text.rstrip("\n")
 
     def _repr_html_(self) -> str:
         # In a frame, as the page has a style of its own, which is not to become that of the notebook.
