@@ -1,9 +1,11 @@
 #pragma once
 
+#include "zephmetadata/byte_target.h"
 #include "zephmetadata/definitions.h"
 #include "zephmetadata/edits.h"
 #include "zephmetadata/extensions.h"
 #include "zephmetadata/formatting.h"
+#include "zephmetadata/languages.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/media.h"
 #include "zephmetadata/paths.h"

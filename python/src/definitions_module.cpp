@@ -1,6 +1,7 @@
 #include <pybind11/stl.h>
 
 #include "module.h"
+#include "panel/sheet.h"
 #include "zephcore/localizer.h"
 #include "zephmetadata/extensions.h"
 #include "zephmetadata/paths.h"
@@ -54,6 +55,34 @@ py::object Definition(const std::string& expression) {
     return entry ? py::object(Described(*entry)) : py::none();
 }
 
+py::str Label(const std::string& expression, const std::string& language) {
+    const InLanguage inLanguage(language);
+    const sp<EntryDefinition> entry = PathEntryDefinition(PathForExpression(expression));
+    return entry ? Shown(LabelOf(*entry)) : py::str();
+}
+
+void AddColumns(const std::vector<sp<ViewItem>>& items, py::list& columns) {
+    for (const sp<ViewItem>& item : items) {
+        const std::string path = item->mPath.mNamespace.empty() ? std::string() : ExpressionForPath(item->mPath);
+        if (!path.empty() && !columns.contains(path)) {
+            columns.append(Text(path));
+        } else if (path.empty()) {
+            AddColumns(item->mChildItems, columns);
+        }
+    }
+}
+
+/// The paths that a view shows, in its order; None where there is no such view.
+py::object Columns(const std::string& name) {
+    const sp<ViewDefinition> view = zephmeta::FindView(name);
+    if (!view) {
+        return py::none();
+    }
+    py::list columns;
+    AddColumns(view->mItems, columns);
+    return columns;
+}
+
 py::list Schemas() {
     py::list schemas;
     for (const sp<SchemaDefinition>& schema : RegisteredSchemaDefinitions()) {
@@ -71,7 +100,9 @@ py::list Schemas() {
 
 void AddDefinitions(py::module_& module) {
     module.def("definition", Definition);
+    module.def("label", Label);
     module.def("schemas", Schemas);
+    module.def("columns", Columns);
     module.def("canonical", [](const std::string& expression) {
         const Path path = PathForExpression(expression);
         return Text(path.mNamespace.empty() ? std::string() : ExpressionForPath(path));

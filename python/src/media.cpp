@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <array>
 
-#include "zephmetadata/source_provider.h"
-
 namespace zephpython {
 
 using namespace zephmetadata;
@@ -93,8 +91,18 @@ std::unique_ptr<Media> Media::OpenFile(const std::string& name, SidecarPolicy po
 
 std::unique_ptr<Media> Media::OpenSource(sp<const ByteSource> source) {
     ErrorScope scope;
-    std::unique_ptr<Media> media(new Media(std::make_shared<SourceProvider>(std::move(source))));
+    std::unique_ptr<Media> media(new Media(std::make_shared<SourceProvider>(source)));
+    media->mSource = std::move(source);
     media->mReadErrors = scope.Take();
+    return media;
+}
+
+std::unique_ptr<Media> Media::OpenBytes(std::string bytes) {
+    auto source = std::make_shared<const BufferSource>(std::move(bytes));
+    std::unique_ptr<Media> media = OpenSource(source);
+    media->mBytes = std::move(source);
+    media->mBuffer = std::make_shared<BufferTarget>();
+    dynamic_cast<SourceProvider&>(*media->mProvider).SetTarget(media->mBuffer);
     return media;
 }
 
@@ -136,6 +144,16 @@ const RawValues& Media::Values() const {
 
 RawValue Media::At(const std::string& expression) const {
     return Values().At(PathForExpression(expression));
+}
+
+RawValue Media::AtOrMade(const std::string& expression) const {
+    RawValue value = At(expression);
+    const ErrorScope scope;
+    if (value.mShape == RawValue::Shape::kNone &&
+        GetConstructedValue(mTree.get(), PathForExpression(expression), value.mText)) {
+        value.mShape = RawValue::Shape::kText;
+    }
+    return value;
 }
 
 std::vector<std::string> Media::Properties() const {
@@ -228,17 +246,95 @@ EditReport Media::Save() {
         report.mStatus = FileStatus::kFileStatus_NoFile;
         return report;
     }
+    report = WriteChanges();
+    if (mBuffer != nullptr && mBuffer->Committed() != nullptr) {
+        mBytes = mBuffer->Committed();
+        mSource = mBytes;
+    }
+    return report;
+}
+
+EditReport Media::WriteChanges() {
     const ErrorScope scope;
-    report = ApplyEdits(mProvider, Changes());
+    EditReport report = ApplyEdits(mProvider, Changes());
     TellOfParts(report);
-    const bool isFailure = report.mStatus != FileStatus::kFileStatus_Success || report.IsRefused();
-    if (!isFailure) {
+    if (report.mStatus == FileStatus::kFileStatus_Success && !report.IsRefused()) {
         ShowWhatWasRead();
-    } else if (mName.empty() || report.mStatus == FileStatus::kFileStatus_Changed) {
+    } else {
+        AfterFailure(report);
+    }
+    return report;
+}
+
+/// The provider's tree has the edits, though what it stands for has not: one without them lets them be saved again.
+void Media::AfterFailure(const EditReport& report) {
+    if (report.mStatus == FileStatus::kFileStatus_Changed || (mName.empty() && mSource == nullptr)) {
         mFailure = report;
     } else {
-        // The provider's tree has the edits, though the file has not: one without them lets them be saved again.
-        mProvider = ProviderOf(mName, mPolicy);
+        mProvider = mName.empty() ? sp<MetaDataProvider>(Reopened()) : ProviderOf(mName, mPolicy);
+    }
+}
+
+sp<SourceProvider> Media::Reopened() const {
+    auto provider = std::make_shared<SourceProvider>(mSource);
+    provider->SetTarget(mBuffer);
+    return provider;
+}
+
+namespace {
+
+/// Hands on, and knows whether it did.
+class OnceTarget : public ByteTarget {
+public:
+    explicit OnceTarget(sp<ByteTarget> inner) : mInner(std::move(inner)) {}
+
+    bool Start(std::uint64_t size) override {
+        mIsStarted = true;
+        return mInner->Start(size);
+    }
+    bool Append(const void* bytes, std::size_t size) override { return mInner->Append(bytes, size); }
+    FileStatus Commit() override { return mInner->Commit(); }
+    bool IsStarted() const { return mIsStarted; }
+
+private:
+    sp<ByteTarget> mInner;
+    bool mIsStarted = false;
+};
+
+FileStatus Copy(const ByteSource& source, ByteTarget& target) {
+    constexpr std::uint64_t kBlockBytes = std::uint64_t{1} << 20U;
+    std::vector<char> block(static_cast<std::size_t>(std::min(source.Size(), kBlockBytes)));
+    bool isGood = target.Start(source.Size());
+    for (std::uint64_t done = 0; isGood && done < source.Size(); done += block.size()) {
+        block.resize(static_cast<std::size_t>(std::min<std::uint64_t>(block.size(), source.Size() - done)));
+        isGood = source.ReadAt(done, block.data(), block.size()) && target.Append(block.data(), block.size());
+    }
+    return isGood ? target.Commit() : FileStatus::kFileStatus_NotWritten;
+}
+
+}  // namespace
+
+EditReport Media::SaveTo(const sp<ByteTarget>& target) {
+    EditReport report;
+    if (mFailure) {
+        return *mFailure;
+    }
+    if (mSource == nullptr) {
+        report.mStatus = FileStatus::kFileStatus_NoFile;
+        return report;
+    }
+    const auto once = std::make_shared<OnceTarget>(target);
+    if (!mTouched.empty()) {
+        dynamic_cast<SourceProvider&>(*mProvider).SetTarget(once);
+        report = WriteChanges();
+    }
+    const bool isFailure = report.mStatus != FileStatus::kFileStatus_Success || report.IsRefused();
+    if (once->IsStarted() && !isFailure) {
+        mFailure.emplace();  // what was read is not what lies there now
+        mFailure->mStatus = FileStatus::kFileStatus_ReadOnly;
+        mFailure->mDetail = "it was written elsewhere; open that";
+    } else if (!isFailure) {
+        report.mStatus = Copy(*mSource, *target);
     }
     return report;
 }

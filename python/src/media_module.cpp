@@ -6,6 +6,7 @@
 
 #include "media.h"
 #include "module.h"
+#include "panels.h"
 #include "python_source.h"
 
 namespace zephpython {
@@ -118,11 +119,7 @@ py::list Edit(Handle& handle, const std::vector<EditRow>& rows) {
 }
 
 /// Whether something was written; the status; its detail; why edits were refused.
-py::tuple Save(Handle& handle) {
-    const EditReport report = [&] {
-        const py::gil_scoped_release unlocked;
-        return handle.Use([](Media& media) { return media.Save(); });
-    }();
+py::tuple AsPython(const EditReport& report) {
     py::list reasons;
     for (const EditOutcome& outcome : report.mOutcomes) {
         if (outcome.mResult == EditResult::kEditResult_Refused) {
@@ -130,6 +127,42 @@ py::tuple Save(Handle& handle) {
         }
     }
     return py::make_tuple(report.IsChanged(), StatusName(report.mStatus), Text(report.mDetail), reasons);
+}
+
+py::tuple Save(Handle& handle) {
+    const EditReport report = [&] {
+        const py::gil_scoped_release unlocked;
+        return handle.Use([](Media& media) { return media.Save(); });
+    }();
+    return AsPython(report);
+}
+
+py::tuple SaveTo(Handle& handle, const py::object& object) {
+    const auto target = std::make_shared<PythonTarget>(object);
+    EditReport report = [&] {
+        const py::gil_scoped_release unlocked;
+        return handle.Use([&](Media& media) { return media.SaveTo(target); });
+    }();
+    report.mDetail = target->Problem().empty() ? report.mDetail : target->Problem();
+    return AsPython(report);
+}
+
+/// None for what is no bytes.
+py::object Bytes(Handle& handle) {
+    const sp<const BufferSource> bytes = handle.Use([](Media& media) { return media.Bytes(); });
+    return bytes ? py::object(py::bytes(bytes->Bytes())) : py::none();
+}
+
+py::str Display(Handle& handle, const std::string& path, const std::string& language) {
+    const InLanguage inLanguage(language);
+    return Text(handle.Use([&](Media& media) { return media.Display(path); }));
+}
+
+/// Text, HTML page and JSON; None where there is no such view.
+py::object Panel(Handle& handle, const std::string& view, const std::string& language) {
+    const InLanguage inLanguage(language);
+    const auto forms = handle.Use([&](Media& media) { return PanelOf(view, media.Name(), media.Tree()); });
+    return forms ? py::object(py::make_tuple(Text(forms->mText), Text(forms->mPage), Text(forms->mJson))) : py::none();
 }
 
 py::list Validate(Handle& handle) {
@@ -173,7 +206,7 @@ std::unique_ptr<Handle> OpenPacket(const std::string& packet) {
 
 std::unique_ptr<Handle> OpenBytes(std::string bytes) {
     const py::gil_scoped_release unlocked;
-    return std::make_unique<Handle>(Media::OpenSource(std::make_shared<BytesSource>(std::move(bytes))));
+    return std::make_unique<Handle>(Media::OpenBytes(std::move(bytes)));
 }
 
 /// With what the object raised while it was read, which is empty when it did not.
@@ -205,7 +238,7 @@ py::tuple ReadColumns(const std::string& name, int policy, const std::vector<std
         const std::unique_ptr<Media> media = Media::OpenFile(name, static_cast<SidecarPolicy>(policy));
         report = media->LastRead();
         for (const std::string& column : columns) {
-            values.push_back(media->At(column));
+            values.push_back(media->AtOrMade(column));
         }
     }
     py::list cells;
@@ -231,10 +264,8 @@ void AddMedia(py::module_& module) {
                  }
                  return names;
              })
-        .def("display",
-             [](Handle& handle, const std::string& path) {
-                 return Text(handle.Use([&](Media& media) { return media.Display(path); }));
-             })
+        .def("display", Display)
+        .def("panel", Panel)
         .def("origin",
              [](Handle& handle, const std::string& path) {
                  return static_cast<int>(handle.Use([&](Media& media) { return media.Origin(path); }));
@@ -250,6 +281,8 @@ void AddMedia(py::module_& module) {
              [](Handle& handle) { return py::bytes(handle.Use([](Media& media) { return media.Sidecar(); })); })
         .def("edit", Edit)
         .def("save", Save)
+        .def("save_to", SaveTo)
+        .def("data", Bytes)
         .def("validate", Validate)
         .def("last_read", LastRead)
         .def("last_write", LastWrite);

@@ -14,5 +14,6 @@ PYBIND11_MODULE(_core, module) {
     zephmetadata::RegisterBundledPackages();
     module.attr("__version__") = zephmetadata::GetLibraryVersion();
     zephpython::AddDefinitions(module);
+    zephpython::AddPackages(module);
     zephpython::AddMedia(module);
 }

@@ -2,9 +2,13 @@
 
 #include <pybind11/pybind11.h>
 
+#include <memory>
+#include <optional>
+#include <string>
 #include <string_view>
 
 #include "zephcore/text.h"
+#include "zephmetadata/languages.h"
 #include "zephmetadata/types.h"
 
 namespace zephpython {
@@ -22,7 +26,20 @@ inline pybind11::str Text(std::string_view text) {
 /// A localised text as people see it.
 pybind11::str Shown(const zephmetadata::UTF16String& text);
 
+/// Texts come in a language, or, for an empty code, in the user's own. To be made with the GIL held, which is kept.
+class InLanguage {
+public:
+    explicit InLanguage(const std::string& code);
+    /// Has texts read anew that are asked for later.
+    static void Forget();
+
+private:
+    std::shared_ptr<const zephmetadata::Language> mLanguage;
+    std::optional<zephmetadata::LanguageScope> mScope;
+};
+
 void AddDefinitions(pybind11::module_& module);
+void AddPackages(pybind11::module_& module);
 void AddMedia(pybind11::module_& module);
 
 }  // namespace zephpython

@@ -1,7 +1,6 @@
 #include "python_source.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace zephpython {
 
@@ -12,15 +11,14 @@ namespace {
 constexpr std::size_t kBlockBytes = std::size_t{64} << 10U;
 constexpr std::size_t kMaxBlocks = 64;
 
-}  // namespace
-
-bool BytesSource::ReadAt(std::uint64_t offset, void* into, std::size_t size) const {
-    if (offset > mBytes.size() || size > mBytes.size() - offset) {
-        return false;
-    }
-    std::memcpy(into, mBytes.data() + offset, size);
-    return true;
+/// Whatever thread it is that lets go last.
+void Release(py::object& object) {
+    const PyGILState_STATE state = PyGILState_Ensure();
+    Py_XDECREF(object.release().ptr());
+    PyGILState_Release(state);
 }
+
+}  // namespace
 
 PythonSource::PythonSource(py::object file) : mFile(std::move(file)) {
     constexpr int kFromEnd = 2;
@@ -29,9 +27,7 @@ PythonSource::PythonSource(py::object file) : mFile(std::move(file)) {
 }
 
 PythonSource::~PythonSource() {
-    const PyGILState_STATE state = PyGILState_Ensure();
-    Py_XDECREF(mFile.release().ptr());
-    PyGILState_Release(state);
+    Release(mFile);
 }
 
 bool PythonSource::ReadAt(std::uint64_t offset, void* into, std::size_t size) const {
@@ -91,6 +87,31 @@ bool PythonSource::Fetch(std::uint64_t number, std::string& bytes) const {
     } catch (const std::exception& error) {
         // What Python raised: a source answers by its result alone.
         mProblem = mProblem.empty() ? error.what() : mProblem;
+        return false;
+    }
+}
+
+PythonTarget::~PythonTarget() {
+    Release(mFile);
+}
+
+bool PythonTarget::Append(const void* bytes, std::size_t size) {
+    const py::gil_scoped_acquire gil;
+    const auto* from = static_cast<const char*>(bytes);
+    try {
+        while (size > 0) {
+            const py::object count = mFile.attr("write")(py::bytes(from, size));
+            const auto written = count.is_none() ? size : count.cast<std::size_t>();  // raw files may take less
+            if (written == 0 || written > size) {
+                mProblem = "its target does not take all of it";
+                return false;
+            }
+            from += written;
+            size -= written;
+        }
+        return true;
+    } catch (const std::exception& error) {
+        mProblem = error.what();  // a target answers by its result alone
         return false;
     }
 }

@@ -29,3 +29,4 @@ def sample(doctest_namespace, tmp_path, monkeypatch):
 
     doctest_namespace["sample"] = sample
     doctest_namespace["zephmetadata"] = zephmetadata
+    doctest_namespace["pathlib"] = pathlib

@@ -3,7 +3,9 @@
 import csv
 import json
 import os
+import pathlib
 import signal
+import sqlite3
 import time
 
 import pytest
@@ -51,8 +53,31 @@ def test_loses_nothing_when_a_worker_dies(fixture, tmp_path, cluster):
     assert [os.stat(name).st_mtime_ns for name in names] == before
     assert len(z.open(names[0])["xmpMM:History"]) == len(z.open(names[59])["xmpMM:History"]), "each was written once"
 
-    (parts_json, parts_csv) = (cluster_tables.to_files(rows, tmp_path / kind, kind) for kind in ("jsonl", "csv"))
+    (parts_json, parts_csv, parts_sqlite) = (cluster_tables.to_files(rows, tmp_path / kind, kind) for kind in ("jsonl", "csv", "sqlite"))
     read = [json.loads(line) for part in parts_json for line in open(part, encoding="utf-8")]
     assert [(row["file"], row["xmp:Rating"]) for row in read[:60]] == [(name, 2.0) for name in names]
     listed = [row for part in parts_csv for row in csv.DictReader(open(part, encoding="utf-8"))]
     assert [row["file"] for row in listed] == [row["file"] for row in read] and listed[61]["error"] == "no such file"
+    stored = [row for part in parts_sqlite for row in sqlite3.connect(part).execute('SELECT file, "xmp:Rating" FROM files')]
+    assert stored == [(row["file"], row["xmp:Rating"]) for row in read]
+
+
+def test_reads_dataframes_of_the_same_types_in_every_partition(fixture, tmp_path):
+    pytest.importorskip("pandas")
+    names = [fixture(to=f"{number}.jpg") for number in range(5)]
+    with z.open(names[3], sidecar="always") as photo:
+        photo["tiff:Orientation"] = 6
+    name = names[3] + ".xmp"
+    text = pathlib.Path(name).read_text("utf-8")
+    pathlib.Path(name).write_text(text.replace("<tiff:Orientation>6<", "<tiff:Orientation>many<"), "utf-8")
+    frame = cluster_tables.read(names, ["tiff:Orientation", "dc:subject"], view="camera", files_per_partition=2, frame="pandas")
+    rows = frame.compute(scheduler="synchronous")
+    assert str(rows["tiff:Orientation"].dtype) == str(frame.dtypes["tiff:Orientation"]) == "Int64"
+    assert list(rows["file"]) == names and rows["exif:FNumber"].iloc[0] == 8 and rows["corvid:ShutterSpeed"].iloc[4] == "1/250 sec"
+    assert list(rows["error"].isna()) == [True, True, True, False, True] and "many" in rows["error"].iloc[3]
+
+    frame["xmp:Label"] = "Red"
+    written = cluster_tables.write(frame).compute(scheduler="synchronous")
+    assert [row["changed"] for row in written] == [True, True, True, False, True]
+    assert not any(row["changed"] for row in cluster_tables.write(frame).compute(scheduler="synchronous"))
+    assert z.open(names[4])["dc:subject"] == z.open(names[3])["dc:subject"] and z.open(names[4])["xmp:Label"] == "Red"

@@ -23,6 +23,13 @@ def test_has_a_row_for_each_file_and_writes_changed_cells_alone(fixture):
     with pytest.raises(ValueError, match="more than one row"):
         z.apply([rows[0], rows[0]])
 
+    [row] = z.table(names[4:5], ["xmp:Rating", "tiff:Make"], view="camera")
+    assert list(row)[:4] == ["file", "xmp:Rating", "tiff:Make", "tiff:Model"]
+    assert (row["corvid:ShutterSpeed"], row["exif:FNumber"], row["exif:Flash/exif:Fired"]) == ("1/250 sec", 8, False)
+    assert z.apply([row])[0] == {"file": names[4], "changed": False, "error": None}, "what is made is not written"
+    with pytest.raises(ValueError, match="no view 'nowhere'"):
+        z.table(names, view="nowhere")
+
 
 def test_frames_have_the_types_of_the_definitions_and_go_back(fixture):
     pandas = pytest.importorskip("pandas")

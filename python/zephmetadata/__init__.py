@@ -25,6 +25,8 @@ from ._errors import (
     WriteError,
     WriteReport,
 )
+from ._packages import Package, load_package, packages, remove_package
+from ._panels import Panel
 from ._photo import Finding, Photo, merge, open, parse
 from ._schemas import Property, Schema, schemas
 from ._tables import apply, table
@@ -35,6 +37,8 @@ __all__ = [
     "Error",
     "Finding",
     "MetadataWarning",
+    "Package",
+    "Panel",
     "PartialDate",
     "PathError",
     "Photo",
@@ -47,9 +51,12 @@ __all__ = [
     "WriteReport",
     "__version__",
     "apply",
+    "load_package",
     "merge",
     "open",
+    "packages",
     "parse",
+    "remove_package",
     "schemas",
     "table",
 ]

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import json
 import os
 import warnings
 from collections.abc import Iterable, Iterator, MutableMapping
@@ -11,6 +12,7 @@ from typing import Any, Literal, Protocol, Union
 
 from . import _core, _values
 from ._errors import Error, MetadataWarning, PathError, ReadError, ValueRefused, WriteError, WriteReport, reason
+from ._panels import Panel
 
 SidecarPolicy = Literal["auto", "never", "always"]
 
@@ -21,6 +23,12 @@ class Readable(Protocol):
     def read(self, size: int = ..., /) -> bytes: ...
     def seek(self, offset: int, whence: int = ..., /) -> int: ...
     def tell(self) -> int: ...
+
+
+class Writable(Protocol):
+    """What takes the bytes of an edited photo."""
+
+    def write(self, data: bytes, /) -> int | None: ...
 
 
 Source = Union[str, "os.PathLike[str]", bytes, bytearray, memoryview, Readable]
@@ -136,14 +144,30 @@ class Photo(MutableMapping[str, Any]):
 
     # What else is known.
 
-    def display(self, path: str) -> str:
-        """The value as it is shown to people; empty when there is none."""
-        return self._media.display(_values.canonical(path))
+    def display(self, path: str, lang: str = "") -> str:
+        """The value as it is shown to people, in the user's language or in @p lang; empty when there is none.
 
-    def label(self, path: str) -> str:
-        """The name of the property for people; the path where none is known."""
-        found = _values.definition(_values.canonical(path))
-        return path if found is None else found["label"] or path
+        >>> photo = zephmetadata.open(sample())
+        >>> photo.label("exif:ExposureTime", lang="de"), photo.display("exif:ExposureTime", lang="fr")
+        ('Belichtungszeit', '1/250 s')
+        """
+        return self._media.display(_values.canonical(path), lang)
+
+    def label(self, path: str, lang: str = "") -> str:
+        """The name of the property for people, likewise; the path where none is known."""
+        return _core.label(_values.canonical(path), lang) or path
+
+    def panel(self, view: str = "overview", lang: str = "") -> Panel:
+        """What a view shows, such as ``"camera"``, ``"gps"`` or ``"iptccore"``; the overview has what matters most.
+
+        >>> zephmetadata.open(sample()).panel("camera", lang="de").text.splitlines()[6]
+        '    Brennweite        50 mm (50 mm im 35-mm-Kleinbildformat)'
+        """
+        forms = self._media.panel(view, lang)
+        if forms is None:
+            raise ValueError(f"there is no view {view!r}")
+        text, page, values = forms
+        return Panel(view, text, page, json.loads(values))
 
     def origin(self, path: str) -> str:
         """Where the value was read from: ``"xmp"``, ``"native"`` (Exif, IPTC and the like) or ``"none"``."""
@@ -164,17 +188,39 @@ class Photo(MutableMapping[str, Any]):
         """Whether there is something to save."""
         return bool(self._media.touched())
 
-    def save(self) -> WriteReport:
+    @property
+    def data(self) -> bytes | None:
+        """All bytes of what was opened as bytes, with what was saved; None for anything else.
+
+        >>> photo = zephmetadata.open(pathlib.Path(sample()).read_bytes())
+        >>> photo["xmp:Rating"] = 2
+        >>> photo.save().changed, zephmetadata.open(photo.data)["xmp:Rating"]
+        (True, 2.0)
+        """
+        return self._media.data()
+
+    def save(self, target: Writable | None = None) -> WriteReport:
         """Writes what changed, all at once; the file stays as it is when nothing did.
+
+        What was opened as bytes is changed in memory (``data``). With @p target, an object with ``write``, the whole of
+        what was opened as bytes or as an object goes there, also when nothing changed; only what stands in the target
+        after this has returned is to be kept. An object is saved once: open what was written to go on.
 
         Raises WriteError when that cannot be done; the file is then as it was. After ``"changed"`` (another program
         changed the file meanwhile) open it again and repeat the edits.
         """
-        changed, status, detail, refusals = self._media.save()
+        if target is None:
+            return self._reported(self._media.save())
+        if self._name is not None or self._parts:
+            raise TypeError("a target is for what was opened as bytes or as an object")
+        return self._reported(self._media.save_to(target))
+
+    def _reported(self, outcome: tuple[bool, str, str, list[str]]) -> WriteReport:
+        changed, status, detail, refusals = outcome
         report = WriteReport(changed, status, detail, refusals, self._unwritten_parts())
         if status != "success" or refusals:
-            is_file = bool(self._name or self._parts)
-            why = "; ".join(refusals) or (reason(status, detail) if is_file else "it is no file, and is only read")
+            is_packet = status == "no-file" and not self._name and not self._parts
+            why = "; ".join(refusals) or ("it is a packet, and only read" if is_packet else reason(status, detail))
             where = f"{self.sidecar}: " if self.sidecar else ""
             raise WriteError(where + why, file=self._name, report=report)
         return report
@@ -202,7 +248,8 @@ def open(source: Source, *, sidecar: SidecarPolicy = "auto") -> Photo:
     """The metadata of a file, of the bytes of one, or of an object with ``read``, ``seek`` and ``tell``.
 
     With ``sidecar="auto"`` a ``.xmp`` file beside the photo is read, too, and written where there is one and where the
-    photo itself cannot be; ``"never"`` keeps to the photo, ``"always"`` writes sidecars alone. Only files are written.
+    photo itself cannot be; ``"never"`` keeps to the photo, ``"always"`` writes sidecars alone. Of bytes and objects
+    ``Photo.save`` makes new bytes.
     """
     if isinstance(source, (str, os.PathLike)):
         name = os.fspath(source)

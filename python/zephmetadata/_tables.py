@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import importlib
+import json
 import math
 import os
 from collections.abc import Callable, Iterable, Mapping, Sequence
@@ -11,30 +12,36 @@ from typing import Any, Literal
 
 from . import _core, _values
 from ._errors import Error, reason
-from ._photo import SidecarPolicy, open, policy_number
+from ._photo import Photo, SidecarPolicy, open, policy_number
 
 FILE, ERROR = "file", "error"
 _BATCH = 64  # files that a worker takes at once
 
 Row = dict[str, Any]
+Frame = Literal["pandas", "arrow"]
 
 
 def table(
     paths: Iterable[str | os.PathLike[str]],
-    columns: Sequence[str],
+    columns: Sequence[str] = (),
     *,
+    view: str | None = None,
     workers: int | None = None,
     sidecar: SidecarPolicy = "auto",
-    frame: Literal["pandas"] | None = None,
+    frame: Frame | None = None,
 ) -> Any:
     """A row for each file, in the order of @p paths: ``"file"``, the values of the columns, and ``"error"``.
 
+    With @p view the columns are also what a panel such as ``"camera"`` shows; its made values, such as
+    ``"corvid:ShutterSpeed"``, are texts.
+
     Where there is no value, and in the row of a file that cannot be read, the cells are None; ``"error"`` says why.
-    With ``frame="pandas"`` it is a DataFrame, with the types of the definitions.
+    With ``frame="pandas"`` it is a DataFrame, with the types of the definitions, with ``"arrow"`` a table of pyarrow.
 
     >>> table([sample(), "missing.jpg"], ["xmp:Rating", "dc:subject"])[1]
     {'file': 'missing.jpg', 'xmp:Rating': None, 'dc:subject': None, 'error': 'no such file'}
     """
+    columns = columns_of(columns, view)
     wanted = [_values.canonical(column) for column in columns]
     names = [os.fspath(path) for path in paths]
     policy = policy_number(sidecar)
@@ -43,7 +50,15 @@ def table(
         return _row(name, policy, columns, wanted)
 
     rows = _map(read, names, workers)
-    return rows if frame is None else _frame(rows, columns, wanted)
+    return rows if frame is None else _FRAMES[frame](rows, columns, wanted)
+
+
+def columns_of(columns: Sequence[str], view: str | None) -> list[str]:
+    """The columns, with those of a view behind them."""
+    shown = [] if view is None else _core.columns(view)
+    if shown is None:
+        raise ValueError(f"there is no view {view!r}")
+    return list(dict.fromkeys([*columns, *shown]))
 
 
 def _row(name: str, policy: int, columns: Sequence[str], wanted: list[str]) -> Row:
@@ -75,16 +90,67 @@ _TYPES: dict[str, tuple[type, ...]] = {
 }
 
 
+def _fits(cell: Any, dtype: str) -> bool:
+    """Whether a column of @p dtype can hold it; any can hold nothing."""
+    if cell is None:
+        return True
+    return type(cell) in _TYPES[dtype] and (dtype != "Int64" or -(2**63) <= cell < 2**63)
+
+
 def _frame(rows: list[Row], columns: Sequence[str], wanted: list[str]) -> Any:
     pandas = importlib.import_module("pandas")
     frame = pandas.DataFrame(rows, columns=[FILE, *columns, ERROR], dtype=object)
     types = {FILE: "string", ERROR: "string"}
     for column, path in zip(columns, wanted):
         dtype = _DTYPES.get(_values.kind_of(path), "object")
-        fits = _TYPES.get(dtype, ())
-        if all(type(cell) in fits for cell in frame[column] if cell is not None):
+        if dtype in _TYPES and all(_fits(cell, dtype) for cell in frame[column]):
             types[column] = dtype  # a value that is stored against its type keeps the column as it is
     return frame.astype(types)
+
+
+def typed_frame(rows: list[Row], columns: Sequence[str]) -> Any:
+    """A frame of these very types, whatever the rows hold: what does not fit is missing, and its row says so."""
+    pandas = importlib.import_module("pandas")
+    dtypes = {column: _DTYPES.get(_values.kind_of(_values.canonical(column)), "object") for column in columns}
+    for row in rows:
+        for column, dtype in dtypes.items():
+            if dtype in _TYPES and not _fits(row[column], dtype):
+                row[ERROR] = row[ERROR] or f"{column}: {row[column]!r} is no {dtype}"
+                row[column] = None
+    frame = pandas.DataFrame(rows, columns=[FILE, *columns, ERROR], dtype=object)
+    return frame.astype({FILE: "string", **dtypes, ERROR: "string"})
+
+
+def records(rows: Any) -> list[Row]:
+    """The rows of a table, whatever holds them, as dictionaries; cells without a value are None."""
+    if not hasattr(rows, "to_dict"):
+        return list(rows)
+    return [{column: plain(cell) for column, cell in record.items()} for record in rows.to_dict("records")]
+
+
+def _arrow(rows: list[Row], columns: Sequence[str], wanted: list[str]) -> Any:
+    pyarrow = importlib.import_module("pyarrow")
+    types = {"Int64": pyarrow.int64(), "Float64": pyarrow.float64(), "boolean": pyarrow.bool_(), "string": pyarrow.string()}
+    cells: dict[str, Any] = {}
+    for column, path in zip([FILE, *columns, ERROR], [None, *wanted, None]):
+        dtype = "string" if path is None else _DTYPES.get(_values.kind_of(path), "object")
+        values = [row[column] for row in rows]
+        if dtype not in types or not all(_fits(cell, dtype) for cell in values):
+            dtype, values = "string", [as_text(cell) for cell in values]
+        cells[column] = pyarrow.array(values, types[dtype])
+    return pyarrow.table(cells)
+
+
+_FRAMES: dict[str, Callable[[list[Row], Sequence[str], list[str]], Any]] = {"pandas": _frame, "arrow": _arrow}
+
+
+def as_text(cell: Any) -> str | None:
+    """A cell where only texts can stand: lists and dictionaries as JSON, fractions as "1/250", dates as in ISO 8601."""
+    if isinstance(cell, (list, dict)):
+        return json.dumps(cell, ensure_ascii=False, default=as_text)
+    if cell is None or isinstance(cell, str):
+        return cell
+    return str(cell.isoformat()) if type(cell).__name__ in ("datetime", "date") else str(cell)
 
 
 def apply(
@@ -100,11 +166,11 @@ def apply(
     True
     """
     policy_number(sidecar)
-    records = rows.to_dict("records") if hasattr(rows, "to_dict") else list(rows)
-    names = [os.path.realpath(record[FILE]) for record in records]
+    listed = records(rows)
+    names = [os.path.realpath(record[FILE]) for record in listed]
     if len(set(names)) != len(names):
         raise ValueError("a file has more than one row")
-    return _map(lambda record: _write(record, sidecar, delete_missing), records, workers)
+    return _map(lambda record: _write(record, sidecar, delete_missing), listed, workers)
 
 
 def _write(record: Mapping[str, Any], sidecar: SidecarPolicy, delete_missing: bool) -> Row:
@@ -113,8 +179,8 @@ def _write(record: Mapping[str, Any], sidecar: SidecarPolicy, delete_missing: bo
         return {**result, ERROR: record[ERROR]}
     try:
         photo = open(record[FILE], sidecar=sidecar)
-        cells = {path: _plain(cell) for path, cell in record.items() if path not in (FILE, ERROR)}
-        photo.update({path: cell for path, cell in cells.items() if cell is not None and cell is not _values.MIXED})
+        cells = {path: plain(cell) for path, cell in record.items() if path not in (FILE, ERROR)}
+        photo.update({path: cell for path, cell in cells.items() if not _stays(photo, path, cell)})
         for path in (path for path, cell in cells.items() if cell is None and delete_missing and path in photo):
             del photo[path]
         result["changed"] = photo.save().changed
@@ -123,11 +189,18 @@ def _write(record: Mapping[str, Any], sidecar: SidecarPolicy, delete_missing: bo
     return result
 
 
+def _stays(photo: Photo, path: str, cell: Any) -> bool:
+    """Whether a cell is nothing to write: no value, or one that a view makes of others to show it."""
+    if cell is None or cell is _values.MIXED:
+        return True
+    return isinstance(cell, str) and path not in photo and cell == photo.display(path)
+
+
 def _is_missing(cell: Any) -> bool:
     return cell is None or type(cell).__name__ == "NAType" or (isinstance(cell, float) and math.isnan(cell))
 
 
-def _plain(cell: Any) -> Any:
+def plain(cell: Any) -> Any:
     """A cell of a frame as Python has it."""
     if _is_missing(cell):
         return None

@@ -10,14 +10,15 @@ repeated: reading changes nothing, and a file that holds what is to be written i
 
 from __future__ import annotations
 
+import contextlib
 import csv
 import glob
 import importlib
-import io
 import json
 import os
-from collections.abc import Iterable, Sequence
-from typing import Any
+import sqlite3
+from collections.abc import Callable, Iterable, Sequence
+from typing import Any, Literal, TextIO
 
 from . import _tables, _values
 from ._photo import SidecarPolicy
@@ -43,18 +44,29 @@ def files_of(patterns: str | Iterable[str | os.PathLike[str]]) -> list[str]:
 
 def read(
     patterns: str | Iterable[str | os.PathLike[str]],
-    columns: Sequence[str],
+    columns: Sequence[str] = (),
     *,
+    view: str | None = None,
     files_per_partition: int = FILES_PER_PARTITION,
     sidecar: SidecarPolicy = "auto",
+    frame: Literal["pandas"] | None = None,
 ) -> Bag:
-    """The rows of ``zephmetadata.table`` as a bag. A file that cannot be read costs its own row alone; a partition whose
-    worker dies is read again by another."""
+    """The rows of ``zephmetadata.table`` as a bag, or, with ``frame="pandas"``, as a dataframe of Dask. A file that cannot
+    be read costs its own row alone; a partition whose worker dies is read again by another.
+
+    In a dataframe the columns have the types of the definitions in every partition: a value that is stored against its type
+    is then missing, and ``"error"`` of its row says so.
+    """
+    columns = _tables.columns_of(columns, view)
     for column in columns:
         _values.canonical(column)  # a wrong path is told here, and not in every partition
     names = files_of(patterns)
-    parts = [names[at : at + files_per_partition] for at in range(0, len(names), files_per_partition)]
-    return _bag.from_delayed([_dask.delayed(read_partition)(part, list(columns), sidecar) for part in parts or [[]]])
+    parts = [names[at : at + files_per_partition] for at in range(0, len(names), files_per_partition)] or [[]]
+    if frame is None:
+        return _bag.from_delayed([_dask.delayed(read_partition)(part, columns, sidecar) for part in parts])
+    frames = importlib.import_module("dask.dataframe")
+    made = [_dask.delayed(_read_frame)(part, columns, sidecar) for part in parts]
+    return frames.from_delayed(made, meta=_tables.typed_frame([], columns), verify_meta=False)
 
 
 def read_partition(names: Sequence[str], columns: Sequence[str], sidecar: SidecarPolicy = "auto") -> list[dict[str, Any]]:
@@ -63,63 +75,95 @@ def read_partition(names: Sequence[str], columns: Sequence[str], sidecar: Sideca
     return rows
 
 
+def _read_frame(names: Sequence[str], columns: Sequence[str], sidecar: SidecarPolicy) -> Any:
+    return _tables.typed_frame(read_partition(names, columns, sidecar), columns)
+
+
 def write(rows: Bag, *, sidecar: SidecarPolicy = "auto", delete_missing: bool = False) -> Bag:
-    """``zephmetadata.apply`` for each partition of @p rows, which are to name each file once: a bag of what became of the
-    files. A row of a file that could not be written has the reason in ``"error"``."""
-    return rows.map_partitions(write_partition, sidecar=sidecar, delete_missing=delete_missing)
+    """``zephmetadata.apply`` for each partition of @p rows, a bag or a dataframe, which are to name each file once: a bag of
+    what became of the files. A row of a file that could not be written has the reason in ``"error"``."""
+    parts = [_dask.delayed(write_partition)(part, sidecar, delete_missing) for part in rows.to_delayed()]
+    return _bag.from_delayed(parts)
 
 
 def write_partition(
-    rows: Iterable[dict[str, Any]], sidecar: SidecarPolicy = "auto", delete_missing: bool = False
+    rows: Any, sidecar: SidecarPolicy = "auto", delete_missing: bool = False
 ) -> list[dict[str, Any]]:
-    """What ``write`` has a worker do."""
+    """What ``write`` has a worker do. Rows, or a DataFrame."""
     return _tables.apply(rows, workers=1, sidecar=sidecar, delete_missing=delete_missing)
 
 
 def to_files(rows: Bag, folder: str | os.PathLike[str], kind: str = "jsonl") -> list[str]:
-    """Computes the rows and writes a file for each partition, JSON lines (``"jsonl"``) or ``"csv"``; their names, in order.
-    A file is there as a whole or not at all: a repeated partition replaces its own."""
-    if kind not in _TEXT_OF:
-        raise ValueError(f"kind is one of {', '.join(_TEXT_OF)}, not {kind!r}")
+    """Computes the rows, a bag or a dataframe, and writes a file for each partition: JSON lines (``"jsonl"``), ``"csv"``, or
+    a database with a table ``files`` (``"sqlite"``); their names, in order. A file is there as a whole or not at all: a
+    repeated partition replaces its own. (Of a dataframe ``to_parquet`` is Dask's own.)"""
+    if kind not in _WRITE:
+        raise ValueError(f"kind is one of {', '.join(_WRITE)}, not {kind!r}")
     os.makedirs(folder, exist_ok=True)
     parts = rows.to_delayed()
     names = [os.path.join(os.fspath(folder), f"part-{number:06}.{kind}") for number in range(len(parts))]
     return list(_dask.compute(*(_dask.delayed(_write_file)(part, name, kind) for part, name in zip(parts, names))))
 
 
-def _write_file(rows: Iterable[dict[str, Any]], name: str, kind: str) -> str:
+def _write_file(rows: Any, name: str, kind: str) -> str:
     # Two workers may write the same partition at once, when one was taken for dead.
     temporary = f"{name}.{os.getpid()}.tmp"
-    with open(temporary, "w", encoding="utf-8", errors="surrogateescape", newline="") as file:
-        file.write(_TEXT_OF[kind](list(rows)))
-        file.flush()
+    with contextlib.suppress(FileNotFoundError):
+        os.remove(temporary)
+    _WRITE[kind](_tables.records(rows), temporary)
+    with open(temporary, "rb") as file:
         os.fsync(file.fileno())
     os.replace(temporary, name)
     return name
 
 
-def _plain(value: Any) -> str:
-    """Fractions as "1/250", dates as they are stored."""
-    return str(value.isoformat()) if type(value).__name__ in ("datetime", "date") else str(value)
+def _text_file(name: str) -> TextIO:
+    return open(name, "w", encoding="utf-8", errors="surrogateescape", newline="")
 
 
-def _jsonl(rows: list[dict[str, Any]]) -> str:
-    return "".join(json.dumps(row, ensure_ascii=False, default=_plain) + "\n" for row in rows)
+def _write_jsonl(rows: list[dict[str, Any]], name: str) -> None:
+    with _text_file(name) as file:
+        file.writelines(json.dumps(row, ensure_ascii=False, default=_tables.as_text) + "\n" for row in rows)
 
 
-def _csv(rows: list[dict[str, Any]]) -> str:
-    text = io.StringIO()
-    writer = csv.DictWriter(text, list(rows[0]) if rows else [])
-    writer.writeheader()
-    for row in rows:
-        writer.writerow({name: _cell(value) for name, value in row.items()})
-    return text.getvalue()
+def _write_csv(rows: list[dict[str, Any]], name: str) -> None:
+    with _text_file(name) as file:
+        writer = csv.DictWriter(file, list(rows[0]) if rows else [])
+        writer.writeheader()
+        writer.writerows({column: _cell(value) for column, value in row.items()} for row in rows)
+
+
+def _write_sqlite(rows: list[dict[str, Any]], name: str) -> None:
+    with contextlib.closing(sqlite3.connect(name)) as database, database:
+        columns = list(rows[0]) if rows else [_tables.FILE, _tables.ERROR]
+        quoted = ", ".join('"' + column.replace('"', '""') + '"' for column in columns)
+        database.execute(f"CREATE TABLE files ({quoted})")
+        marks = ", ".join("?" * len(columns))
+        cells = ([_stored(_cell(row[column])) for column in columns] for row in rows)
+        database.executemany(f"INSERT INTO files VALUES ({marks})", cells)
 
 
 def _cell(value: Any) -> Any:
-    if isinstance(value, (list, dict)):
-        return json.dumps(value, ensure_ascii=False, default=_plain)
-    return value if value is None or isinstance(value, (str, bool, int, float)) else _plain(value)
+    return value if value is None or isinstance(value, (str, bool, int, float)) else _tables.as_text(value)
 
 
-_TEXT_OF = {"jsonl": _jsonl, "csv": _csv}
+def _stored(cell: Any) -> Any:
+    """What SQLite takes: names of files that are no UTF-8 as their bytes, numbers beyond 64 bits as texts."""
+    if isinstance(cell, str):
+        return _encodable(cell)
+    return str(cell) if isinstance(cell, int) and not -(2**63) <= cell < 2**63 else cell
+
+
+def _encodable(text: str) -> str | bytes:
+    try:
+        text.encode()
+        return text
+    except UnicodeEncodeError:
+        return os.fsencode(text)
+
+
+_WRITE: dict[str, Callable[[list[dict[str, Any]], str], None]] = {
+    "jsonl": _write_jsonl,
+    "csv": _write_csv,
+    "sqlite": _write_sqlite,
+}

@@ -118,17 +118,24 @@ void LoadTranslations(const zephcore::Dir& folder, const zephcore::File& documen
     }
 }
 
-void LoadCustomFolder(const UTF16String& path) {
+/// Calls @p load with the folder and each document of it that counts.
+template <typename Load>
+void ForCustomDocuments(const UTF16String& path, const Load& load) {
     const zephcore::Dir folder(path);
     for (const zephcore::File& document : folder.Files()) {
         const bool superseded =
             std::find(kSupersededFiles.begin(), kSupersededFiles.end(), document.GetName()) != kSupersededFiles.end();
-        if (document.GetExtension(true) != u".xml" || superseded) {
-            continue;
+        if (document.GetExtension(true) == u".xml" && !superseded) {
+            load(folder, document);
         }
+    }
+}
+
+void LoadCustomFolder(const UTF16String& path) {
+    ForCustomDocuments(path, [](const zephcore::Dir& folder, const zephcore::File& document) {
         LoadTranslations(folder, document);
         LoadDefinitionsDocument(document.FullPath(), DocumentOrigin::kCustomFolder);
-    }
+    });
 }
 
 /// How many properties the registered schemas of some namespaces had, before a document was registered.
@@ -189,7 +196,7 @@ LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin o
 
 LoadedDocument LoadDefinitions(Definitions parsed, const UTF16String& path, DocumentOrigin origin) {
     const bool fromPackage = origin != DocumentOrigin::kCustomFolder;
-    const bool isFile = origin != DocumentOrigin::kBundledPackage;
+    const bool isFile = origin != DocumentOrigin::kPackageInMemory;
     const SchemaSizes before(parsed.first);
     LoadedDocument loaded;
     loaded.mRegistered = Register(std::move(parsed), path, fromPackage, fromPackage ? &loaded.mFields : nullptr);
@@ -219,6 +226,11 @@ void LoadBuiltInAndCustomDefinitions() {
     }
     LoadCustomFolder(CustomDefinitionsGlobalDirectory());
     LoadCustomFolder(CustomDefinitionsUserDirectory());
+}
+
+void LoadCustomTranslations() {
+    ForCustomDocuments(CustomDefinitionsGlobalDirectory(), LoadTranslations);
+    ForCustomDocuments(CustomDefinitionsUserDirectory(), LoadTranslations);
 }
 
 void ClearDefinitions() {

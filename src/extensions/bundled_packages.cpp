@@ -11,7 +11,6 @@
 #include "extensions/package_discovery.h"
 #include "frame/translations.h"
 #include "platform/compiled/compiled_document.h"
-#include "views/view_registry.h"
 #include "views/views_parser.h"
 #include "zephcore/environment.h"
 #include "zephcore/localizer.h"
@@ -27,15 +26,6 @@ constexpr std::string_view kEvents = "events";
 
 bool Find(std::string_view name, std::string_view type, std::string_view& bytes) {
     return zephcore::GetBinaryFromModule(kOwn, name, type, bytes);
-}
-
-void LoadTranslations(const ExtensionPackage& package, const UTF8String& folder) {
-    for (const UTF16String& language : ApplicationLanguages()) {
-        const UTF16String file = package.locFilePrefix + u"_" + language;
-        if (std::string_view texts; Find(folder + "/loc/" + zephcore::UTF16to8(file), "dict", texts)) {
-            zephcore::Localizer::Get().LoadBuffer(UTF8String(texts));
-        }
-    }
 }
 
 /// Calls @p load with the events (ReplayDocument) and the name of each XML document in @p folder of the resources.
@@ -73,23 +63,29 @@ std::vector<ExtensionPackage> BundledPackages() {
     return packages;
 }
 
-void LoadBundledPackage(ExtensionPackage& package) {
+void LoadBundledTranslations(const ExtensionPackage& package) {
     const UTF8String folder = zephcore::UTF16to8(package.path);
-    LoadTranslations(package, folder);
+    for (const UTF16String& language : ApplicationLanguages()) {
+        const UTF16String file = package.locFilePrefix + u"_" + language;
+        if (std::string_view texts; Find(folder + "/loc/" + zephcore::UTF16to8(file), "dict", texts)) {
+            zephcore::Localizer::Get().LoadBuffer(UTF8String(texts));
+        }
+    }
+}
+
+void LoadBundledPackage(ExtensionPackage& package, Views& views) {
+    const UTF8String folder = zephcore::UTF16to8(package.path);
+    LoadBundledTranslations(package);
     std::set<UTF8String> seen;
     LoadDocuments(folder + "/schema/", [&](std::string_view events, const UTF16String& name) {
         Definitions parsed = ReplayDefinitions(events, name);
         JoinRegisteredDefinitions(parsed, name, package.fields);
-        const LoadedDocument loaded = LoadDefinitions(std::move(parsed), name, DocumentOrigin::kBundledPackage);
+        const LoadedDocument loaded = LoadDefinitions(std::move(parsed), name, DocumentOrigin::kPackageInMemory);
         std::ranges::copy_if(loaded.mNamespaces, std::back_inserter(package.schemas),
                              [&](const UTF8String& schema) { return seen.insert(schema).second; });
     });
     LoadDocuments(folder + "/view/", [&](std::string_view events, const UTF16String& name) {
-        for (const sp<ViewDefinition>& view : ReplayViewDefinitions(events, name)) {
-            if (AddViewDefinition(view, name)) {
-                package.views.push_back(view->mName);
-            }
-        }
+        AddPackageViews(package, ReplayViewDefinitions(events, name), name, views);
     });
 }
 

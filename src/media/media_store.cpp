@@ -198,4 +198,19 @@ WriteOutcome WriteMedia(const UTF16String& path, XMPMetaHandle tree, const FileS
     }
 }
 
+SentMedia SendMedia(const std::shared_ptr<const ByteSource>& source, XMPMetaHandle tree, ByteTarget& target) {
+    try {
+        MediaEdit edit(tree);
+        SentMedia sent = SendEdited(
+            source, target, [&](const auto& file) { return edit.PlanFor(file); },
+            [&](const CarriedEdit& carried) { return edit.Check(carried); });
+        if (sent.mStatus == FileStatus::kFileStatus_Success) {
+            edit.Follow();
+        }
+        return sent;
+    } catch (const XMPError& error) {
+        return {FileStatus::kFileStatus_NotWritten, error.what(), nullptr};
+    }
+}
+
 }  // namespace zephmetadata::media

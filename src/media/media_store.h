@@ -1,5 +1,6 @@
 #pragma once
 
+#include "media/files/media_send.h"
 #include "media/files/media_write.h"
 #include "media/formats.h"
 #include "zephmetadata/types.h"
@@ -29,5 +30,8 @@ MediaReading ReadMedia(const std::shared_ptr<const ByteSource>& source);
 /// properties that differ, the native fields that mirror them follow, and every other byte stays. Afterwards @p tree has
 /// what native fields derive from the changed ones.
 WriteOutcome WriteMedia(const UTF16String& path, XMPMetaHandle tree, const FileStamp& stamp);
+
+/// The same for bytes from anywhere: gives @p target the new content, or nothing when nothing changes.
+SentMedia SendMedia(const std::shared_ptr<const ByteSource>& source, XMPMetaHandle tree, ByteTarget& target);
 
 }  // namespace zephmetadata::media

@@ -5,6 +5,7 @@
 #include <mutex>
 
 #include "platform/environment_locale.h"
+#include "platform/thread_language.h"
 #include "zephcore/text.h"
 
 namespace zephcore {
@@ -38,6 +39,9 @@ void SetSuiteClientName(const UTF16String& name) {
 }
 
 std::string EnvironmentLocale(std::initializer_list<const char*> variables) {
+    if (const ThreadLanguage* const language = CurrentThreadLanguage()) {
+        return language->mCode;
+    }
     for (const char* const variable : variables) {
         const char* const value = std::getenv(variable);
         std::string_view code = value == nullptr ? "" : value;

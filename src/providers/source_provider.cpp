@@ -2,12 +2,15 @@
 
 #include "media/media_store.h"
 #include "providers/tree_supply.h"
+#include "zephmetadata/library.h"
 #include "zephmetadata/xmp_meta.h"
 
 namespace zephmetadata {
 
 struct SourceProvider::SourceState {
     sp<const ByteSource> mSource;
+    sp<ByteTarget> mTarget;
+    bool mCanWrite = false;
     FileReport mLastRead;
     FileReport mLastWrite{FileStatus::kFileStatus_Success, {}};
 };
@@ -20,6 +23,7 @@ SourceProvider::SourceProvider(sp<const ByteSource> source)
     } else if (mState->mSource != nullptr) {
         const media::MediaReading reading = media::ReadMedia(mState->mSource);
         mState->mLastRead = {reading.mStatus, reading.mDetail};
+        mState->mCanWrite = reading.mWriteStatus == FileStatus::kFileStatus_Success;
         ResetMetaData(reading.mTree.get(), false);
     }
 }
@@ -34,8 +38,13 @@ bool SourceProvider::StartMetaData() {
     return true;
 }
 
+void SourceProvider::SetTarget(sp<ByteTarget> target) {
+    mState->mTarget = std::move(target);
+}
+
 bool SourceProvider::QueryPathStatus(const Path& /*path*/, PathStatus status) const {
-    return status == PathStatus::kPathReadable;
+    const bool canWrite = mState->mCanWrite && mState->mTarget != nullptr && mState->mSource != nullptr;
+    return canWrite || status == PathStatus::kPathReadable;
 }
 
 const FileReport& SourceProvider::LastRead() const {
@@ -47,7 +56,20 @@ const FileReport& SourceProvider::LastWrite() const {
 }
 
 void SourceProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
-    mState->mLastWrite = {FileStatus::kFileStatus_ReadOnly, "its source is only read"};
+    const XMPMetaPtr tree = MetaDataAccess();
+    if (mState->mTarget == nullptr || mState->mSource == nullptr || !tree) {
+        mState->mLastWrite = {FileStatus::kFileStatus_ReadOnly, "its source is only read"};
+        return;
+    }
+    if (IsXMPWritingDisabled()) {
+        mState->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
+        return;
+    }
+    media::SentMedia sent = media::SendMedia(mState->mSource, tree.get(), *mState->mTarget);
+    mState->mLastWrite = {sent.mStatus, std::move(sent.mDetail)};
+    if (sent.mStatus == FileStatus::kFileStatus_Success) {
+        mState->mSource = std::move(sent.mSource);
+    }
 }
 
 }  // namespace zephmetadata

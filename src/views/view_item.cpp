@@ -3,6 +3,7 @@
 
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
+#include "zephmetadata/languages.h"
 #include "zephmetadata/views.h"
 
 namespace zephmetadata {
@@ -17,12 +18,13 @@ UTF8String NumberText(double value, int digits) {
 }
 
 /// @p text localised, else the text of the definition at @p path.
-UTF16String TextOrDefinition(const UTF8String& text, const Path& path, UTF16String EntryDefinition::*ofDefinition) {
+UTF16String TextOrDefinition(const UTF8String& text, const Path& path,
+                             UTF16String (*ofDefinition)(const LocalizedTexts&)) {
     if (!text.empty()) {
         return zephcore::Localizer::Get().Translate(zephcore::UTF8to16(text));
     }
     const sp<EntryDefinition> entry = PathEntryDefinition(path);
-    return entry ? (*entry).*ofDefinition : UTF16String();
+    return entry ? ofDefinition(*entry) : UTF16String();
 }
 
 }  // namespace
@@ -89,11 +91,11 @@ Path ViewItem::GetPath() const {
 }
 
 UTF16String ViewItem::GetLabel() const {
-    return TextOrDefinition(mLabel, mPath, &EntryDefinition::mLabel);
+    return TextOrDefinition(mLabel, mPath, LabelOf);
 }
 
 UTF16String ViewItem::GetDescription() const {
-    return TextOrDefinition(mDescription, mPath, &EntryDefinition::mDescription);
+    return TextOrDefinition(mDescription, mPath, DescriptionOf);
 }
 
 ViewBuilderInterface::~ViewBuilderInterface() = default;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "text.h"
+#include "zephmetadata/languages.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/xmp_meta.h"
 
@@ -103,7 +104,7 @@ void Describe(zephmetadata::XMPMetaHandle tree, const XMPNode& node, ListedValue
     value.mInternal = path.mInternal;
     value.mDefined = entry != nullptr;
     value.mIsNative = zephmetadata::OriginOf(tree, path) == zephmetadata::kValueOrigin_Native;
-    value.mLabel = entry ? Shown(entry->mLabel) : std::string();
+    value.mLabel = entry ? Shown(LabelOf(*entry)) : std::string();
     value.mType = entry ? entry->mType.value_or(std::string()) : TreeType(node.mKind);
     if (!entry || !zephmetadata::GetValue(tree, path, value.mDisplay) || value.mDisplay.empty()) {
         // The definition may expect another kind of node than stands there; then the stored text says more.

@@ -4,9 +4,12 @@
 #include <cstring>
 #include <limits>
 
+#include "zephmetadata/byte_target.h"
+
 namespace zephmetadata {
 
 ByteSource::~ByteSource() = default;
+ByteTarget::~ByteTarget() = default;
 
 namespace media {
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <fstream>
+#include <thread>
 
 #include "host.h"
 
@@ -128,6 +129,33 @@ int CheckSchemaFiles(const std::string& folder) {
     return 0;
 }
 
+int CheckLanguages() {
+    const Path path = PathForExpression("exif:ExposureProgram");
+    const sp<EntryDefinition> entry = PathEntryDefinition(path);
+    const Language german("de-AT");
+    const Language french("fr");
+    {
+        const LanguageScope scope(german);
+        CHECK(LabelOf(*entry) == u"Belichtungsprogramm" && ViewItem(path).GetLabel() == u"Belichtungsprogramm");
+        CHECK(LabelOf(*entry->mChoices[0]) != entry->mChoices[0]->mLabel);
+        CHECK(DescriptionOf(*entry) == entry->mDescription);  // stays English
+        UTF16String elsewhere;
+        std::thread([&] { elsewhere = LabelOf(*entry); }).join();
+        CHECK(elsewhere == entry->mLabel);
+        {
+            const LanguageScope inner(french);
+            CHECK(LabelOf(*entry) == u"Programme d\u2019exposition" &&
+                  FormatDate("2024-05-18T12:00:00") == "18/05/2024 12:00:00");
+        }
+        CHECK(FormatDate("2024-05-18T12:00:00") == "18.05.24 12:00:00");
+    }
+    CHECK(LabelOf(*entry) == entry->mLabel);
+    const Language none("../../fr");
+    const LanguageScope scope(none);
+    CHECK(LabelOf(*entry) == u"Exposure Program");
+    return 0;
+}
+
 int CheckLists() {
     const auto common = CommonSchemaDefinitions();
     const auto dynamic = DynamicSchemaDefinitions();
@@ -148,7 +176,7 @@ int CheckLists() {
 int CheckDefinitions(const Arguments& arguments) {
     const Session session;
     return CheckNames() | CheckTypeQueries() | CheckParsing(arguments.mFolder) | CheckRegistration() |
-           CheckSchemaFiles(arguments.mFolder) | CheckLists();
+           CheckSchemaFiles(arguments.mFolder) | CheckLanguages() | CheckLists();
 }
 
 }  // namespace host

@@ -314,8 +314,8 @@ private:
 
 int CheckSource(const std::string& photo) {
     std::ifstream file(photo, std::ios::binary);
-    const auto source = std::make_shared<CountingSource>(
-        std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()));
+    const std::string bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    const auto source = std::make_shared<CountingSource>(bytes);
     const auto provider = std::make_shared<SourceProvider>(source);
     CHECK(provider->LastRead().mStatus == FileStatus::kFileStatus_Success && !provider->StartMetaData());
     CHECK(Read(provider, "xmp:Label") == "Blue" && source->mRead < std::size_t{1} << 20U);
@@ -327,6 +327,13 @@ int CheckSource(const std::string& photo) {
     CHECK(ApplyEdits(provider, {edit}).mStatus == FileStatus::kFileStatus_ReadOnly);
     CHECK(Read(provider, "xmp:Label") == "Red" && provider->LastWrite().mStatus == FileStatus::kFileStatus_ReadOnly);
     CHECK(SourceProvider(nullptr).LastRead().mStatus == FileStatus::kFileStatus_NoFile);
+
+    const auto writable = std::make_shared<SourceProvider>(std::make_shared<BufferSource>(bytes));
+    const auto target = std::make_shared<BufferTarget>();
+    writable->SetTarget(target);
+    CHECK(writable->QueryPathStatus(At("xmp:Label"), PathStatus::kPathWritable));
+    CHECK(ApplyEdits(writable, {edit}).mStatus == FileStatus::kFileStatus_Success && target->Committed() != nullptr);
+    CHECK(Read(std::make_shared<SourceProvider>(target->Committed()), "xmp:Label") == "Red");
     return 0;
 }
 

@@ -6,6 +6,7 @@
 
 #include "text.h"
 #include "zephcore/text.h"
+#include "zephmetadata/languages.h"
 
 namespace zephmeta {
 
@@ -48,7 +49,7 @@ std::string WidgetFor(const ViewItem& item, const EntryDefinition& entry, bool h
 void DescribeProperty(const ViewItem& item, PanelItem& described) {
     const sp<EntryDefinition> entry = PathEntryDefinition(item.mPath);
     for (const auto& choice : ChoicesOf(item, entry.get())) {
-        described.mChoices.emplace_back(choice->mRawValue, Shown(choice->mLabel));
+        described.mChoices.emplace_back(choice->mRawValue, Shown(LabelOf(*choice)));
     }
     if (!entry) {
         return;

@@ -6,6 +6,7 @@
 #include "panel/panel_description.h"
 #include "panel/panel_values.h"
 #include "text.h"
+#include "zephmetadata/languages.h"
 #include "zephmetadata/values.h"
 
 namespace zephmeta {
@@ -136,7 +137,7 @@ private:
         const auto choice = std::find_if(choices.begin(), choices.end(),
                                          [&](const auto& candidate) { return candidate->mRawValue == filled.mRaw; });
         if (choice != choices.end()) {
-            filled.mValue = Shown((*choice)->mLabel);
+            filled.mValue = Shown(LabelOf(**choice));
         } else if (filled.mState == State::kValue && entry.mType == "boolean") {
             const bool isTrue = filled.mRaw == "True" || filled.mRaw == "true" || filled.mRaw == "1";
             const char* const byDefault =
@@ -209,7 +210,7 @@ private:
             return LastStep(expression);
         }
         const sp<EntryDefinition> entry = PathEntryDefinition(PathForExpression(expression));
-        return entry ? Shown(entry->mLabel) : LastStep(expression);
+        return entry ? Shown(LabelOf(*entry)) : LastStep(expression);
     }
 
     /// An array of one item needs no number.
