@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "values/value_checks.h"
+#include "xmp/core/xmp_paths.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
@@ -257,8 +258,7 @@ private:
     std::size_t EndOf(std::size_t index) const {
         const UTF8String& path = mNodes[index].mPath;
         std::size_t end = index + 1;
-        while (end < mNodes.size() && mNodes[end].mPath.size() > path.size() && mNodes[end].mPath.starts_with(path) &&
-               (mNodes[end].mPath[path.size()] == '[' || mNodes[end].mPath[path.size()] == '/')) {
+        while (end < mNodes.size() && toolkit::IsAtOrBelow(mNodes[end].mPath, path)) {
             ++end;
         }
         return end;

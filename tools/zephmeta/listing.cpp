@@ -15,6 +15,17 @@ using zephmetadata::NodeKind;
 using zephmetadata::XMPNode;
 using Nodes = std::vector<XMPNode>;
 
+/// One past the last node below the one at @p index.
+std::size_t EndOf(const Nodes& nodes, std::size_t index) {
+    const std::string& path = nodes[index].mPath;
+    std::size_t end = index + 1;
+    while (end < nodes.size() && nodes[end].mPath.size() > path.size() && nodes[end].mPath.starts_with(path) &&
+           (nodes[end].mPath[path.size()] == '[' || nodes[end].mPath[path.size()] == '/')) {
+        ++end;
+    }
+    return end;
+}
+
 /// The nodes of a tree with the end of what is below each, so that a subtree can be looked at and passed over.
 class Walker {
 public:
@@ -23,16 +34,7 @@ public:
     const XMPNode& At(std::size_t index) const { return mNodes[index]; }
     std::size_t Size() const { return mNodes.size(); }
 
-    /// One past the last node below the one at @p index.
-    std::size_t EndOf(std::size_t index) const {
-        const std::string& path = mNodes[index].mPath;
-        std::size_t end = index + 1;
-        while (end < mNodes.size() && mNodes[end].mPath.size() > path.size() && mNodes[end].mPath.starts_with(path) &&
-               (mNodes[end].mPath[path.size()] == '[' || mNodes[end].mPath[path.size()] == '/')) {
-            ++end;
-        }
-        return end;
-    }
+    std::size_t EndOf(std::size_t index) const { return zephmeta::EndOf(mNodes, index); }
 
     /// Whether all that the array at @p index holds are simple values.
     bool HoldsSimpleItems(std::size_t index) const {
@@ -186,12 +188,8 @@ std::vector<ListedValue> ValuesOfTree::Below(const std::string& expression) {
     if (found == mIndexes.end()) {
         return {};
     }
-    const auto begin = mNodes.begin() + static_cast<std::ptrdiff_t>(found->second);
-    const auto end = std::find_if(begin + 1, mNodes.end(), [&](const XMPNode& node) {
-        const bool isBelow = node.mPath.size() > expression.size() && node.mPath.starts_with(expression);
-        return !isBelow || (node.mPath[expression.size()] != '[' && node.mPath[expression.size()] != '/');
-    });
-    return Listed(mTree, Walker(Nodes(begin + 1, end)));
+    const auto at = [&](std::size_t index) { return mNodes.begin() + static_cast<std::ptrdiff_t>(index); };
+    return Listed(mTree, Walker(Nodes(at(found->second) + 1, at(EndOf(mNodes, found->second)))));
 }
 
 bool RawText(zephmetadata::XMPMetaHandle tree, const zephmetadata::Path& path, std::string& text) {

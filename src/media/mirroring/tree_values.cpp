@@ -80,10 +80,7 @@ std::vector<NativeItem> Leaves(XMPMetaHandle tree, const UTF8String& schema, con
 }
 
 bool IsOf(const Node& node, const Place& property) {
-    const std::size_t name = property.mPath.size();
-    return node.mPath.compare(0, name, property.mPath) == 0 &&
-           (node.mPath.size() == name || node.mPath[name] == '/' || node.mPath[name] == '[') &&
-           node.mSchema == property.mSchema;
+    return toolkit::IsAtOrBelow(node.mPath, property.mPath) && node.mSchema == property.mSchema;
 }
 
 }  // namespace
