@@ -107,6 +107,11 @@ TEST_F(Authoring, TellsTheLineOfEachProblem) {
                                            "attribute. (give the view a name"));
     EXPECT_THAT(outcome.mErrors, HasSubstr("view.xml:4: Error parsing view definitions file: invalid prefix"));
     EXPECT_THAT(outcome.mErrors, HasSubstr("view.xml:6: Error parsing view definitions file: invalid XML."));
+    EXPECT_THAT(
+        Zephmeta({"check", "definitions.xml", "--lang", "de"}).mErrors,
+        ::testing::AllOf(
+            HasSubstr("Definition: die XMP-Eigenschaft \"a:y\" hat einen ungültigen Typ \"no.such\". (\"zephmeta"),
+            HasSubstr(": ungültiges Element \"xmp_prop\" unter den Definitionen. (the elements are")));
     EXPECT_THAT(outcome.mErrors, HasSubstr("other.xml: is no document of this library"));
     EXPECT_THAT(outcome.mErrors, HasSubstr("missing.xml: cannot be read\n"));
 }

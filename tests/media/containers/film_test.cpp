@@ -189,7 +189,20 @@ std::string Rights(std::uint64_t language, const std::string& text) {
     return BoxBytes("cprt", NumberBytes(0, 4) + NumberBytes(language, 2) + text);
 }
 
-TEST(FilmFileTest, HeaderAndCopyrightAreValues) {
+/// A metadata box with keys and their values; @p head stands before its boxes.
+std::string Keys(const std::vector<std::pair<std::string, std::string>>& texts, const std::string& head = "") {
+    std::string names = NumberBytes(0, 4) + NumberBytes(texts.size(), 4);
+    std::string values;
+    std::uint32_t index = 0;
+    for (const auto& [key, text] : texts) {
+        names += BoxBytes("mdta", "com.apple.quicktime." + key);
+        values += BoxBytes(NumberBytes(++index, 4), BoxBytes("data", NumberBytes(1, 4) + NumberBytes(0, 4) + text));
+    }
+    return BoxBytes("meta", head + BoxBytes("hdlr", std::string(24, '\0')) + BoxBytes("keys", names) +
+                                BoxBytes("ilst", values + BoxBytes(NumberBytes(9, 4), "")));
+}
+
+TEST(FilmFileTest, HeaderCopyrightAndKeysAreValues) {
     constexpr std::uint32_t kIn2020 = 3660681600;  // 2020-01-01T00:00:00Z in seconds since 1904
     constexpr std::uint64_t kIn2100 = 6185289600;
     const std::string none = Header32(0, 0, 0, 0);
@@ -205,6 +218,17 @@ TEST(FilmFileTest, HeaderAndCopyrightAreValues) {
         {Header64(~std::uint64_t{0}, 0, 1, ~std::uint64_t{0}), ""},
         {BoxBytes("mvhd", std::string(4, '\0')), ""},
         {BoxBytes("mvhd", ""), ""},
+        {Keys({{"make", "Lumenta"},
+               {"model", "L40"},
+               {"software", "3.2"},
+               {"creationdate", "2019-07-24T11:25:40+0300"}}),
+         "Make =Lumenta; Model =L40; CreatorTool =3.2; shotDate =2019-07-24T11:25:40+03:00; "},
+        {Keys({{"location.ISO6709", "+32.0929-034.8620+028.516/"}}, std::string(4, '\0')),
+         "GPSLatitude =32,5.574000N; GPSLongitude =34,51.720000W; GPSAltitude =28516/1000; GPSAltitudeRef =0; "},
+        {UserData(BoxBytes("\xA9xyz", NumberBytes(18, 2) + NumberBytes(0x15C7, 2) + "-51.4169-000.0806/")),
+         "GPSLatitude =51,25.014000S; GPSLongitude =0,4.836000W; "},
+        {Keys({{"location.ISO6709", "+3205.5-03451.7/"}, {"creationdate", "soon"}, {"make", ""}}), ""},
+        {BoxBytes("meta", BoxBytes("hdlr", "") + BoxBytes("ilst", BoxBytes(NumberBytes(1, 4), "data"))), ""},
         {none + UserData(Rights(0x15C7, "Me\0"s)), "rights x-default=Me en=Me; "},  // eng
         {none + UserData(Rights(0x10B5, "Ich") + Rights(0x15C7, "Me")),             // deu
          "rights x-default=Ich de=Ich en=Me; "},

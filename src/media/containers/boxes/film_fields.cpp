@@ -5,6 +5,7 @@
 #include <chrono>
 
 #include "media/bytes.h"
+#include "media/containers/boxes/film_keys.h"
 #include "media/native/exif/exif_texts.h"
 #include "media/native/namespaces.h"
 
@@ -134,6 +135,11 @@ std::vector<NativeValue> FilmFields(const ByteSource& file, const BoxList& movie
         AddHeader(SmallContents(file, *header), values);
     }
     AddCopyrights(file, movie, values);
+    const auto contents = [&](const Box* box) { return box == nullptr ? std::string() : SmallContents(file, *box); };
+    for (NativeValue& value :
+         FilmKeys(contents(movie.FindPath({"moov", "meta"})), contents(movie.FindPath({"moov", "udta", "\xA9xyz"})))) {
+        values.push_back(std::move(value));
+    }
     return values;
 }
 

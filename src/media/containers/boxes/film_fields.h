@@ -7,7 +7,8 @@
 
 namespace zephmetadata::media {
 
-/// What the boxes of a movie say of it as XMP properties: dates and duration of its header, copyright notices.
+/// What the boxes of a movie say of it as XMP properties: dates and duration of its header, copyright notices, and
+/// what cameras say by keys.
 /// @p movie is the movie box with all that is in it.
 std::vector<NativeValue> FilmFields(const ByteSource& file, const BoxList& movie);
 
