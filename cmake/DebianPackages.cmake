@@ -1,5 +1,5 @@
 # Debian packages, made by "cmake --preset package", "cmake --build --preset package" and "cpack" in build/package: the
-# library, what hosts compile with, the command line, the documentation, and debugging information for the two that hold
+# library, what hosts compile with, the command line, the Python package, the documentation, and debugging information for the two that hold
 # programs. They go by Debian's own rules, so lintian has nothing against them but what it says of an unofficial package.
 if(NOT ZEPHMETADATA_DEBIAN_PACKAGES)
   return()
@@ -19,6 +19,9 @@ set(CPACK_STRIP_FILES OFF)
 set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/use_ldconfig_trigger.cmake)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_COMPONENTS_ALL library development tools documentation)
+if(TARGET zephmetadata_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SOURCE zephmetadata)
@@ -52,6 +55,23 @@ set(CPACK_DEBIAN_TOOLS_DEBUGINFO_PACKAGE ON)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION "command line for the XMP metadata of photos and videos
 Shows metadata as panels of an editor would, finds, reads, edits and checks
 the values of many files, and works with templates and extension packages.")
+
+# Debian's Python packages are compiled where they are installed, by the scripts that its py3compile comes with.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-zephmetadata)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "${libraryPackage} ${exactly}, ${ZEPHMETADATA_PYTHON_DEPENDS}")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-pandas, python3-dask, python3-distributed")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PYTHON_DEBUGINFO_PACKAGE ON)
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION "metadata of photos, videos and documents as Python values
+Reads and writes XMP, Exif and IPTC by path, from one file to collections
+as tables, on one machine or with Dask on many.")
+set(pythonScripts ${CMAKE_CURRENT_BINARY_DIR}/python-scripts)
+file(WRITE ${pythonScripts}/postinst "#!/bin/sh\nset -e\nif command -v py3compile >/dev/null; then\n"
+  "  py3compile -p python3-zephmetadata\nfi\n")
+file(WRITE ${pythonScripts}/prerm "#!/bin/sh\nset -e\nif command -v py3clean >/dev/null; then\n"
+  "  py3clean -p python3-zephmetadata\nfi\n")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA ${pythonScripts}/postinst ${pythonScripts}/prerm)
 
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME zephmetadata-doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)

@@ -60,6 +60,10 @@ bool Start(MetaDataProvider& provider) {
     return media != nullptr && media->StartMetaData();
 }
 
+bool IsFailure(const EditReport& report) {
+    return report.mStatus != FileStatus::kFileStatus_Success || report.IsRefused();
+}
+
 /// The property that an expression leads to, or into.
 std::string PropertyOf(const std::string& expression) {
     return expression.substr(0, expression.find_first_of("/["));
@@ -258,10 +262,10 @@ EditReport Media::WriteChanges() {
     const ErrorScope scope;
     EditReport report = ApplyEdits(mProvider, Changes());
     TellOfParts(report);
-    if (report.mStatus == FileStatus::kFileStatus_Success && !report.IsRefused()) {
-        ShowWhatWasRead();
-    } else {
+    if (IsFailure(report)) {
         AfterFailure(report);
+    } else {
+        ShowWhatWasRead();
     }
     return report;
 }
@@ -323,17 +327,24 @@ EditReport Media::SaveTo(const sp<ByteTarget>& target) {
         report.mStatus = FileStatus::kFileStatus_NoFile;
         return report;
     }
+    if (mBuffer != nullptr) {
+        report = Save();
+        report.mStatus = IsFailure(report) ? report.mStatus : Copy(*mSource, *target);
+        return report;
+    }
     const auto once = std::make_shared<OnceTarget>(target);
     if (!mTouched.empty()) {
         dynamic_cast<SourceProvider&>(*mProvider).SetTarget(once);
         report = WriteChanges();
     }
-    const bool isFailure = report.mStatus != FileStatus::kFileStatus_Success || report.IsRefused();
-    if (once->IsStarted() && !isFailure) {
+    if (IsFailure(report)) {
+        return report;
+    }
+    if (once->IsStarted()) {
         mFailure.emplace();  // what was read is not what lies there now
         mFailure->mStatus = FileStatus::kFileStatus_ReadOnly;
         mFailure->mDetail = "it was written elsewhere; open that";
-    } else if (!isFailure) {
+    } else {
         report.mStatus = Copy(*mSource, *target);
     }
     return report;

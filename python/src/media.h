@@ -55,7 +55,7 @@ public:
     zephmetadata::EditReport Edit(const std::vector<zephmetadata::ValueEdit>& edits);
     /// Takes the properties that edits touched over into what was read, and writes them where they differ.
     zephmetadata::EditReport Save();
-    /// Gives @p target all of the source as it is to be, also when nothing changed. For sources that are no bytes.
+    /// Gives @p target all of the source as it is to be, also when nothing changed.
     zephmetadata::EditReport SaveTo(const zephmetadata::sp<zephmetadata::ByteTarget>& target);
     /// What was opened by OpenBytes, as it was saved last; null for anything else.
     const zephmetadata::sp<const zephmetadata::BufferSource>& Bytes() const { return mBytes; }

@@ -56,6 +56,7 @@ py::tuple Load(const Source& source) {
 
 py::tuple LoadDocuments(const std::vector<std::pair<std::string, std::string>>& named) {
     std::vector<PackageDocument> documents;
+    documents.reserve(named.size());
     for (const auto& [name, text] : named) {
         documents.push_back({zephcore::UTF8to16(name), text});
     }

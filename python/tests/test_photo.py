@@ -201,6 +201,9 @@ def test_writes_bytes_and_objects_as_files(fixture):
             assert z.open(other)["xmp:Label"] == label and z.open(other)["dc:subject"] == z.open(name)["dc:subject"]
         assert photo.data[photo.data.rindex(b"\xff\xda") :] == data[data.rindex(b"\xff\xda") :]
 
+    photo["xmp:Label"], target = "Blue", Narrow()
+    assert photo.save(target).changed and target.getvalue() == photo.data and not photo.save().changed
+
     remote, target = z.open(io.BytesIO(data)), Narrow()
     assert not remote.save(target).changed and target.getvalue() == data
     remote["xmp:Label"] = "Red"
@@ -212,7 +215,7 @@ def test_writes_bytes_and_objects_as_files(fixture):
     with pytest.raises(z.WriteError, match="written elsewhere"):
         remote.save(Narrow())
     packet = z.parse(photo.packet())
-    packet["xmp:Label"] = "Blue"
+    packet["xmp:Label"] = "Green"
     with pytest.raises(z.WriteError, match="it is a packet"):
         packet.save()
     with pytest.raises(TypeError, match="a target"):

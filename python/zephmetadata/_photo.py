@@ -204,7 +204,7 @@ class Photo(MutableMapping[str, Any]):
 
         What was opened as bytes is changed in memory (``data``). With @p target, an object with ``write``, the whole of
         what was opened as bytes or as an object goes there, also when nothing changed; only what stands in the target
-        after this has returned is to be kept. An object is saved once: open what was written to go on.
+        after this has returned is to be kept. Edits of an object are saved once: open what was written to go on.
 
         Raises WriteError when that cannot be done; the file is then as it was. After ``"changed"`` (another program
         changed the file meanwhile) open it again and repeat the edits.
