@@ -79,8 +79,8 @@ constexpr auto kFacts = std::to_array<FactRow>({
 });
 
 /// What sections call differently.
-constexpr std::pair<std::string_view, const char*> kLabels[] = {
-    {"xmp:CreateDate", "$$$/metadataui/overview/fileCreated_label=File Created"}};
+constexpr auto kLabels = std::to_array<std::pair<std::string_view, const char*>>(
+    {{"xmp:CreateDate", "$$$/metadataui/overview/fileCreated_label=File Created"}});
 
 /// Dates of a picture that mostly are one moment.
 constexpr auto kCreated = std::to_array<std::string_view>(
@@ -190,7 +190,7 @@ private:
             return nullptr;
         }
         const auto known = mKnown.find(expression);
-        const auto item =
+        auto item =
             known == mKnown.end() ? std::make_shared<ViewItem>(path) : std::make_shared<ViewItem>(*known->second);
         for (const auto& [labelled, label] : kLabels) {
             item->mLabel = labelled == expression ? label : item->mLabel;
