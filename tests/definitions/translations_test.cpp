@@ -292,6 +292,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, LanguageChoice,
                          ::testing::ValuesIn(std::vector<LanguageRow>{
                              {"German", "de", "Titel"},
                              {"GermanOfAustria", "de_AT", "Titel"},
+                             {"WithAHyphen", "de-AT", "Titel"},
                              {"FrenchOfCanadaAsALanguageTag", "fr-CA", "Titre"},
                              {"SpanishWithAnEncoding", "es_MX.UTF-8", "Título"},
                              {"Japanese", "ja_JP", "タイトル"},
