@@ -105,6 +105,13 @@ void CommandLine::AddBatchOptions(CLI::App* command, BatchOptions& options, cons
     AddSidecarOption(command);
 }
 
+void CommandLine::AddWritingOptions(CLI::App* command, WritingOptions& options) {
+    command->add_flag("--dry-run", options.mDryRun, "Print what would change, and write nothing");
+    command->add_flag("--backup{.orig}", options.mBackup, "Keep a copy of each file before it changes (FILE.orig)")
+        ->type_name("SUFFIX");
+    command->add_flag("--keep-time", options.mKeepTime, "Leave the modification time of the files as it is");
+}
+
 void CommandLine::AddReading() {
     struct CommandRow {
         const char* mName;
@@ -211,10 +218,7 @@ void CommandLine::AddSet() {
         ->type_name("ZONE");
     set->add_option("--gps", request->mEdits.mPosition, "Set the position, for example 53.5461,9.9661,12m")
         ->type_name("LAT,LON[,ALT]");
-    set->add_flag("--dry-run", request->mDryRun, "Print what would change, and write nothing");
-    set->add_flag("--backup{.orig}", request->mBackup, "Keep a copy of each file before it changes (FILE.orig)")
-        ->type_name("SUFFIX");
-    set->add_flag("--keep-time", request->mKeepTime, "Leave the modification time of the files as it is");
+    AddWritingOptions(set, request->mWriting);
     set->add_flag("--together", request->mTogether, "Edit all files as one, as an editor shows them");
     AddBatchOptions(set, request->mBatch, nullptr);
     OnRun(set, [this, request] {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "batch/batch.h"
+#include "edits/file_editor.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmeta {
@@ -35,6 +36,8 @@ private:
     void AddSidecarOption(CLI::App* command);
     /// What every command about files takes. @p files names the positional argument; null when the command has its own.
     void AddBatchOptions(CLI::App* command, BatchOptions& options, const char* files);
+    /// What every command that changes values takes.
+    static void AddWritingOptions(CLI::App* command, WritingOptions& options);
     /// Has @p command run between the library's start and its stop.
     void OnRun(CLI::App* command, std::function<int()> run);
     /// The same for one that starts and stops the library itself.

@@ -5,6 +5,7 @@
 
 #include "batch/batch.h"
 #include "edits/edit_arguments.h"
+#include "edits/file_editor.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/values.h"
 
@@ -33,9 +34,7 @@ struct SetRequest {
     EditOptions mEdits;
     std::string mFrom;                    ///< a file to copy properties from
     std::vector<std::string> mFromPaths;  ///< which; empty: all but those that tell one file from another
-    std::string mBackup;                  ///< the suffix of backups; empty: none are made
-    bool mKeepTime = false;
-    bool mDryRun = false;
+    WritingOptions mWriting;
     bool mTogether = false;
 };
 /// 2 when the request itself is wrong (no file, nothing to set).
