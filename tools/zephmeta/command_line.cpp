@@ -37,6 +37,10 @@ CommandLine::CommandLine(CLI::App& app) : mApp(app) {
 
 void CommandLine::AddCommonOptions(CLI::App& app) {
     app.add_flag("--json", mJson, "Print JSON instead of text");
+    AddLanguageOption(app);
+}
+
+void CommandLine::AddLanguageOption(CLI::App& app) {
     app.add_option("--lang", mLanguage, "Language of labels and texts, for example de or fr_FR")->type_name("LANG");
 }
 
@@ -92,6 +96,10 @@ void CommandLine::AddBatchOptions(CLI::App* command, BatchOptions& options, cons
         ->type_name("jpg,heic");
     command->add_flag("-0,--null", options.mFiles.mNulSeparated,
                       "Names in lists end with NUL bytes instead of line ends");
+    AddWorkOptions(command, options);
+}
+
+void CommandLine::AddWorkOptions(CLI::App* command, BatchOptions& options) {
     command
         ->add_option("--if", options.mCondition,
                      "Only files for which this holds, for example: xmp:Rating>=4 and missing dc:rights")
@@ -183,6 +191,7 @@ void CommandLine::AddReading() {
 void CommandLine::AddWriting() {
     AddSet();
     AddApply();
+    AddTables();
 }
 
 void CommandLine::AddSet() {
@@ -224,6 +233,45 @@ void CommandLine::AddSet() {
     OnRun(set, [this, request] {
         request->mBatch.mJson = mJson;
         return Set(*request);
+    });
+}
+
+void CommandLine::AddTables() {
+    // No command like the others: its --json has an argument.
+    CLI::App* const exporting = mApp.add_subcommand("export", "Write the values of many files into one table");
+    exporting->footer(
+        "Examples:\n  zephmeta export -r Pictures --csv pictures.csv\n"
+        "  zephmeta export -r Pictures --csv titles.csv --only dc:title,dc:subject\n"
+        "  zephmeta export -r Pictures --json - | jq -c '.\"xmp:Rating\" = \"3\"' | zephmeta import -");
+    AddLanguageOption(*exporting);
+    const auto exported = Kept<ExportRequest>();
+    AddBatchOptions(exporting, exported->mBatch, "FILE");
+    CLI::Option* const json = exporting->add_option("--json", exported->mJson,
+                                                    "Make this file: a JSON object a line (- for standard output)");
+    json->type_name("TABLE");
+    exporting->add_option("--csv", exported->mCSV, "Make this file: a table with commas (RFC 4180)")
+        ->type_name("TABLE")
+        ->excludes(json);
+    exporting->add_option("--only", exported->mOnly, "These paths alone")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("PATH");
+    OnRun(exporting, [exported] { return Export(*exported); });
+
+    CLI::App* const importing =
+        Add(mApp, "import", "Write what was edited in an exported table back into the files",
+            "zephmeta import pictures.csv --dry-run\n  zephmeta import pictures.csv --delete-empty\n"
+            "  jq -c '.\"dc:rights\" = null' pictures.json | zephmeta import -");
+    const auto imported = Kept<ImportRequest>();
+    importing->add_option("TABLE", imported->mTable, "What export made, CSV or JSON, or - for standard input")
+        ->required();
+    importing->add_flag("--delete-empty", imported->mDeleteEmpty,
+                        "An empty cell of a CSV table deletes the value; without it nothing is done");
+    AddWritingOptions(importing, imported->mWriting);
+    AddWorkOptions(importing, imported->mBatch);
+    OnRun(importing, [this, imported] {
+        imported->mBatch.mJson = mJson;
+        return Import(*imported);
     });
 }
 

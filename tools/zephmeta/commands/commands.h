@@ -40,6 +40,23 @@ struct SetRequest {
 /// 2 when the request itself is wrong (no file, nothing to set).
 int Set(SetRequest request);
 
+struct ExportRequest {
+    BatchOptions mBatch;
+    std::string mJson;  ///< the file to make, "-" for standard output; one of these
+    std::string mCSV;
+    std::vector<std::string> mOnly;  ///< these columns; empty: all
+};
+/// 2 when it is not said what to make.
+int Export(ExportRequest request);
+
+struct ImportRequest {
+    BatchOptions mBatch;
+    WritingOptions mWriting;
+    std::string mTable;  ///< "-" for standard input
+    bool mDeleteEmpty = false;
+};
+int Import(const ImportRequest& request);
+
 struct ExtractRequest {
     BatchOptions mBatch;
     std::string mFolder;  ///< empty: beside each file
