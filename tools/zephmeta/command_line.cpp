@@ -22,6 +22,23 @@ std::shared_ptr<Arguments> Kept() {
 
 using Texts = std::vector<std::string>;
 
+/// Has one of some words stand for its value. The help says nothing of the values behind the words.
+template <typename Value>
+CLI::Validator OneOf(const std::map<std::string, Value>& values) {
+    const auto replaced = [&values](std::string& word) {
+        std::string words;
+        for (const auto& [known, value] : values) {
+            if (known == word) {
+                word = std::to_string(static_cast<int>(value));
+                return std::string();
+            }
+            words.append(words.empty() ? "" : ", ").append(known);
+        }
+        return "\"" + word + "\" is none of " + words;
+    };
+    return CLI::Validator(replaced, {});
+}
+
 }  // namespace
 
 CommandLine::CommandLine(CLI::App& app) : mApp(app) {
@@ -59,7 +76,7 @@ void CommandLine::AddSidecarOption(CLI::App* command) {
         ->add_option("--sidecar", mSidecars,
                      "auto: read the sidecar beside a file and change it where there is one or where the format cannot "
                      "be written; never: the file alone; always: change sidecars only")
-        ->transform(CLI::CheckedTransformer(policies))
+        ->transform(OneOf(policies))
         ->type_name("never|auto|always")
         ->default_str("auto");
 }
@@ -289,7 +306,7 @@ void CommandLine::AddApply() {
         ->add_option("--mode", merge->mMode,
                      "add: only what a file lacks; replace: what the template has; clear: as replace, and remove "
                      "everything that people edit and the template lacks")
-        ->transform(CLI::CheckedTransformer(modes))
+        ->transform(OneOf(modes))
         ->type_name("add|replace|clear")
         ->default_str("add");
     apply->add_flag("--dry-run", merge->mDryRun, "List what would change, and write nothing");
@@ -332,7 +349,8 @@ void CommandLine::AddPanels() {
 
 void CommandLine::AddRegistry() {
     CLI::App* const formats =
-        Add(mApp, "formats", "List the media formats with what can be read and written", "zephmeta formats");
+        Add(mApp, "formats", "List the media formats with what can be read and written",
+            "zephmeta formats\n  zephmeta formats --json | jq -c '.[]'\n  zephmeta formats --lang de");
     OnRunAlone(formats, [this] { return ShowFormats(mJson); });
 
     struct ListRow {
@@ -344,11 +362,14 @@ void CommandLine::AddRegistry() {
         int (*mShow)(const std::string& name, bool json);
     };
     static const auto rows = std::to_array<ListRow>({
-        {"schemas", "List the schemas, or the properties of one", "zephmeta schemas dc", "PREFIX",
+        {"schemas", "List the schemas, or the properties of one",
+         "zephmeta schemas\n  zephmeta schemas dc\n  zephmeta schemas --lang de dc", "PREFIX",
          "The prefix of one schema", ShowSchemas},
-        {"types", "List the value types, or what one is made of", "zephmeta types thumbnail", "ID",
-         "The id of one type", ShowTypes},
-        {"views", "List the views, or the items of one", "zephmeta views camera", "NAME", "The name of one view",
+        {"types", "List the value types, or what one is made of",
+         "zephmeta types\n  zephmeta types thumbnail\n  zephmeta types --lang de thumbnail", "ID", "The id of one type",
+         ShowTypes},
+        {"views", "List the views, or the items of one",
+         "zephmeta views\n  zephmeta views camera\n  zephmeta views --lang de camera", "NAME", "The name of one view",
          ShowViews},
     });
     for (const ListRow& row : rows) {
@@ -362,15 +383,19 @@ void CommandLine::AddRegistry() {
 void CommandLine::AddAuthoring() {
     CLI::App* const check =
         Add(mApp, "check", "Report the problems of definitions, views, manifests and path documents",
-            "zephmeta check my_schema.xml my_view.xml");
+            "zephmeta check my_schema.xml my_view.xml\n  zephmeta check --json manifest.xml\n  zephmeta check */*.xml");
     const auto documents = Kept<Texts>();
     check->add_option("DOCUMENT", *documents, "Documents to read")->required();
     OnRunAlone(check, [this, documents] { return CheckDocuments(*documents, mJson); });
 
     CLI::App* const schema = mApp.add_subcommand("schema", "Write a definitions document without writing XML");
     schema->require_subcommand(1);
-    CLI::App* const create = Add(*schema, "new", "Make a document with an empty schema",
-                                 "zephmeta schema new tides.xml --namespace http://example.org/tides/ --prefix tides");
+    CLI::App* const create =
+        Add(*schema, "new", "Make a document with an empty schema",
+            "zephmeta schema new tides.xml --namespace http://example.org/tides/ --prefix tides\n"
+            "  zephmeta schema new q.xml --namespace http://example.org/q/ --prefix q --label Quay\n"
+            "  zephmeta schema new r.xml --namespace http://example.org/r/ --prefix r && zephmeta "
+            "schema show r.xml");
     const auto made = Kept<SchemaRequest>();
     create->add_option("DOCUMENT", made->mFile, "The file to make")->required();
     create->add_option("--namespace", made->mNamespace, "The namespace URI")->required();
@@ -380,7 +405,10 @@ void CommandLine::AddAuthoring() {
     OnRun(create, [made] { return NewSchema(*made); });
 
     CLI::App* const add = Add(*schema, "add-property", "Add a property to a schema of a document",
-                              "zephmeta schema add-property tides.xml height --type real --label \"Tide Height\"");
+                              "zephmeta schema add-property tides.xml height --type real --label \"Tide Height\"\n"
+                              "  zephmeta schema add-property tides.xml level --type integer --min 0 --max 9\n"
+                              "  zephmeta schema add-property tides.xml state --type closedchoice --element-type text "
+                              "--choice ebb=Ebb --choice flood=Flood");
     const auto property = Kept<PropertyRequest>();
     add->add_option("DOCUMENT", property->mFile, "The file to change")->required();
     add->add_option("NAME", property->mName, "The name of the property")->required();
@@ -404,22 +432,24 @@ void CommandLine::AddAuthoring() {
     add->add_flag("--internal", property->mInternal, "Kept by programs rather than edited by people");
     OnRun(add, [property] { return AddProperty(*property); });
 
-    CLI::App* const show =
-        Add(*schema, "show", "Print a document as it would be written", "zephmeta schema show tides.xml");
+    CLI::App* const show = Add(*schema, "show", "Print a document as it would be written",
+                               "zephmeta schema show tides.xml\n  zephmeta schema show tides.xml > tidy.xml\n"
+                               "  zephmeta schema show tides.xml | diff tides.xml -");
     const auto shown = Kept<std::string>();
     show->add_option("DOCUMENT", *shown, "A definitions document")->required();
     OnRun(show, [shown] { return ShowSchemaDocument(*shown); });
 }
 
 void CommandLine::AddPackages() {
-    CLI::App* const packages =
-        Add(mApp, "packages", "List the extension packages and what each brought", "zephmeta packages --json");
+    CLI::App* const packages = Add(mApp, "packages", "List the extension packages and what each brought",
+                                   "zephmeta packages\n  zephmeta packages --json\n  zephmeta packages --lang de");
     OnRun(packages, [this] { return ShowPackages(mJson); });
 
     CLI::App* const package = mApp.add_subcommand("package", "Begin an extension package");
     package->require_subcommand(1);
     CLI::App* const create = Add(*package, "new", "Lay out a package that works, to be changed with an editor",
-                                 "zephmeta package new \"Tide Table\"");
+                                 "zephmeta package new \"Tide Table\"\n  zephmeta package new Quay --folder .\n"
+                                 "  zephmeta package new Quay --folder /tmp && zephmeta check /tmp/Quay/*.xml");
     const auto made = Kept<PackageRequest>();
     create->add_option("NAME", made->mName, "The name of the package and of its folder")->required();
     create->add_option("--folder", made->mFolder, "Where to put it instead of the folder for your own packages")
@@ -437,7 +467,8 @@ void CommandLine::AddConversion() {
         "Reads the subfolders of \"Corvid/XMP/Custom Quillet Panels/GENERATION/panels\" and writes a folder for each\n"
         "generic panel into \"Corvid/XMP/Metadata Extensions\": of your panels in your settings, of the machine-wide\n"
         "ones in the machine-wide folder. A package that is there already stays as it is.\n\n"
-        "Example:\n  zephmeta convert-panels --generation 4.0");
+        "Examples:\n  zephmeta convert-panels --generation 4.0\n  zephmeta convert-panels --generation 3.0 --json\n"
+        "  zephmeta convert-panels --generation 2.0 && zephmeta packages");
     const auto generation = Kept<std::string>();
     convert->add_option("--generation", *generation, "The hosts that the panels were made for: 4.0, 3.0 or 2.0")
         ->required()
