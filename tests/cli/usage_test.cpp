@@ -29,13 +29,19 @@ TEST_P(Usage, IsExplained) {
 const UsageRow kUsageRows[] = {
     {"Version", {"--version"}, 0, "zephmeta 0.2.0\nExempi", ""},
     {"Help", {"--help"}, 0, "Exit status: 0 done, 1 ", ""},
-    {"HelpOfDump", {"dump", "--help"}, 0, "Examples:\n  zephmeta dump photo.jpg\n", ""},
-    {"HelpOfGet", {"get", "--help"}, 0, "Examples:\n  zephmeta get photo.jpg dc:title ", ""},
-    {"HelpOfSet", {"set", "--help"}, 0, "Examples:\n  zephmeta set photo.jpg dc:title=\"New\" --add ", ""},
-    {"HelpOfSchemas", {"schemas", "--help"}, 0, "Examples:\n  zephmeta schemas dc\n", ""},
-    {"HelpOfTypes", {"types", "--help"}, 0, "Examples:\n  zephmeta types thumbnail\n", ""},
     {"NoCommand", {}, 2, "", "zephmeta: A subcommand is required; see \"zephmeta --help\"\n"},
     {"MistypedCommand", {"sett", "packet.jpg"}, 2, "", "zephmeta: no such command: sett; did you mean set?\n"},
+    {"MistypedPartOfACommand",
+     {"schema", "shwo", "x.xml"},
+     2,
+     "",
+     "zephmeta: no such command: shwo; did you mean show?\n"},
+    {"ChoicesInWords", {"apply", "--help"}, 0, "--mode add|replace|clear=add\n", ""},
+    {"NoChoice",
+     {"apply", "a.xmp", "packet.jpg", "--mode", "ad"},
+     2,
+     "",
+     "zephmeta: --mode: \"ad\" is none of add, clear, replace; see \"zephmeta --help\"\n"},
     {"NoFile", {"dump"}, 2, "", "zephmeta: FILE is required; see \"zephmeta --help\"\n"},
     {"NoPath", {"get", "packet.jpg"}, 2, "", "zephmeta: no path to read; see \"zephmeta get --help\"\n"},
     {"UnknownOption",
@@ -73,6 +79,22 @@ const UsageRow kUsageRows[] = {
 INSTANTIATE_TEST_SUITE_P(Rows, Usage, ::testing::ValuesIn(kUsageRows),
                          [](const auto& row) { return row.param.mLabel; });
 
+/// Every command, and the commands of a command, shows three lines that can be typed.
+void ExpectExamples(const Json& command, const std::string& name) {
+    for (const Json& child : command.at("commands")) {
+        ExpectExamples(child, name + " " + child.at("name").get<std::string>());
+    }
+    if (command.at("commands").empty()) {
+        const std::string footer = command.at("footer");
+        std::size_t examples = 0;
+        for (std::size_t at = footer.find("Examples:\n"); at != std::string::npos; at = footer.find('\n', at + 1)) {
+            const std::string line = footer.substr(at + 1, footer.find('\n', at + 1) - at - 1);
+            examples += line.find(name) != std::string::npos || line.ends_with("| zephmeta import -") ? 1 : 0;
+        }
+        EXPECT_GE(examples, 3U) << name << footer;
+    }
+}
+
 class Registry : public CliTest {};
 
 TEST_F(Registry, IsListedAsJson) {
@@ -92,6 +114,10 @@ TEST_F(Registry, IsListedAsJson) {
     EXPECT_EQ(schema.at("properties").size(), 15U);
     EXPECT_EQ(schema.at("properties").at(2).at("elementType"), "propername");
     EXPECT_EQ(schema.at("properties").at(5).at("internal"), true);
+}
+
+TEST_F(Registry, OfCommandsHasExamplesOfEach) {
+    ExpectExamples(Json::parse(Zephmeta({"--describe"}).mOutput), "zephmeta");
 }
 
 TEST_F(Registry, TakesCommonOptionsOnBothSidesOfTheCommand) {

@@ -22,6 +22,23 @@ std::shared_ptr<Arguments> Kept() {
 
 using Texts = std::vector<std::string>;
 
+/// Has one of some words stand for its value. The help says nothing of the values behind the words.
+template <typename Value>
+CLI::Validator OneOf(const std::map<std::string, Value>& values) {
+    const auto replaced = [&values](std::string& word) {
+        std::string words;
+        for (const auto& [known, value] : values) {
+            if (known == word) {
+                word = std::to_string(static_cast<int>(value));
+                return std::string();
+            }
+            words.append(words.empty() ? "" : ", ").append(known);
+        }
+        return "\"" + word + "\" is none of " + words;
+    };
+    return CLI::Validator(replaced, {});
+}
+
 }  // namespace
 
 CommandLine::CommandLine(CLI::App& app) : mApp(app) {
@@ -37,6 +54,10 @@ CommandLine::CommandLine(CLI::App& app) : mApp(app) {
 
 void CommandLine::AddCommonOptions(CLI::App& app) {
     app.add_flag("--json", mJson, "Print JSON instead of text");
+    AddLanguageOption(app);
+}
+
+void CommandLine::AddLanguageOption(CLI::App& app) {
     app.add_option("--lang", mLanguage, "Language of labels and texts, for example de or fr_FR")->type_name("LANG");
 }
 
@@ -55,7 +76,7 @@ void CommandLine::AddSidecarOption(CLI::App* command) {
         ->add_option("--sidecar", mSidecars,
                      "auto: read the sidecar beside a file and change it where there is one or where the format cannot "
                      "be written; never: the file alone; always: change sidecars only")
-        ->transform(CLI::CheckedTransformer(policies))
+        ->transform(OneOf(policies))
         ->type_name("never|auto|always")
         ->default_str("auto");
 }
@@ -92,6 +113,10 @@ void CommandLine::AddBatchOptions(CLI::App* command, BatchOptions& options, cons
         ->type_name("jpg,heic");
     command->add_flag("-0,--null", options.mFiles.mNulSeparated,
                       "Names in lists end with NUL bytes instead of line ends");
+    AddWorkOptions(command, options);
+}
+
+void CommandLine::AddWorkOptions(CLI::App* command, BatchOptions& options) {
     command
         ->add_option("--if", options.mCondition,
                      "Only files for which this holds, for example: xmp:Rating>=4 and missing dc:rights")
@@ -103,6 +128,13 @@ void CommandLine::AddBatchOptions(CLI::App* command, BatchOptions& options, cons
     CLI::Option* const quiet = command->add_flag("-q,--quiet", options.mQuiet, "Print problems alone");
     command->add_flag("-v,--verbose", options.mVerbose, "Print every change, and a summary")->excludes(quiet);
     AddSidecarOption(command);
+}
+
+void CommandLine::AddWritingOptions(CLI::App* command, WritingOptions& options) {
+    command->add_flag("--dry-run", options.mDryRun, "Print what would change, and write nothing");
+    command->add_flag("--backup{.orig}", options.mBackup, "Keep a copy of each file before it changes (FILE.orig)")
+        ->type_name("SUFFIX");
+    command->add_flag("--keep-time", options.mKeepTime, "Leave the modification time of the files as it is");
 }
 
 void CommandLine::AddReading() {
@@ -176,6 +208,7 @@ void CommandLine::AddReading() {
 void CommandLine::AddWriting() {
     AddSet();
     AddApply();
+    AddTables();
 }
 
 void CommandLine::AddSet() {
@@ -211,15 +244,51 @@ void CommandLine::AddSet() {
         ->type_name("ZONE");
     set->add_option("--gps", request->mEdits.mPosition, "Set the position, for example 53.5461,9.9661,12m")
         ->type_name("LAT,LON[,ALT]");
-    set->add_flag("--dry-run", request->mDryRun, "Print what would change, and write nothing");
-    set->add_flag("--backup{.orig}", request->mBackup, "Keep a copy of each file before it changes (FILE.orig)")
-        ->type_name("SUFFIX");
-    set->add_flag("--keep-time", request->mKeepTime, "Leave the modification time of the files as it is");
+    AddWritingOptions(set, request->mWriting);
     set->add_flag("--together", request->mTogether, "Edit all files as one, as an editor shows them");
     AddBatchOptions(set, request->mBatch, nullptr);
     OnRun(set, [this, request] {
         request->mBatch.mJson = mJson;
         return Set(*request);
+    });
+}
+
+void CommandLine::AddTables() {
+    // No command like the others: its --json has an argument.
+    CLI::App* const exporting = mApp.add_subcommand("export", "Write the values of many files into one table");
+    exporting->footer(
+        "Examples:\n  zephmeta export -r Pictures --csv pictures.csv\n"
+        "  zephmeta export -r Pictures --csv titles.csv --only dc:title,dc:subject\n"
+        "  zephmeta export -r Pictures --json - | jq -c '.\"xmp:Rating\" = \"3\"' | zephmeta import -");
+    AddLanguageOption(*exporting);
+    const auto exported = Kept<ExportRequest>();
+    AddBatchOptions(exporting, exported->mBatch, "FILE");
+    CLI::Option* const json = exporting->add_option("--json", exported->mJson,
+                                                    "Make this file: a JSON object a line (- for standard output)");
+    json->type_name("TABLE");
+    exporting->add_option("--csv", exported->mCSV, "Make this file: a table with commas (RFC 4180)")
+        ->type_name("TABLE")
+        ->excludes(json);
+    exporting->add_option("--only", exported->mOnly, "These paths alone")
+        ->delimiter(',')
+        ->allow_extra_args(false)
+        ->type_name("PATH");
+    OnRun(exporting, [exported] { return Export(*exported); });
+
+    CLI::App* const importing =
+        Add(mApp, "import", "Write what was edited in an exported table back into the files",
+            "zephmeta import pictures.csv --dry-run\n  zephmeta import pictures.csv --delete-empty\n"
+            "  jq -c '.\"dc:rights\" = null' pictures.json | zephmeta import -");
+    const auto imported = Kept<ImportRequest>();
+    importing->add_option("TABLE", imported->mTable, "What export made, CSV or JSON, or - for standard input")
+        ->required();
+    importing->add_flag("--delete-empty", imported->mDeleteEmpty,
+                        "An empty cell of a CSV table deletes the value; without it nothing is done");
+    AddWritingOptions(importing, imported->mWriting);
+    AddWorkOptions(importing, imported->mBatch);
+    OnRun(importing, [this, imported] {
+        imported->mBatch.mJson = mJson;
+        return Import(*imported);
     });
 }
 
@@ -237,7 +306,7 @@ void CommandLine::AddApply() {
         ->add_option("--mode", merge->mMode,
                      "add: only what a file lacks; replace: what the template has; clear: as replace, and remove "
                      "everything that people edit and the template lacks")
-        ->transform(CLI::CheckedTransformer(modes))
+        ->transform(OneOf(modes))
         ->type_name("add|replace|clear")
         ->default_str("add");
     apply->add_flag("--dry-run", merge->mDryRun, "List what would change, and write nothing");
@@ -284,7 +353,8 @@ void CommandLine::AddPanels() {
 
 void CommandLine::AddRegistry() {
     CLI::App* const formats =
-        Add(mApp, "formats", "List the media formats with what can be read and written", "zephmeta formats");
+        Add(mApp, "formats", "List the media formats with what can be read and written",
+            "zephmeta formats\n  zephmeta formats --json | jq -c '.[]'\n  zephmeta formats --lang de");
     OnRunAlone(formats, [this] { return ShowFormats(mJson); });
 
     struct ListRow {
@@ -296,11 +366,14 @@ void CommandLine::AddRegistry() {
         int (*mShow)(const std::string& name, bool json);
     };
     static const auto rows = std::to_array<ListRow>({
-        {"schemas", "List the schemas, or the properties of one", "zephmeta schemas dc", "PREFIX",
+        {"schemas", "List the schemas, or the properties of one",
+         "zephmeta schemas\n  zephmeta schemas dc\n  zephmeta schemas --lang de dc", "PREFIX",
          "The prefix of one schema", ShowSchemas},
-        {"types", "List the value types, or what one is made of", "zephmeta types thumbnail", "ID",
-         "The id of one type", ShowTypes},
-        {"views", "List the views, or the items of one", "zephmeta views camera", "NAME", "The name of one view",
+        {"types", "List the value types, or what one is made of",
+         "zephmeta types\n  zephmeta types thumbnail\n  zephmeta types --lang de thumbnail", "ID", "The id of one type",
+         ShowTypes},
+        {"views", "List the views, or the items of one",
+         "zephmeta views\n  zephmeta views camera\n  zephmeta views --lang de camera", "NAME", "The name of one view",
          ShowViews},
     });
     for (const ListRow& row : rows) {
@@ -314,15 +387,19 @@ void CommandLine::AddRegistry() {
 void CommandLine::AddAuthoring() {
     CLI::App* const check =
         Add(mApp, "check", "Report the problems of definitions, views, manifests and path documents",
-            "zephmeta check my_schema.xml my_view.xml");
+            "zephmeta check my_schema.xml my_view.xml\n  zephmeta check --json manifest.xml\n  zephmeta check */*.xml");
     const auto documents = Kept<Texts>();
     check->add_option("DOCUMENT", *documents, "Documents to read")->required();
     OnRunAlone(check, [this, documents] { return CheckDocuments(*documents, mJson); });
 
     CLI::App* const schema = mApp.add_subcommand("schema", "Write a definitions document without writing XML");
     schema->require_subcommand(1);
-    CLI::App* const create = Add(*schema, "new", "Make a document with an empty schema",
-                                 "zephmeta schema new tides.xml --namespace http://example.org/tides/ --prefix tides");
+    CLI::App* const create =
+        Add(*schema, "new", "Make a document with an empty schema",
+            "zephmeta schema new tides.xml --namespace http://example.org/tides/ --prefix tides\n"
+            "  zephmeta schema new q.xml --namespace http://example.org/q/ --prefix q --label Quay\n"
+            "  zephmeta schema new r.xml --namespace http://example.org/r/ --prefix r && zephmeta "
+            "schema show r.xml");
     const auto made = Kept<SchemaRequest>();
     create->add_option("DOCUMENT", made->mFile, "The file to make")->required();
     create->add_option("--namespace", made->mNamespace, "The namespace URI")->required();
@@ -332,7 +409,10 @@ void CommandLine::AddAuthoring() {
     OnRun(create, [made] { return NewSchema(*made); });
 
     CLI::App* const add = Add(*schema, "add-property", "Add a property to a schema of a document",
-                              "zephmeta schema add-property tides.xml height --type real --label \"Tide Height\"");
+                              "zephmeta schema add-property tides.xml height --type real --label \"Tide Height\"\n"
+                              "  zephmeta schema add-property tides.xml level --type integer --min 0 --max 9\n"
+                              "  zephmeta schema add-property tides.xml state --type closedchoice --element-type text "
+                              "--choice ebb=Ebb --choice flood=Flood");
     const auto property = Kept<PropertyRequest>();
     add->add_option("DOCUMENT", property->mFile, "The file to change")->required();
     add->add_option("NAME", property->mName, "The name of the property")->required();
@@ -356,22 +436,24 @@ void CommandLine::AddAuthoring() {
     add->add_flag("--internal", property->mInternal, "Kept by programs rather than edited by people");
     OnRun(add, [property] { return AddProperty(*property); });
 
-    CLI::App* const show =
-        Add(*schema, "show", "Print a document as it would be written", "zephmeta schema show tides.xml");
+    CLI::App* const show = Add(*schema, "show", "Print a document as it would be written",
+                               "zephmeta schema show tides.xml\n  zephmeta schema show tides.xml > tidy.xml\n"
+                               "  zephmeta schema show tides.xml | diff tides.xml -");
     const auto shown = Kept<std::string>();
     show->add_option("DOCUMENT", *shown, "A definitions document")->required();
     OnRun(show, [shown] { return ShowSchemaDocument(*shown); });
 }
 
 void CommandLine::AddPackages() {
-    CLI::App* const packages =
-        Add(mApp, "packages", "List the extension packages and what each brought", "zephmeta packages --json");
+    CLI::App* const packages = Add(mApp, "packages", "List the extension packages and what each brought",
+                                   "zephmeta packages\n  zephmeta packages --json\n  zephmeta packages --lang de");
     OnRun(packages, [this] { return ShowPackages(mJson); });
 
     CLI::App* const package = mApp.add_subcommand("package", "Begin an extension package");
     package->require_subcommand(1);
     CLI::App* const create = Add(*package, "new", "Lay out a package that works, to be changed with an editor",
-                                 "zephmeta package new \"Tide Table\"");
+                                 "zephmeta package new \"Tide Table\"\n  zephmeta package new Quay --folder .\n"
+                                 "  zephmeta package new Quay --folder /tmp && zephmeta check /tmp/Quay/*.xml");
     const auto made = Kept<PackageRequest>();
     create->add_option("NAME", made->mName, "The name of the package and of its folder")->required();
     create->add_option("--folder", made->mFolder, "Where to put it instead of the folder for your own packages")
@@ -389,7 +471,8 @@ void CommandLine::AddConversion() {
         "Reads the subfolders of \"Corvid/XMP/Custom Quillet Panels/GENERATION/panels\" and writes a folder for each\n"
         "generic panel into \"Corvid/XMP/Metadata Extensions\": of your panels in your settings, of the machine-wide\n"
         "ones in the machine-wide folder. A package that is there already stays as it is.\n\n"
-        "Example:\n  zephmeta convert-panels --generation 4.0");
+        "Examples:\n  zephmeta convert-panels --generation 4.0\n  zephmeta convert-panels --generation 3.0 --json\n"
+        "  zephmeta convert-panels --generation 2.0 && zephmeta packages");
     const auto generation = Kept<std::string>();
     convert->add_option("--generation", *generation, "The hosts that the panels were made for: 4.0, 3.0 or 2.0")
         ->required()

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "batch/batch.h"
+#include "edits/file_editor.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmeta {
@@ -22,6 +23,7 @@ private:
     void AddReading();
     void AddWriting();
     void AddSet();
+    void AddTables();
     void AddApply();
     void AddPanels();
     void AddRegistry();
@@ -32,9 +34,14 @@ private:
     /// A command with the options that every command takes, before or after its name.
     CLI::App* Add(CLI::App& parent, const char* name, const char* description, const char* example);
     void AddCommonOptions(CLI::App& app);
+    void AddLanguageOption(CLI::App& app);
     void AddSidecarOption(CLI::App* command);
     /// What every command about files takes. @p files names the positional argument; null when the command has its own.
     void AddBatchOptions(CLI::App* command, BatchOptions& options, const char* files);
+    /// The same without what says which files there are.
+    void AddWorkOptions(CLI::App* command, BatchOptions& options);
+    /// What every command that changes values takes.
+    static void AddWritingOptions(CLI::App* command, WritingOptions& options);
     /// Has @p command run between the library's start and its stop.
     void OnRun(CLI::App* command, std::function<int()> run);
     /// The same for one that starts and stops the library itself.

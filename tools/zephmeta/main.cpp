@@ -31,16 +31,24 @@ constexpr int kWrongUsage = 2;
 
 /// The command that a mistyped one most likely stands for, in words; empty where there is nothing to say.
 std::string WhyNoCommand(const CLI::App& app, int argc, char** argv) {
-    const auto* const word = std::find_if(argv + 1, argv + argc, [](const char* argument) { return *argument != '-'; });
-    std::vector<std::string> names;
-    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
-        names.push_back(command->get_name());
+    const auto isWord = [](const char* argument) { return *argument != '-'; };
+    const auto isCommand = [](const CLI::App*) { return true; };
+    const CLI::App* parent = &app;
+    for (char** word = std::find_if(argv + 1, argv + argc, isWord); word != argv + argc;
+         word = std::find_if(word + 1, argv + argc, isWord)) {
+        std::vector<std::string> names;
+        const CLI::App* next = nullptr;
+        for (const CLI::App* const command : parent->get_subcommands(isCommand)) {
+            names.push_back(command->get_name());
+            next = command->get_name() == *word ? command : next;
+        }
+        if (next == nullptr) {
+            const std::string near = zephmeta::NearestOf(*word, names);
+            return near.empty() ? near : "no such command: " + std::string(*word) + "; did you mean " + near + "?";
+        }
+        parent = next;
     }
-    if (word == argv + argc || std::find(names.begin(), names.end(), *word) != names.end()) {
-        return {};
-    }
-    const std::string near = zephmeta::NearestOf(*word, names);
-    return near.empty() ? near : "no such command: " + std::string(*word) + "; did you mean " + near + "?";
+    return {};
 }
 
 int Run(int argc, char** argv) {

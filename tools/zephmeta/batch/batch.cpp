@@ -15,8 +15,6 @@ namespace zephmeta {
 
 namespace {
 
-constexpr int kInterruptedStatus = 130;
-
 std::string Plural(std::size_t count, std::string_view noun) {
     return std::to_string(count).append(" ").append(noun).append(count == 1 ? "" : "s");
 }
@@ -104,14 +102,15 @@ private:
     void Print(const FileResult& result) {
         mTally.Count(result.mOutcome, result.mReason);
         mProgress.Erase();
-        if (!mOptions.mQuiet) {
-            std::cout << (result.mIsApart && mHasPrinted ? "\n" : "") << result.mOutput;
+        std::ostream& out = mOptions.mOutput == nullptr ? std::cout : *mOptions.mOutput;
+        if (!mOptions.mQuiet || mOptions.mOutput != nullptr) {
+            out << (result.mIsApart && mHasPrinted ? "\n" : "") << result.mOutput;
             mHasPrinted = mHasPrinted || !result.mOutput.empty();
         }
         if (mOptions.mJson && result.mOutput.empty() && !result.mReason.empty()) {
             Json json = FileObject(result.mName);
             json["error"] = result.mReason;
-            std::cout << JsonLine(json) << '\n';
+            out << JsonLine(json) << '\n';
         }
         if (!result.mProblems.empty()) {
             std::cout.flush();
@@ -177,12 +176,15 @@ FileResult Batch::Do(const std::string& name, const Condition* condition, const 
 }
 
 int Batch::Run(const Work& work) {
+    return RunFor(FileNames(mOptions.mFiles, mProblems), work);
+}
+
+int Batch::RunFor(const std::vector<std::string>& names, const Work& work) {
     const ConditionReading condition = ReadCondition(mOptions.mCondition);
     if (!condition.mProblem.empty()) {
         mProblems.Report({}, "--if: " + condition.mProblem);
         return 2;
     }
-    const std::vector<std::string> names = FileNames(mOptions.mFiles, mProblems);
     const InterruptGuard guard;
     BatchOutput output(mOptions, names.size());
     std::atomic<std::size_t> next = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +13,9 @@
 
 namespace zephmeta {
 
+/// The exit status after an interrupt.
+constexpr int kInterruptedStatus = 130;
+
 /// What every command about files takes.
 struct BatchOptions {
     FileRequest mFiles;
@@ -21,7 +25,8 @@ struct BatchOptions {
     bool mQuiet = false;     ///< problems alone
     bool mVerbose = false;
     bool mJson = false;
-    bool mMakesSidecars = false;  ///< a sidecar that is not there is worked on as well
+    bool mMakesSidecars = false;      ///< a sidecar that is not there is worked on as well
+    std::ostream* mOutput = nullptr;  ///< of results; null: standard output, and nowhere when quiet
 };
 
 /// What became of one file.
@@ -74,6 +79,8 @@ public:
     /// Has @p work called for every file that can be read and meets the condition, by several threads at once. The exit
     /// status: 1 when something failed, 130 after an interrupt, 2 for a condition that is none.
     int Run(const Work& work);
+    /// The same for files with these names, whatever they look like.
+    int RunFor(const std::vector<std::string>& names, const Work& work);
 
 private:
     FileResult Do(const std::string& name, const Condition* condition, const Work& work) const;

@@ -5,6 +5,7 @@
 
 #include "batch/batch.h"
 #include "edits/edit_arguments.h"
+#include "edits/file_editor.h"
 #include "panel/sheet.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/values.h"
@@ -34,13 +35,28 @@ struct SetRequest {
     EditOptions mEdits;
     std::string mFrom;                    ///< a file to copy properties from
     std::vector<std::string> mFromPaths;  ///< which; empty: all but those that tell one file from another
-    std::string mBackup;                  ///< the suffix of backups; empty: none are made
-    bool mKeepTime = false;
-    bool mDryRun = false;
+    WritingOptions mWriting;
     bool mTogether = false;
 };
 /// 2 when the request itself is wrong (no file, nothing to set).
 int Set(SetRequest request);
+
+struct ExportRequest {
+    BatchOptions mBatch;
+    std::string mJson;  ///< the file to make, "-" for standard output; one of these
+    std::string mCSV;
+    std::vector<std::string> mOnly;  ///< these columns; empty: all
+};
+/// 2 when it is not said what to make.
+int Export(ExportRequest request);
+
+struct ImportRequest {
+    BatchOptions mBatch;
+    WritingOptions mWriting;
+    std::string mTable;  ///< "-" for standard input
+    bool mDeleteEmpty = false;
+};
+int Import(const ImportRequest& request);
 
 struct ExtractRequest {
     BatchOptions mBatch;

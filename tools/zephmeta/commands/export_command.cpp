@@ -1,0 +1,88 @@
+#include <algorithm>
+#include <optional>
+
+#include "batch/batch.h"
+#include "collections/table_writer.h"
+#include "commands/commands.h"
+
+namespace zephmeta {
+
+namespace {
+
+/// Those of the cells that were asked for; the languages of an alternative go with its path.
+Cells Chosen(Cells cells, const std::vector<std::string>& only) {
+    if (!only.empty()) {
+        std::erase_if(cells, [&](const auto& cell) {
+            return std::none_of(only.begin(), only.end(), [&](const std::string& path) {
+                const std::string& column = cell.first;
+                const bool isBelow =
+                    column.size() > path.size() && (column[path.size()] == '[' || column[path.size()] == '/');
+                return column.starts_with(path) && (column.size() == path.size() || isBelow);
+            });
+        });
+    }
+    return cells;
+}
+
+/// Columns that were asked for are there even when no file has them, so that they can be filled in.
+Json EmptyRow(const std::vector<std::string>& only) {
+    Json row = Json::object();
+    for (const std::string& column : only) {
+        row[column] = "";
+    }
+    return row;
+}
+
+}  // namespace
+
+int Export(ExportRequest request) {
+    Problems problems;
+    problems.ReportCollected({});
+    const bool isCSV = !request.mCSV.empty();
+    const std::string name = isCSV ? request.mCSV : request.mJson;
+    if (name.empty()) {
+        problems.Report({}, "nothing to make; see \"zephmeta export --help\"");
+        return 2;
+    }
+    for (const std::string& column : request.mOnly) {
+        if (const std::string problem = WhyNoColumn(column); !problem.empty()) {
+            problems.Report({}, problem);
+        }
+    }
+    NewTable table(name);
+    if (!table.Problem().empty()) {
+        problems.Report(name, table.Problem());
+    }
+    if (problems.ExitStatus() != 0) {
+        return problems.ExitStatus();
+    }
+    std::optional<WaitingRows> rows;
+    if (isCSV) {
+        rows.emplace().AddColumns(EmptyRow(request.mOnly));
+    }
+    request.mBatch.mJson = !isCSV;
+    request.mBatch.mOutput = isCSV ? &rows->Out() : &table.Out();
+    const int status = Batch(request.mBatch, problems).Run([&](const MediaFile& file, FileResult& result) {
+        const Cells cells = Chosen(CellsOf(*zephmetadata::MetaDataReadAccess(file.Provider())), request.mOnly);
+        Json row = isCSV ? RowOf(file.Name(), cells) : FileObject(file.Name());
+        if (isCSV) {
+            rows->AddColumns(row);
+        } else {
+            AddMembers(cells, row);
+        }
+        result.Print(JsonLine(row));
+    });
+    if (status == kInterruptedStatus) {
+        problems.Report(name, "was not made (interrupted)");
+        return status;
+    }
+    std::string problem = isCSV ? rows->WriteTo(table.Out()) : std::string();
+    problem = problem.empty() ? table.Keep() : problem;
+    if (!problem.empty()) {
+        problems.Report(name, problem);
+        return 1;
+    }
+    return status;
+}
+
+}  // namespace zephmeta

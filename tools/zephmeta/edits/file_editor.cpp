@@ -1,0 +1,193 @@
+#include "edits/file_editor.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <unordered_set>
+
+#include "documents/document_file.h"
+#include "json.h"
+#include "zephmetadata/edits.h"
+#include "zephmetadata/xmp_meta.h"
+
+namespace zephmeta {
+
+namespace {
+
+using namespace zephmetadata;
+
+/// The times of a file, to be put back after it was written.
+class KeptTime {
+public:
+    KeptTime(const std::string& name, bool isKept)
+        : mName(name), mIsKept(isKept && stat(name.c_str(), &mStatus) == 0) {}
+    void PutBack() const {
+        const std::array times = {mStatus.st_atim, mStatus.st_mtim};
+        if (mIsKept) {
+            utimensat(AT_FDCWD, mName.c_str(), times.data(), 0);
+        }
+    }
+
+private:
+    std::string mName;
+    struct stat mStatus {};
+    bool mIsKept;
+};
+
+/// An item is meant by its place in the list that was read, everything else can be done to what is there now.
+bool IsRepeatable(const FileEdits& edits) {
+    return std::none_of(edits.mEdits.begin(), edits.mEdits.end(), [](const ValueEdit& edit) {
+        return edit.mPath.mPathDescription.find('[') != std::string::npos;
+    });
+}
+
+}  // namespace
+
+void FileEditor::Edit(MediaFile& file, const EditSource& editsOf, FileResult& result) const {
+    constexpr int kTries = 20;
+    int triesLeft = kTries;
+    while (EditOnce(file, editsOf, --triesLeft > 0, result)) {
+        file = MediaFile(file.Name());
+    }
+}
+
+/// True when another program changed the file meanwhile and another try is worth it.
+bool FileEditor::EditOnce(MediaFile& file, const EditSource& editsOf, bool mayTryAgain, FileResult& result) const {
+    const FileEdits edits = editsOf(*MetaDataReadAccess(file.Provider()));
+    if (!edits.mProblem.empty()) {
+        result.Fail(edits.mProblem + kNothingWritten);
+    } else if (edits.mEdits.empty()) {
+        result.SetOutcome(Outcome::kUnchanged);
+        Print(file, {}, {}, result);
+    } else if (mWriting.mDryRun) {
+        Rehearse(file, edits, result);
+    } else if (file.IsMissingSidecar()) {
+        MakeSidecar(file, edits, result);
+    } else {
+        return Write(file, edits, mayTryAgain && IsRepeatable(edits), result);
+    }
+    return false;
+}
+
+void FileEditor::Rehearse(const MediaFile& file, const FileEdits& edits, FileResult& result) const {
+    const MetaDataReadAccess access(file.Provider());
+    const XMPMetaPtr after = *access == nullptr ? CreateXMPMeta() : CloneXMPMeta(*access);
+    const EditReport report = ApplyEdits(after.get(), edits.mEdits);
+    if (report.IsRefused()) {
+        result.Fail(WhyRefused(edits, report));
+        return;
+    }
+    result.SetOutcome(report.IsChanged() ? Outcome::kWouldChange : Outcome::kUnchanged);
+    Print(file, ChangedOf(edits, report), Differences(*access, after.get()), result);
+}
+
+bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain, FileResult& result) const {
+    if (std::string problem = Backup(file.Name()); !problem.empty()) {
+        result.Fail(problem);
+        return false;
+    }
+    const KeptTime time(file.Name(), mWriting.mKeepTime);
+    const XMPMetaPtr before = mBatch.mVerbose ? CloneXMPMeta(*MetaDataReadAccess(file.Provider())) : nullptr;
+    const EditReport report = ApplyEdits(file.Provider(), edits.mEdits);
+    if (report.IsRefused()) {
+        const bool hasTree = *MetaDataReadAccess(file.Provider()) != nullptr;
+        result.Fail(hasTree ? WhyRefused(edits, report) + kNothingWritten : WhyNoFirst(file));
+        return false;
+    }
+    if (report.IsChanged() && mayTryAgain && file.WasChangedMeanwhile()) {
+        return true;
+    }
+    if (const std::string problem = report.IsChanged() ? file.WriteProblem() : std::string(); !problem.empty()) {
+        result.Fail(problem);
+        return false;
+    }
+    time.PutBack();
+    result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
+    std::vector<Change> changes;
+    if (mBatch.mVerbose && report.IsChanged()) {
+        const XMPMetaPtr after = before ? CloneXMPMeta(before.get()) : CreateXMPMeta();
+        ApplyEdits(after.get(), edits.mEdits);  // without what every write changes
+        changes = Differences(before.get(), after.get());
+    }
+    Print(file, ChangedOf(edits, report), changes, result);
+    return false;
+}
+
+void FileEditor::MakeSidecar(const MediaFile& file, const FileEdits& edits, FileResult& result) const {
+    const XMPMetaPtr tree = CreateXMPMeta();
+    const EditReport report = ApplyEdits(tree.get(), edits.mEdits);
+    std::string problem = report.IsRefused() ? WhyRefused(edits, report) + kNothingWritten : std::string();
+    if (report.IsChanged()) {
+        problem = WriteNewFile(file.Name(), SerializeXMPMeta(tree.get()));
+    }
+    if (!problem.empty()) {
+        result.Fail(problem);
+        return;
+    }
+    result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
+    Print(file, ChangedOf(edits, report), {}, result);
+}
+
+/// The file as it is, under a name with the suffix, unless that is there already. Why not; empty when it is there.
+std::string FileEditor::Backup(const std::string& name) const {
+    if (mWriting.mBackup.empty()) {
+        return {};
+    }
+    std::error_code error;
+    std::filesystem::copy_file(name, name + mWriting.mBackup, std::filesystem::copy_options::skip_existing, error);
+    return error ? "the backup cannot be written (" + error.message() + "); nothing was changed" : std::string();
+}
+
+void FileEditor::Print(const MediaFile& file, const std::vector<std::string>& changed,
+                       const std::vector<Change>& changes, FileResult& result) const {
+    const bool isWritten = !mWriting.mDryRun && !changed.empty();
+    const std::string sidecar = isWritten ? file.Sidecar() : std::string();
+    if (mBatch.mJson) {
+        Json json = FileObject(file.Name());
+        json["written"] = isWritten;
+        json["changed"] = changed;
+        for (const Change& change : changes) {
+            json["changes"].push_back(
+                {{"path", change.mExpression}, {"before", change.mBefore}, {"after", change.mAfter}});
+        }
+        if (!sidecar.empty()) {
+            json["sidecar"] = sidecar;
+        }
+        result.Print(JsonLine(json));
+        return;
+    }
+    const std::string word = changed.empty() ? "unchanged" : isWritten ? "written" : "would change";
+    result.Print(OneLine(file.Name()) + ": " + word + (sidecar.empty() ? "" : " to its sidecar " + OneLine(sidecar)));
+    for (const Change& change : changes) {
+        result.Print("  " + OneLine(change.mExpression) + ": " + InWords(change));
+    }
+}
+
+std::string WhyRefused(const FileEdits& edits, const EditReport& report) {
+    const auto refused = std::find_if(report.mOutcomes.begin(), report.mOutcomes.end(),
+                                      [](const EditOutcome& one) { return one.mResult == kEditResult_Refused; });
+    const auto number = static_cast<std::size_t>(refused - report.mOutcomes.begin());
+    return edits.mExpressions[number] + ": " + Shown(refused->mReason);
+}
+
+std::vector<std::string> ChangedOf(const FileEdits& edits, const EditReport& report) {
+    std::vector<std::string> changed;
+    std::unordered_set<std::string> seen;
+    for (std::size_t i = 0; i < edits.mEdits.size() && report.IsChanged(); ++i) {
+        if (report.mOutcomes[i].mResult == kEditResult_Changed && seen.insert(edits.mExpressions[i]).second) {
+            changed.push_back(edits.mExpressions[i]);
+        }
+    }
+    return changed;
+}
+
+std::string WhyNoFirst(const MediaFile& file) {
+    const std::string reason = file.WhyWithoutXMP();
+    return reason.empty() ? "has no XMP, and its format cannot be given any"
+                          : "cannot be given any XMP (" + reason + ")";
+}
+
+}  // namespace zephmeta
