@@ -1,7 +1,7 @@
-// Makes an extension package at run time and uses it: make_package
+// Makes an extension package at run time, uses it and takes it out again: make_package FOLDER
 //
-// The package, a schema and a panel for lighthouses, is written into the user's folder of packages, where the command line
-// and every other host find it from then on.
+// The package is a schema and a panel for lighthouses. In the user's folder of packages (CustomExtensionsUserDirectory)
+// the command line and every other host would find it from then on; this one is loaded from a folder of the host's own.
 #include <zephcore/files.h>
 #include <zephcore/localizer.h>
 #include <zephcore/text.h>
@@ -69,17 +69,19 @@ void UsePackage() {
 
 }  // namespace
 
-int main() {
+int main(int argc, char** argv) {
     const zephmetadata::Library library;
-    const zephcore::Dir packages(zephmetadata::CustomExtensionsUserDirectory());
-    if (!library.IsRunning() || !WritePackage(zephcore::Dir(packages, u"Lighthouses"))) {
+    const zephcore::Dir folder(argc == 2 ? zephcore::PathFromNative(argv[1]) : u"");
+    if (argc != 2 || !library.IsRunning() || !WritePackage(folder)) {
         std::cerr << "the package cannot be written\n";
         return 1;
     }
     const zephmetadata::ErrorScope scope;
-    zephmetadata::LoadAllViewDefinitions();
-    if (ShowProblems(scope.Errors())) {
+    const auto package = zephmetadata::LoadExtensionPackage(folder.FullPath());
+    if (ShowProblems(scope.Errors()) || !package) {
         return 1;
     }
     UsePackage();
+    zephmetadata::RemoveExtensionPackage(package->name);
+    std::cout << (PathEntryDefinition(zephmetadata::PathForExpression("lights:height")) ? "still there\n" : "Gone\n");
 }

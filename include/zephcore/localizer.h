@@ -1,9 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <initializer_list>
 #include <span>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "zephcore/base.h"
 
@@ -24,10 +26,20 @@ public:
     bool LoadFile(const UTF16String& path, std::u16string_view keptGroup = {});
     /// The same for the bytes of such a file.
     void LoadBuffer(std::string_view bytes, std::u16string_view keptGroup = {});
+    /// What is loaded from here on belongs to a layer of its own, above the earlier ones.
+    std::size_t BeginLayer();
+    /// Takes out what belongs to that layer; what it replaced is back. Cost: linear in all translations.
+    void RemoveLayer(std::size_t layer);
     void Clear();
 
 private:
-    std::unordered_map<UTF16String, UTF16String> mTranslations;
+    struct LayerText {
+        std::size_t mLayer;
+        UTF16String mText;
+    };
+
+    std::size_t mLayer = 0;
+    std::unordered_map<UTF16String, std::vector<LayerText>> mTranslations;  // the last text of a key holds
 };
 
 /// @p textTemplate with @0 to @9 replaced by @p arguments, in one pass: an argument's own "@1" is not replaced.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "zephcore/xml.h"
@@ -61,6 +62,9 @@ private:
 /// either way.
 ZEPHMETADATA_EXPORT bool ParseExtensionManifestFromDocument(const UTF16String& path,
                                                             ExtensionManifestParser::ManifestInfo& info);
+/// The same for a manifest in memory; @p source is only the context of error records.
+ZEPHMETADATA_EXPORT bool ParseExtensionManifestFromBuffer(const UTF8String& buffer, const UTF16String& source,
+                                                          ExtensionManifestParser::ManifestInfo& info);
 ZEPHMETADATA_EXPORT bool ParseManifestFromDocument(const UTF16String& path,
                                                    GenericPanelManifestParser::ManifestInfo& info);
 
@@ -71,7 +75,8 @@ ZEPHMETADATA_EXPORT bool WriteExtensionManifest(const GenericPanelManifestParser
 
 /// One extension package that was found.
 struct ExtensionPackage {
-    UTF16String path;  ///< of its folder; of a bundled package the name of its folder in the library
+    UTF16String
+        path;  ///< of its folder; of a bundled package the name of its folder in the library; empty of one in memory
     UTF16String name;
     float version = 0;
     UTF16String locFilePrefix;
@@ -81,9 +86,10 @@ struct ExtensionPackage {
     bool bundled = false;             ///< comes with the library, from no folder
 };
 
-/// The bundled packages that were asked for and those of the machine-wide and the per-user folder, one of each name, in
-/// the order in which they were loaded. LoadAllViewDefinitions and RegisterBundledPackages load them; empty before and
-/// after the last Terminate. Valid until the next of these calls.
+/// The packages that are loaded, one of each name, in the order in which they were: the bundled ones that were asked for
+/// and those of the machine-wide and the per-user folder (LoadAllViewDefinitions and RegisterBundledPackages load them),
+/// and what LoadExtensionPackage loaded. Empty before Initialize and after the last Terminate. Valid until the next of
+/// these calls.
 ZEPHMETADATA_EXPORT const std::vector<ExtensionPackage>& ExtensionPackages();
 
 /// Registers the packages that come with the library: the IPTC Photo Metadata Standard and the public schemas that files
@@ -97,6 +103,32 @@ ZEPHMETADATA_EXPORT const std::vector<ExtensionPackage>& ExtensionPackages();
 /// What a custom document or a host has registered before stays as it is. Structures get the fields, and properties with
 /// choices the choices, that they lack. Problems become error records. The last Terminate undoes it.
 ZEPHMETADATA_EXPORT void RegisterBundledPackages();
+
+/// A document of a package in memory.
+struct PackageDocument {
+    /// As in a folder: "manifest.xml", "schema/NAME.xml", "view/NAME.xml", "loc/LANGUAGE.dict". The context of error
+    /// records.
+    UTF16String name;
+    UTF8String text;
+};
+
+/// Loads one package at any time after Initialize: from a folder anywhere, or from memory, by the same rules. What it
+/// brought is returned, as ExtensionPackages lists it. Absent, with an error record, when there is no manifest, when it
+/// cannot be read, and when a package of that name is loaded already: take that out first. What is wrong in other
+/// documents becomes error records, and what is right in them is loaded; an ErrorScope tells them from others.
+///
+/// A package loaded before LoadAllViewDefinitions keeps one of its name in the folders from being loaded.
+ZEPHMETADATA_EXPORT std::optional<ExtensionPackage> LoadExtensionPackage(const UTF16String& folder);
+ZEPHMETADATA_EXPORT std::optional<ExtensionPackage> LoadExtensionPackage(const std::vector<PackageDocument>& documents);
+
+/// Takes a package out, whatever loaded it: its schemas, properties, types, fields, choices, views and translations.
+/// False when no package of that name is loaded.
+///
+/// Objects that a host holds stay alive and whole, but are registered no more. Properties and fields that the package
+/// added to schemas and structures of others go from these; what others added to its own stays registered, with the
+/// object that it was added to. Definitions of others that name its types find them no longer, and read as if there were
+/// no such type. Values in trees stay; paths to them lose their definitions. Prefixes stay bound to their namespaces.
+ZEPHMETADATA_EXPORT bool RemoveExtensionPackage(const UTF16String& name);
 
 namespace utility {
 

@@ -157,6 +157,12 @@ ZEPHMETADATA_EXPORT bool WriteViewDefinitionsFileFromSchema(const std::vector<sp
 /// Registers the built-in views, then what the extension packages bring (extensions.h). Called by the host after
 /// Initialize; further calls before the last Terminate do nothing.
 ZEPHMETADATA_EXPORT void LoadAllViewDefinitions();
+/// Registers a view of the host's own, for example a parsed one. False for a null one and while the library is not
+/// initialised, and, with an error record (ViewDefinitionRegistrationError with @p source as context), for one whose name
+/// is taken. The last Terminate forgets it.
+ZEPHMETADATA_EXPORT bool RegisterViewDefinition(const sp<ViewDefinition>& view, const UTF16String& source);
+/// Takes that very view out. It stays whole for those who hold it. False when it is not registered.
+ZEPHMETADATA_EXPORT bool RemoveViewDefinition(const sp<ViewDefinition>& view);
 /// The first registered view that has @p name now, or null. Cost: linear in the views.
 ZEPHMETADATA_EXPORT sp<ViewDefinition> GetViewDefinitionForName(const UTF8String& name);
 /// All registered views in order of registration; valid until the registry changes.

@@ -187,7 +187,7 @@ LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin o
 
 LoadedDocument LoadDefinitions(Definitions parsed, const UTF16String& path, DocumentOrigin origin) {
     const bool fromPackage = origin != DocumentOrigin::kCustomFolder;
-    const bool isFile = origin != DocumentOrigin::kBundledPackage;
+    const bool isFile = origin != DocumentOrigin::kPackageInMemory;
     const SchemaSizes before(parsed.first);
     LoadedDocument loaded;
     loaded.mRegistered = Register(std::move(parsed), path, fromPackage, fromPackage ? &loaded.mFields : nullptr);

@@ -7,7 +7,7 @@ namespace zephmetadata {
 /// Registers the built-in documents, then those of the custom definitions folders.
 void LoadBuiltInAndCustomDefinitions();
 
-enum class DocumentOrigin { kCustomFolder, kExtensionPackage, kBundledPackage };
+enum class DocumentOrigin { kCustomFolder, kExtensionPackage, kPackageInMemory };
 
 /// What came of a document.
 struct LoadedDocument {
@@ -20,7 +20,7 @@ struct LoadedDocument {
 /// lists of common and dynamic schemas.
 /// An extension package adds to schemas and structures that exist, a custom folder does not.
 LoadedDocument LoadDefinitionsDocument(const UTF16String& path, DocumentOrigin origin);
-/// The same for what was read of a document; what a bundled one defines belongs to no file, and @p path only names it.
+/// The same for what was read of a document; what one in memory defines belongs to no file, and @p path only names it.
 LoadedDocument LoadDefinitions(Definitions parsed, const UTF16String& path, DocumentOrigin origin);
 
 /// Empties everything that definitions were registered in.

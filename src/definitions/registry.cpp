@@ -5,6 +5,7 @@
 #include <unordered_set>
 
 #include "definitions/entry_index.h"
+#include "definitions/package_contents.h"
 #include "frame/errors.h"
 #include "frame/initialization.h"
 #include "xmp/core/toolkit.h"
@@ -85,6 +86,7 @@ void MergeProperties(const SchemaDefinition& added, SchemaDefinition& registered
             continue;
         }
         registered.mProperties.push_back(property);
+        PackageRecording::Add(registered.mNamespace, property);
         NormalizeEntryTypes(*property, registered.mPrefix, file);
     }
 }
@@ -160,6 +162,7 @@ bool RegisterSchemaDefinition(const sp<SchemaDefinition>& schema, const UTF16Str
     for (const auto& property : schema->mProperties) {
         NormalizeEntryTypes(*property, schema->mPrefix, file);
     }
+    PackageRecording::Add(schema);
     return true;
 }
 
@@ -182,6 +185,7 @@ bool AddFields(const TypeDefinition& added, const UTF16String& file, StructureFi
         if (RegisterNamespace(*field, file)) {
             NormalizeEntryTypes(*field, field->mPrefix, file);
             registered->mFields.push_back(field);
+            PackageRecording::Add(added.mName, field);
             fields.emplace_back(added.mName, field);
         } else {
             accepted = false;
@@ -208,8 +212,10 @@ bool RegisterTypeDefinition(const sp<TypeDefinition>& type, const UTF16String& f
     if (!accepted) {
         Registry().mTypes[type->mName] = nullptr;
         ReportRegistration(kInvalidType, {type->mName}, file);
+        return false;
     }
-    return accepted;
+    PackageRecording::Add(type);
+    return true;
 }
 
 bool RemoveSchemaDefinition(const sp<SchemaDefinition>& schema) {

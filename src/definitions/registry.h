@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -16,6 +17,8 @@ struct DefinitionRegistry {
     std::vector<sp<SchemaDefinition>> mCommonSchemas;     ///< in load order
     std::vector<sp<SchemaDefinition>> mDynamicSchemas;    ///< in load order
     std::map<StandardSchema, UTF8String> mStandardNamespaces;
+    std::set<sp<SchemaDefinition>> mPackageSchemas;  ///< that packages registered, and can be taken out
+    std::set<sp<TypeDefinition>> mPackageTypes;
 };
 
 DefinitionRegistry& Registry();

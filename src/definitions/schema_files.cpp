@@ -88,6 +88,14 @@ std::vector<sp<TypeDefinition>> allTypesFromSourceFile(const UTF16String& path) 
     return DefinitionsOfFile(Associations().mTypes, path);
 }
 
+void ForgetFile(const sp<SchemaDefinition>& schema) {
+    Associations().mSchemas.erase(schema);
+}
+
+void ForgetFile(const sp<TypeDefinition>& type) {
+    Associations().mTypes.erase(type);
+}
+
 void ClearFileAssociations() {
     Associations() = {};
 }

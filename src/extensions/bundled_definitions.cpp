@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <set>
 
+#include "definitions/package_contents.h"
 #include "definitions/registry.h"
 #include "extensions/bundled_packages.h"
 
@@ -26,14 +27,15 @@ void JoinType(TypeDefinition& type, const TypeDefinition& registered, const UTF1
 }
 
 /// A vocabulary grows: choices that a later version of it has join those of the property.
-void AddChoices(const PropertyDefinition& added, PropertyDefinition& registered) {
+void AddChoices(const PropertyDefinition& added, const sp<PropertyDefinition>& registered) {
     std::set<UTF8String> known;
-    for (const sp<ChoiceDefinition>& choice : registered.mChoices) {
+    for (const sp<ChoiceDefinition>& choice : registered->mChoices) {
         known.insert(choice->mRawValue);
     }
     for (const sp<ChoiceDefinition>& choice : added.mChoices) {
         if (!known.empty() && known.insert(choice->mRawValue).second) {
-            registered.mChoices.push_back(choice);
+            registered->mChoices.push_back(choice);
+            PackageRecording::Add(registered, choice);
         }
     }
 }
@@ -48,7 +50,7 @@ void JoinSchema(SchemaDefinition& schema, const SchemaDefinition& registered) {
         if (found == known.end()) {
             return false;
         }
-        AddChoices(*property, *found->second);
+        AddChoices(*property, found->second);
         return true;
     });
 }

@@ -10,7 +10,6 @@
 #include "definitions/loading.h"
 #include "extensions/package_discovery.h"
 #include "frame/translations.h"
-#include "views/view_registry.h"
 #include "zephcore/environment.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
@@ -71,23 +70,19 @@ std::vector<ExtensionPackage> BundledPackages() {
     return packages;
 }
 
-void LoadBundledPackage(ExtensionPackage& package) {
+void LoadBundledPackage(ExtensionPackage& package, Views& views) {
     const UTF8String folder = zephcore::UTF16to8(package.path);
     LoadTranslations(package, folder);
     std::set<UTF8String> seen;
     LoadDocuments(folder + "/schema/", [&](const UTF8String& document, const UTF16String& name) {
         Definitions parsed = ParseBufferForDefinitions(document, name);
         JoinRegisteredDefinitions(parsed, name, package.fields);
-        const LoadedDocument loaded = LoadDefinitions(std::move(parsed), name, DocumentOrigin::kBundledPackage);
+        const LoadedDocument loaded = LoadDefinitions(std::move(parsed), name, DocumentOrigin::kPackageInMemory);
         std::ranges::copy_if(loaded.mNamespaces, std::back_inserter(package.schemas),
                              [&](const UTF8String& schema) { return seen.insert(schema).second; });
     });
     LoadDocuments(folder + "/view/", [&](const UTF8String& document, const UTF16String& name) {
-        for (const sp<ViewDefinition>& view : ParseViewDefinitionsFromBuffer(document, name)) {
-            if (AddViewDefinition(view, name)) {
-                package.views.push_back(view->mName);
-            }
-        }
+        AddPackageViews(package, ParseViewDefinitionsFromBuffer(document, name), name, views);
     });
 }
 

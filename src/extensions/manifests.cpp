@@ -15,6 +15,8 @@ namespace zephmetadata {
 
 namespace {
 
+constexpr std::u16string_view kInvalidManifest = u"$$$/zephmetadata/ExtensionManifestParser/InvalidXML=invalid XML.";
+
 /// The attribute of each field of a manifest.
 template <typename Info>
 struct FieldRow {
@@ -62,17 +64,19 @@ bool IsElement(const UTF16String& namespaceURI, const UTF16String& localName, co
     return localName == wantedName && namespaceURI == zephcore::UTF8to16(wantedURI);
 }
 
-/// Reads the document at @p path with a @p Parser; a document that is not well formed is reported as @p kind.
+/// Reads a document, the one at @p source where there is no @p buffer, with a @p Parser; one that is not well formed is
+/// reported as @p kind.
 template <typename Parser, typename Info>
-bool ParseManifest(const UTF16String& path, ErrorKind kind, std::u16string_view invalidXML, Info& info) {
+bool ParseManifest(const UTF8String* buffer, const UTF16String& source, ErrorKind kind, std::u16string_view invalidXML,
+                   Info& info) {
     auto handler = std::make_unique<Parser>();
     const Parser& reader = *handler;
     const auto parser = zephcore::GetParser(std::move(handler));
-    const bool wellFormed = parser->ParseFile(path) == 0;
+    const bool wellFormed = (buffer == nullptr ? parser->ParseFile(source) : parser->ParseBuffer(*buffer)) == 0;
     info = reader.Info();
     if (!wellFormed) {
         const zephcore::DocumentLineScope line(parser->ErrorLine());
-        SendError(kind, zephcore::ZString(invalidXML), path);
+        SendError(kind, zephcore::ZString(invalidXML), source);
     }
     return wellFormed;
 }
@@ -100,14 +104,19 @@ void GenericPanelManifestParser::StartElementWithNamespace(const UTF16String& /*
 }
 
 bool ParseExtensionManifestFromDocument(const UTF16String& path, ExtensionManifestParser::ManifestInfo& info) {
-    return ParseManifest<ExtensionManifestParser>(path, ErrorKind::ExtensionManifestParsingError,
-                                                  u"$$$/zephmetadata/ExtensionManifestParser/InvalidXML=invalid XML.",
-                                                  info);
+    return ParseManifest<ExtensionManifestParser>(nullptr, path, ErrorKind::ExtensionManifestParsingError,
+                                                  kInvalidManifest, info);
+}
+
+bool ParseExtensionManifestFromBuffer(const UTF8String& buffer, const UTF16String& source,
+                                      ExtensionManifestParser::ManifestInfo& info) {
+    return ParseManifest<ExtensionManifestParser>(&buffer, source, ErrorKind::ExtensionManifestParsingError,
+                                                  kInvalidManifest, info);
 }
 
 bool ParseManifestFromDocument(const UTF16String& path, GenericPanelManifestParser::ManifestInfo& info) {
     return ParseManifest<GenericPanelManifestParser>(
-        path, ErrorKind::GenericPanelManifestError,
+        nullptr, path, ErrorKind::GenericPanelManifestError,
         u"$$$/zephmetadata/GenericPanelManifestParser/InvalidXML=invalid XML.", info);
 }
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "extensions/package_folder.h"
+#include "extensions/package_sources.h"
 #include "frame/errors.h"
 #include "zephcore/files.h"
 #include "zephcore/localizer.h"
@@ -16,8 +16,6 @@ namespace zephmetadata {
 
 namespace {
 
-constexpr std::u16string_view kMissingManifest =
-    u"$$$/zephmetadata/ErrorInManifestParser/MissingManifest=manifest file is missing from extension package.";
 constexpr std::u16string_view kSameVersions =
     u"$$$/zephmetadata/ExtensionPackages/DuplicateExtensionPackage/SameVersions=extension package with name "
     u"#{quot}@0#{quot} already exists.";
@@ -30,6 +28,10 @@ void Report(std::u16string_view key, std::initializer_list<UTF16String> argument
 }
 
 }  // namespace
+
+void ReportNameTaken(const ExtensionPackage& package) {
+    Report(kSameVersions, {package.name}, package.path);
+}
 
 float VersionNumber(const UTF16String& text) {
     std::istringstream stream(zephcore::UTF16to8(text));
@@ -50,15 +52,8 @@ void PackageDiscovery::Search(const UTF16String& path) {
 }
 
 void PackageDiscovery::AddFolder(const UTF16String& path) {
-    constexpr auto kKind = ErrorKind::ExtensionManifestParsingError;
-    const zephcore::File manifest(zephcore::Dir(path), u"manifest.xml");
-    if (!manifest.Exists()) {
-        SendError(kKind, zephcore::ZString(kMissingManifest), manifest.FullPath());
-        return;
-    }
-    ExtensionManifestParser::ManifestInfo info;
-    if (PackageFolder(path).MayRead(manifest, kKind) && ParseExtensionManifestFromDocument(manifest.FullPath(), info)) {
-        Add({path, info.name, VersionNumber(info.version), info.locFilePrefix, {}, {}, {}});
+    if (std::optional<ExtensionPackage> package = ReadPackageManifest(path)) {
+        Add(std::move(*package));
     }
 }
 

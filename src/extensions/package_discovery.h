@@ -11,6 +11,9 @@ namespace zephmetadata {
 /// The number at the start of @p text; 0 when there is none, or none that a float can hold.
 float VersionNumber(const UTF16String& text);
 
+/// Keeps a record that a package of its name is loaded.
+void ReportNameTaken(const ExtensionPackage& package);
+
 /// Finds packages, keeping one of each name: the highest version, and of equal ones the first.
 class PackageDiscovery {
 public:

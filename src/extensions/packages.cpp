@@ -1,132 +1,136 @@
 #include "extensions/packages.h"
 
+#include <map>
 #include <set>
 #include <string_view>
 #include <utility>
 
 #include "definitions/entry_index.h"
 #include "definitions/loading.h"
+#include "definitions/package_contents.h"
 #include "definitions/registry.h"
 #include "extensions/bundled_packages.h"
 #include "extensions/package_discovery.h"
-#include "extensions/package_folder.h"
+#include "extensions/package_sources.h"
 #include "frame/errors.h"
-#include "frame/translations.h"
+#include "frame/initialization.h"
 #include "views/view_registry.h"
-#include "zephcore/files.h"
 #include "zephcore/localizer.h"
 
 namespace zephmetadata {
 
 namespace {
 
-using zephcore::File;
-
-constexpr std::u16string_view kMissingLocFolder =
-    u"$$$/zephmetadata/ErrorInManifestParser/MissingLocDir=localization directory is missing from extension package.";
 constexpr std::u16string_view kNothingToLoad =
     u"$$$/zephmetadata/ErrorInManifestParser/MissingSchemaAndView=neither schema nor view file is present in extension "
     u"package.";
-constexpr std::u16string_view kUnreadableTranslations =
-    u"$$$/zephmetadata/ExtensionPackages/UnreadableLocFile=localization file can't be read.";
 
-/// What the library itself has to say, of packages among others, is in nobody else's words.
-constexpr std::u16string_view kOwnMessages = u"$$$/zephmetadata/";
+/// What taking a package out needs.
+struct Registered {
+    PackageContents mDefinitions;
+    Views mViews;
+    std::size_t mTranslations = 0;  // the layer of the localiser
+};
 
-std::vector<ExtensionPackage>& Loaded() {
-    static std::vector<ExtensionPackage> packages;
+struct Packages {
+    std::vector<ExtensionPackage> mInOrder;
+    std::map<UTF16String, Registered> mByName;
+};
+
+Packages& Loaded() {
+    static Packages packages;
     return packages;
 }
 
-/// The name of the localisation file of @p package for a language; empty when that would be no name of a file.
-UTF16String TranslationsName(const ExtensionPackage& package, const UTF16String& language) {
-    const UTF16String& prefix = package.locFilePrefix;
-    const UTF16String name = prefix + (prefix.empty() ? u"" : u"_") + language + u".dict";
-    const bool isPart = prefix == u"." || prefix == u"..";
-    return isPart || name.find(u'/') != UTF16String::npos ? UTF16String() : name;
+bool IsLoaded(const ExtensionPackage& package) {
+    return Loaded().mByName.contains(package.name);
 }
 
-void LoadTranslations(const ExtensionPackage& package, const PackageFolder& folder) {
-    const zephcore::Dir translations(folder.Folder(), u"loc");
-    if (!translations.Exists()) {
-        if (!package.locFilePrefix.empty()) {
-            SendError(ErrorKind::ExtensionManifestParsingError, zephcore::ZString(kMissingLocFolder),
-                      translations.FullPath());
-        }
-        return;
+LoadedDocument LoadSchemaDocument(const SourceDocument& document) {
+    if (document.mText == nullptr) {
+        return LoadDefinitionsDocument(document.mPath, DocumentOrigin::kExtensionPackage);
     }
-    if (!folder.Subfolder(u"loc")) {
-        return;
-    }
-    constexpr auto kKind = ErrorKind::ExtensionPackageRegistrationError;
-    for (const UTF16String& language : ApplicationLanguages()) {
-        const UTF16String name = TranslationsName(package, language);
-        const File file(translations, name);
-        if (name.empty() || !file.Exists() || !folder.MayRead(file, kKind)) {
-            continue;
-        }
-        if (!zephcore::Localizer::Get().LoadFile(file.FullPath(), kOwnMessages)) {
-            SendError(kKind, zephcore::ZString(kUnreadableTranslations), file.FullPath());
-        }
-    }
+    return LoadDefinitions(ParseBufferForDefinitions(*document.mText, document.mPath), document.mPath,
+                           DocumentOrigin::kPackageInMemory);
 }
 
-/// Calls @p load with the path of each document of a subfolder; whether there is any document, read or not.
-template <typename Load>
-bool LoadDocuments(const PackageFolder& folder, std::u16string_view subfolder, ErrorKind kind, const Load& load) {
-    bool hasDocuments = false;
-    for (const File& document : folder.Files(subfolder)) {
-        if (document.GetExtension(true) != u".xml") {
-            continue;
-        }
-        hasDocuments = true;
-        if (folder.MayRead(document, kind)) {
-            load(document.FullPath());
-        }
-    }
-    return hasDocuments;
-}
-
-bool LoadSchemas(ExtensionPackage& package, const PackageFolder& folder) {
+bool LoadSchemas(ExtensionPackage& package, const PackageSource& source) {
+    const PackageSource::Documents documents = source.XMLDocuments(u"schema", ErrorKind::DefinitionParsingError);
     std::set<UTF8String> seen;
-    return LoadDocuments(folder, u"schema", ErrorKind::DefinitionParsingError, [&](const UTF16String& path) {
-        LoadedDocument loaded = LoadDefinitionsDocument(path, DocumentOrigin::kExtensionPackage);
+    for (const SourceDocument& document : documents.mReadable) {
+        LoadedDocument loaded = LoadSchemaDocument(document);
         package.fields.insert(package.fields.end(), loaded.mFields.begin(), loaded.mFields.end());
         for (UTF8String& schema : loaded.mNamespaces) {
             if (seen.insert(schema).second) {
                 package.schemas.push_back(std::move(schema));
             }
         }
-    });
-}
-
-bool LoadViews(ExtensionPackage& package, const PackageFolder& folder) {
-    return LoadDocuments(folder, u"view", ErrorKind::ViewDefinitionParsingError, [&](const UTF16String& path) {
-        const RecordLimit limit;
-        for (const sp<ViewDefinition>& view : ParseViewDefinitionsFromDocument(path)) {
-            if (AddViewDefinition(view, path)) {
-                package.views.push_back(view->mName);
-            }
-        }
-    });
-}
-
-void LoadPackage(ExtensionPackage& package) {
-    if (package.bundled) {
-        LoadBundledPackage(package);
-        return;
     }
-    const PackageFolder folder(package.path);
+    return documents.mHasAny;
+}
+
+bool LoadViews(ExtensionPackage& package, const PackageSource& source, Views& views) {
+    const PackageSource::Documents documents = source.XMLDocuments(u"view", ErrorKind::ViewDefinitionParsingError);
+    for (const SourceDocument& document : documents.mReadable) {
+        const RecordLimit limit;
+        const Views parsed = document.mText == nullptr
+                                 ? ParseViewDefinitionsFromDocument(document.mPath)
+                                 : ParseViewDefinitionsFromBuffer(*document.mText, document.mPath);
+        AddPackageViews(package, parsed, document.mPath, views);
+    }
+    return documents.mHasAny;
+}
+
+void LoadFrom(ExtensionPackage& package, const PackageSource& source, Views& views) {
     // First, as the labels of schemas are translated while their documents are read.
-    LoadTranslations(package, folder);
-    const bool hasSchemas = LoadSchemas(package, folder);
-    const bool hasViews = LoadViews(package, folder);
+    source.LoadTranslations(package);
+    const bool hasSchemas = LoadSchemas(package, source);
+    const bool hasViews = LoadViews(package, source, views);
     if (!hasSchemas && !hasViews) {
         SendError(ErrorKind::ExtensionManifestParsingError, zephcore::ZString(kNothingToLoad), package.path);
     }
 }
 
+/// Loads a package whose name is not taken, with @p load, and lists it.
+template <typename Load>
+void Enter(ExtensionPackage package, const Load& load) {
+    Registered& registered = Loaded().mByName[package.name];
+    registered.mTranslations = zephcore::Localizer::Get().BeginLayer();
+    const EntryIndexScope indexed;  // many documents may add to one schema
+    const PackageRecording recording(registered.mDefinitions);
+    load(package, registered.mViews);
+    Loaded().mInOrder.push_back(std::move(package));
+}
+
+void EnterFolder(ExtensionPackage package) {
+    const PackageFolderSource source(package.path);
+    Enter(std::move(package), [&](ExtensionPackage& entered, Views& views) { LoadFrom(entered, source, views); });
+}
+
+/// Loads @p package, when there is one and its name is not taken; what then is listed.
+template <typename EnterOne>
+std::optional<ExtensionPackage> LoadOne(std::optional<ExtensionPackage> package, const EnterOne& enter) {
+    if (package && IsLoaded(*package)) {
+        ReportNameTaken(*package);
+        return std::nullopt;
+    }
+    if (package) {
+        enter(std::move(*package));
+        return Loaded().mInOrder.back();
+    }
+    return std::nullopt;
+}
+
 }  // namespace
+
+void AddPackageViews(ExtensionPackage& package, const Views& parsed, const UTF16String& source, Views& views) {
+    for (const sp<ViewDefinition>& view : parsed) {
+        if (AddViewDefinition(view, source)) {
+            package.views.push_back(view->mName);
+            views.push_back(view);
+        }
+    }
+}
 
 void LoadExtensionPackages(std::vector<ExtensionPackage> bundled) {
     PackageDiscovery discovery;
@@ -135,32 +139,62 @@ void LoadExtensionPackages(std::vector<ExtensionPackage> bundled) {
     }
     discovery.Search(CustomExtensionsGlobalDirectory());
     discovery.Search(CustomExtensionsUserDirectory());
-    Loaded() = discovery.Take();
-    const EntryIndexScope indexed;  // many documents may add to one schema
-    for (ExtensionPackage& package : Loaded()) {
-        LoadPackage(package);
+    const EntryIndexScope indexed;
+    for (ExtensionPackage& package : discovery.Take()) {
+        if (IsLoaded(package)) {
+            ReportNameTaken(package);
+        } else if (package.bundled) {
+            Enter(std::move(package), LoadBundledPackage);
+        } else {
+            EnterFolder(std::move(package));
+        }
     }
 }
 
 void AddBundledPackages(std::vector<ExtensionPackage> bundled) {
-    std::set<UTF16String> names;
-    for (const ExtensionPackage& package : Loaded()) {
-        names.insert(package.name);
-    }
     const EntryIndexScope indexed;
     for (ExtensionPackage& package : bundled) {
-        if (!names.contains(package.name)) {
-            LoadBundledPackage(Loaded().emplace_back(std::move(package)));
+        if (!IsLoaded(package)) {
+            Enter(std::move(package), LoadBundledPackage);
         }
     }
 }
 
 void ClearExtensionPackages() {
-    Loaded().clear();
+    Loaded() = {};
 }
 
 const std::vector<ExtensionPackage>& ExtensionPackages() {
-    return Loaded();
+    return Loaded().mInOrder;
+}
+
+std::optional<ExtensionPackage> LoadExtensionPackage(const UTF16String& folder) {
+    return IsInitialized() ? LoadOne(ReadPackageManifest(zephcore::Dir(folder).FullPath()), EnterFolder) : std::nullopt;
+}
+
+std::optional<ExtensionPackage> LoadExtensionPackage(const std::vector<PackageDocument>& documents) {
+    if (!IsInitialized()) {
+        return std::nullopt;
+    }
+    return LoadOne(ReadPackageManifest(documents), [&](ExtensionPackage package) {
+        const PackageMemorySource source(documents);
+        Enter(std::move(package), [&](ExtensionPackage& entered, Views& views) { LoadFrom(entered, source, views); });
+    });
+}
+
+bool RemoveExtensionPackage(const UTF16String& name) {
+    const auto found = Loaded().mByName.find(name);
+    if (found == Loaded().mByName.end()) {
+        return false;
+    }
+    for (const sp<ViewDefinition>& view : found->second.mViews) {
+        RemoveViewDefinition(view);
+    }
+    found->second.mDefinitions.TakeOut();
+    zephcore::Localizer::Get().RemoveLayer(found->second.mTranslations);
+    std::erase_if(Loaded().mInOrder, [&](const ExtensionPackage& package) { return package.name == found->first; });
+    Loaded().mByName.erase(found);
+    return true;
 }
 
 }  // namespace zephmetadata

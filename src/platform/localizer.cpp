@@ -82,7 +82,7 @@ UTF16String Localizer::Translate(std::u16string_view key) const {
         return UTF16String(key);
     }
     const auto found = mTranslations.find(UTF16String(key.substr(0, *end)));
-    return found != mTranslations.end() ? found->second : UTF16String(key.substr(*end + 1));
+    return found != mTranslations.end() ? found->second.back().mText : UTF16String(key.substr(*end + 1));
 }
 
 bool Localizer::LoadFile(const UTF16String& path, std::u16string_view keptGroup) {
@@ -105,12 +105,28 @@ void Localizer::LoadBuffer(std::string_view bytes, std::u16string_view keptGroup
         const std::optional<UTF16String> entry = EntryOf(line);
         if (entry && (keptGroup.empty() || !entry->starts_with(keptGroup))) {
             const std::size_t keyEnd = *KeyEnd(*entry);
-            mTranslations[entry->substr(0, keyEnd)] = entry->substr(keyEnd + 1);
+            std::vector<LayerText>& texts = mTranslations[entry->substr(0, keyEnd)];
+            if (texts.empty() || texts.back().mLayer != mLayer) {
+                texts.push_back({mLayer, {}});
+            }
+            texts.back().mText = entry->substr(keyEnd + 1);
         }
     }
 }
 
+std::size_t Localizer::BeginLayer() {
+    return ++mLayer;
+}
+
+void Localizer::RemoveLayer(std::size_t layer) {
+    for (auto entry = mTranslations.begin(); entry != mTranslations.end();) {
+        std::erase_if(entry->second, [&](const LayerText& text) { return text.mLayer == layer; });
+        entry = entry->second.empty() ? mTranslations.erase(entry) : std::next(entry);
+    }
+}
+
 void Localizer::Clear() {
+    mLayer = 0;
     mTranslations.clear();
 }
 

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "frame/errors.h"
+#include "frame/initialization.h"
 #include "zephcore/environment.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
@@ -52,6 +53,18 @@ bool AddViewDefinition(sp<ViewDefinition> view, const UTF16String& source) {
     }
     named = view;
     Registered().mInOrder.push_back(std::move(view));
+    return true;
+}
+
+bool RegisterViewDefinition(const sp<ViewDefinition>& view, const UTF16String& source) {
+    return IsInitialized() && AddViewDefinition(view, source);
+}
+
+bool RemoveViewDefinition(const sp<ViewDefinition>& view) {
+    if (!view || std::erase(Registered().mInOrder, view) == 0) {
+        return false;
+    }
+    std::erase_if(Registered().mByFirstName, [&](const auto& entry) { return entry.second == view; });
     return true;
 }
 

@@ -314,5 +314,93 @@ TEST_F(Packages, AreLoadedOncePerStart) {
     EXPECT_THAT(Records(), IsEmpty());
 }
 
+/// What the registries know, of packages and for them: names and counts, in order.
+std::vector<std::string> Snapshot() {
+    std::vector<std::string> known;
+    for (const sp<SchemaDefinition>& schema : RegisteredSchemaDefinitions()) {
+        known.push_back(schema->mNamespace + ' ' + std::to_string(schema->mProperties.size()));
+    }
+    for (const PolyRange<sp<SchemaDefinition>>& listed : {CommonSchemaDefinitions(), DynamicSchemaDefinitions()}) {
+        known.push_back(std::to_string(std::distance(listed.begin(), listed.end())));
+    }
+    for (const sp<TypeDefinition>& type : RegisteredTypeDefinitions()) {
+        known.push_back(type->mName + ' ' + std::to_string(type->mFields.size()));
+    }
+    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
+        known.push_back(view->mName);
+    }
+    known.push_back(zephcore::UTF16to8(LocalizedText("$$$/test/word=Default")));
+    known.push_back(std::to_string(ExtensionPackages().size()));
+    return known;
+}
+
+TEST_F(Packages, AreLoadedFromAnywhereAndTakenOut) {
+    const auto field = [](const std::string& type, const std::string& name) {
+        return "<xmp_type name='" + type + "'><xmp_field namespace='http://test/tsta/' prefix='tsta' name='" + name +
+               "' type='text'/></xmp_type></xmp_definitions>";
+    };
+    const auto schema = [&](const std::string& name) {
+        const std::string document =
+            Schema("tsta", "<xmp_property category='external' name='" + name + "' type='text'/>");
+        return document.substr(0, document.rfind("</")) + field("LocationDetails", "Of" + name);
+    };
+    const auto memory = [](const std::string& manifest, const std::string& definitions, const std::string& view) {
+        return std::vector<PackageDocument>{{u"schema/s.xml", definitions},
+                                            {u"view/v.xml", view},
+                                            {u"manifest.xml", manifest},
+                                            {u"loc/en_US.dict", "$$$/test/word=Memory"}};
+    };
+    RegisterBundledPackages();
+    const std::vector<std::string> before = Snapshot();
+    Folder().Write(Folder().Path() / "own/manifest.xml", Manifest("A", "2"));
+    Folder().Write(Folder().Path() / "own/schema/s.xml", schema("a"));
+    Folder().Write(Folder().Path() / "own/loc/en_US.dict", "$$$/test/word=Folder");
+    const UTF16String folder = zephcore::PathFromNative((Folder().Path() / "own").native());
+    const auto ofMemory = memory(Manifest("B", "1"), schema("b"), View("org.test.b"));
+
+    for (const UTF16String first : {u"A", u"B"}) {
+        const std::optional<ExtensionPackage> loaded = LoadExtensionPackage(folder);
+        ASSERT_TRUE(loaded);
+        EXPECT_EQ(zephcore::PathToNative(loaded->path), (Folder().Path() / "own").native());
+        EXPECT_THAT(loaded->schemas, ElementsAre("http://test/tsta/"));
+        EXPECT_EQ(LocalizedText("$$$/test/word=Default"), u"Folder");
+        EXPECT_THAT(LoadExtensionPackage(ofMemory).value().views, ElementsAre("org.test.b"));
+        EXPECT_EQ(LocalizedText("$$$/test/word=Default"), u"Memory");
+        EXPECT_THAT(Records(), IsEmpty());
+        const sp<SchemaDefinition> held = NamespaceDefinition("http://test/tsta/");
+        const sp<ViewDefinition> view = GetViewDefinitionForName("org.test.b");
+
+        EXPECT_TRUE(RemoveExtensionPackage(first));
+        EXPECT_FALSE(RemoveExtensionPackage(first));
+        const bool leavesA = first == u"B";
+        EXPECT_EQ(PathEntryDefinition(PathForExpression("tsta:a")) != nullptr, leavesA);
+        EXPECT_EQ(PathEntryDefinition(PathForExpression("tsta:b")) == nullptr, leavesA);
+        EXPECT_EQ(GetViewDefinitionForName("org.test.b") == nullptr, leavesA);
+        EXPECT_EQ(LocalizedText("$$$/test/word=Default"), leavesA ? u"Folder" : u"Memory");
+        EXPECT_TRUE(RemoveExtensionPackage(leavesA ? u"A" : u"B"));
+        EXPECT_EQ(Snapshot(), before);
+        EXPECT_EQ(held->mProperties.size(), 1U) << "what a host holds stays";
+        EXPECT_EQ(view->mItems.size(), 1U);
+        EXPECT_EQ(filePathForSchema(held), u"");
+    }
+    while (!ExtensionPackages().empty()) {
+        EXPECT_TRUE(RemoveExtensionPackage(UTF16String(ExtensionPackages().back().name)));
+    }
+    EXPECT_FALSE(NamespaceDefinition("http://www.metadataworkinggroup.com/schemas/regions/"));
+
+    ASSERT_TRUE(LoadExtensionPackage(ofMemory));
+    EXPECT_FALSE(LoadExtensionPackage(memory(Manifest("B", "9"), "", ""))) << "the name is taken";
+    EXPECT_FALSE(LoadExtensionPackage(memory("<", "", "")));
+    EXPECT_FALSE(LoadExtensionPackage(std::vector<PackageDocument>()));
+    EXPECT_FALSE(LoadExtensionPackage(UTF16String(u"/nowhere")));
+    EXPECT_TRUE(LoadExtensionPackage(memory(Manifest("C", "1", "locFilePrefix='x'"), "<", "<")));
+    std::vector<std::string> contexts;
+    for (const Record& record : Records()) {
+        contexts.push_back(record.mContext);
+    }
+    EXPECT_THAT(contexts,
+                ElementsAre("", "manifest.xml", "manifest.xml", "/nowhere/manifest.xml", "schema/s.xml", "view/v.xml"));
+}
+
 }  // namespace
 }  // namespace zephmetadata

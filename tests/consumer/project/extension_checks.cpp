@@ -55,6 +55,20 @@ int CheckMakingAPackage() {
     return 0;
 }
 
+/// The same package from a folder of the host's own, and one from memory.
+int CheckPackagesFromAnywhere() {
+    const Session session;
+    const UTF8String manifest = "<extension xmlns='" + ExtensionNamespaceURI + "' name='Piers' version='2'/>";
+    ExtensionManifestParser::ManifestInfo info;
+    CHECK(ParseExtensionManifestFromBuffer(manifest, u"manifest", info) && info.name == u"Piers");
+    CHECK(LoadExtensionPackage(
+        std::vector<PackageDocument>{{u"manifest.xml", manifest}, {u"schema/s.xml", kPanelProperties}}));
+    CHECK(PathEntryDefinition(PathForExpression("buoys:number")));
+    CHECK(RemoveExtensionPackage(u"Piers") && !PathEntryDefinition(PathForExpression("buoys:number")));
+    CHECK(!LoadExtensionPackage(CustomExtensionsUserDirectory()));
+    return 0;
+}
+
 int CheckConvertingAPanel() {
     const Session session;
     const zephcore::Dir panel(zephcore::Dir(PanelsDefinitionsUserDirectory(OrbVersion::kOrbVersion_4_0)), u"buoys");
@@ -80,7 +94,7 @@ int CheckConvertingAPanel() {
 }  // namespace
 
 int CheckExtensions(const Arguments& /*arguments*/) {
-    return CheckMakingAPackage() | CheckConvertingAPanel();
+    return CheckMakingAPackage() | CheckPackagesFromAnywhere() | CheckConvertingAPanel();
 }
 
 }  // namespace host

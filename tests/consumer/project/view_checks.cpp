@@ -54,6 +54,9 @@ int CheckDocuments(const std::string& folder) {
         hasCamera = hasCamera || view == camera;
     }
     CHECK(camera && hasCamera && views == 10);
+    CHECK(RemoveViewDefinition(camera) && !RemoveViewDefinition(camera) && !GetViewDefinitionForName(camera->mName));
+    CHECK(RegisterViewDefinition(camera, u"again") && !RegisterViewDefinition(camera, u"again"));
+    ClearErrors();
     return 0;
 }
 
