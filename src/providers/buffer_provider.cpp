@@ -1,10 +1,7 @@
 #include <limits>
 
-#include "frame/errors.h"
 #include "providers/tree_supply.h"
 #include "xmp/tree/xmp_tree.h"
-#include "zephcore/localizer.h"
-#include "zephcore/text.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {
@@ -43,16 +40,10 @@ void BufferProviderImpl::WriteChanges(const std::vector<Path>& changes) {
     try {
         packet = toolkit::SerializePacket(tree.get());
     } catch (const XMPError& error) {
-        constexpr std::u16string_view kNotWritable =
-            u"$$$/zephmetadata/ErrorInXMPData/NotWritable=the metadata cannot be stored (@0).";
-        SendError(ErrorKind::ErrorWritingXMP, zephcore::ZString(kNotWritable, {zephcore::UTF8to16(error.what())}), {});
+        ReportWriting({}, {FileStatus::kFileStatus_NotWritten, error.what()});
         return;
     }
-    try {
-        WriteBuffer(changes, packet.data(), packet.size());
-    } catch (...) {
-        // Whether storing the packet worked is the subclass's to keep.
-    }
+    WriteBuffer(changes, packet.data(), packet.size());
 }
 
 }  // namespace zephmetadata

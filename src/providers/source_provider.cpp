@@ -48,6 +48,7 @@ const FileReport& SourceProvider::LastWrite() const {
 
 void SourceProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
     mState->mLastWrite = {FileStatus::kFileStatus_ReadOnly, "its source is only read"};
+    ReportWriting({}, mState->mLastWrite);
 }
 
 }  // namespace zephmetadata

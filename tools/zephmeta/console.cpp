@@ -8,6 +8,7 @@
 #include <iostream>
 #include <set>
 
+#include "zephcore/files.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 #include "zephmetadata/library.h"
@@ -105,6 +106,10 @@ std::string Padded(std::string_view text, std::size_t columns) {
     return std::string(text) + std::string(columns > taken ? columns - taken : 0, ' ');
 }
 
+bool IsFailedWrite(const zephmetadata::ErrorInfo& error) {
+    return error.kind == zephmetadata::ErrorKind::ErrorWritingXMP && !error.context.empty();
+}
+
 void Problems::Report(std::string_view file, std::string_view reason) {
     mFailed = true;
     std::cout.flush();
@@ -115,10 +120,14 @@ void Problems::ReportCollected(std::string_view file) {
     const std::vector<zephmetadata::ErrorInfo> infos = zephmetadata::GetErrorInfos();
     std::set<std::string> said;  // a value that is read twice is one problem
     for (; mSeen < infos.size(); ++mSeen) {
-        const std::string context =
-            infos[mSeen].context.empty() ? std::string(file) : zephcore::UTF16to8(infos[mSeen].context);
-        const std::string line = (context.empty() ? std::string("zephmeta") : OneLine(context)) + ": " +
-                                 OneLine(Shown(infos[mSeen].message));
+        zephmetadata::ErrorInfo info = infos[mSeen];
+        if (IsFailedWrite(info)) {
+            continue;
+        }
+        if (info.context.empty()) {
+            info.context = zephcore::PathFromNative(file.empty() ? "zephmeta" : file);
+        }
+        const std::string line = OneLine(Describe(info));
         if (said.insert(line).second) {
             std::cout.flush();
             std::cerr << line << '\n';

@@ -27,6 +27,9 @@ std::size_t Columns(std::string_view text);
 std::string Padded(std::string_view text, std::size_t columns);
 
 /// Where a command's problems go: one line each on standard error, the file first.
+/// Whether an error is the failed write of a file, of which the command itself tells.
+bool IsFailedWrite(const zephmetadata::ErrorInfo& error);
+
 class Problems {
 public:
     /// @p file may be empty for a problem that belongs to no file.

@@ -145,7 +145,9 @@ void FileResult::Note(const std::string& text) {
 
 void FileResult::Note(const std::vector<zephmetadata::ErrorInfo>& errors) {
     for (const zephmetadata::ErrorInfo& error : errors) {
-        Note(Shown(error.message));
+        if (!IsFailedWrite(error)) {
+            Note(Shown(error.message));
+        }
     }
 }
 
