@@ -32,22 +32,12 @@ struct ValueEdit {
     XMPMetaPtr mSource;  ///< shared; to be left unchanged until the edit was carried out
 };
 
-enum EditResult : std::int32_t {
-    kEditResult_Changed = 0,
-    kEditResult_Unchanged = 1,  ///< the value was there already, or there was nothing to take away
-    kEditResult_Refused = 2,
-};
-
-struct EditOutcome {
-    EditResult mResult = kEditResult_Unchanged;
-    UTF16String mReason;  ///< of a refusal, localised
-};
-
 /// What became of a list of edits.
 struct ZEPHMETADATA_EXPORT EditReport {
     std::vector<EditOutcome> mOutcomes;        ///< one for each edit
-    FileStatus mStatus = kFileStatus_Success;  ///< of the write-back, where there was one
+    FileStatus mStatus = kFileStatus_Success;  ///< of the write-back, where there was one: of the first failure
     UTF8String mDetail;                        ///< the same, as in FileReport
+    std::vector<WriteFailure> mFailures;       ///< the files, of several that are edited as one, that were not written
 
     bool IsRefused() const;
     bool IsChanged() const;  ///< in the tree; not when anything was refused
@@ -57,13 +47,16 @@ struct ZEPHMETADATA_EXPORT EditReport {
 /// Localised; empty when there is no such reason.
 ZEPHMETADATA_EXPORT UTF16String WhyRefused(const ValueEdit& edit);
 
+/// Why it was refused, as a text for people (file_status.h); empty when it was not.
+ZEPHMETADATA_EXPORT UTF8String Describe(const EditOutcome& outcome);
+
 /// Carries the edits out, in their order. When one of them is refused, none is. A null tree refuses all.
 ZEPHMETADATA_EXPORT EditReport ApplyEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits);
 /// What they would do, without doing it.
 ZEPHMETADATA_EXPORT EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits);
 
 /// The same to the tree of a provider, and writes what changed back. A file that has no metadata yet gets its first when
-/// something is to be set. mStatus and mDetail tell of FileProvider, MediaProvider and SidecarProvider how the writing went.
+/// something is to be set. mStatus, mDetail and mFailures tell how the writing went, as MetaDataUpdateAccess::Commit does.
 ZEPHMETADATA_EXPORT EditReport ApplyEdits(const sp<MetaDataProvider>& provider, const std::vector<ValueEdit>& edits);
 
 }  // namespace zephmetadata

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
+
+#include "zephmetadata/types.h"
 
 namespace zephmetadata {
 
@@ -20,5 +23,40 @@ enum FileStatus : std::int32_t {
     kFileStatus_NotWritten = 11,       ///< writing failed (full disk, verification); the file is as it was
     kFileStatus_Changed = 12,          ///< writing: the file changed on disk since it was read; left as it is
 };
+
+/// What can be said of a file, or of one reading or writing of it.
+struct FileReport {
+    FileStatus mStatus = kFileStatus_NoFile;
+    /// In English, where more is known: the system's reason, the path that did not read back; beside kFileStatus_Success
+    /// of a reading what is damaged in a file that was read as far as it goes and is not written; beside
+    /// kFileStatus_NoXMP why it can be given none.
+    UTF8String mDetail;
+};
+
+/// A source that could not be written.
+struct WriteFailure {
+    UTF16String mPath;  ///< of the file; empty of what is no file
+    FileStatus mStatus = kFileStatus_NotWritten;
+    UTF8String mDetail;  ///< as in FileReport
+};
+
+/// What a write-back did.
+struct ZEPHMETADATA_EXPORT WriteReport {
+    bool mHadChanges = false;             ///< without any, nothing was done
+    std::vector<WriteFailure> mFailures;  ///< of the sources, when several are edited as one, those that failed
+
+    /// Whether there were changes and every source has them.
+    bool IsWritten() const { return mHadChanges && mFailures.empty(); }
+};
+
+// Texts for people: in UTF-8, in the language of the user interface (English, German, French, Spanish, Japanese), without
+// escapes. Any thread may ask for them while none starts or stops the library, or loads a package.
+
+/// The status in a few words, such as "no such file".
+ZEPHMETADATA_EXPORT UTF8String Describe(FileStatus status);
+/// The status, and the detail in brackets where there is one.
+ZEPHMETADATA_EXPORT UTF8String Describe(const FileReport& report);
+/// The same, after the file: "photo.jpg: the file is read-only".
+ZEPHMETADATA_EXPORT UTF8String Describe(const WriteFailure& failure);
 
 }  // namespace zephmetadata

@@ -75,6 +75,10 @@ struct ErrorInfo {
     std::size_t line = 0;
 };
 
+/// The error as a line for people, in UTF-8 and without escapes: the place, as "FILE:LINE", as far as it is known, and the
+/// message, which begins with what was being done. Any thread may call this.
+ZEPHMETADATA_EXPORT UTF8String Describe(const ErrorInfo& error);
+
 /// How many errors are kept; beyond that the oldest go.
 inline constexpr std::size_t kMaxErrorInfos = 20000;
 

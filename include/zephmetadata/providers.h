@@ -10,13 +10,16 @@
 #include "zephmetadata/file_status.h"
 #include "zephmetadata/media.h"
 #include "zephmetadata/paths.h"
+#include "zephmetadata/values.h"
 
 /// Providers own an XMP tree, hand it out under scoped access and write changes back.
 ///
-/// The usual edit: make a MetaDataUpdateAccess, change values on `*access`, AddChange each path that really changed, and
-/// let the access end, which writes back. Providers live in shared pointers. Threads: one at a time for each provider.
+/// The usual edit: make a MetaDataUpdateAccess, Set values through it, and Commit, which tells whether they were written
+/// back. Providers live in shared pointers. Threads: one at a time for each provider (docs/threads.md).
 /// Without the library initialised none has a tree, which an error record (ErrorReadingXMP) says.
 namespace zephmetadata {
+
+struct ValueEdit;
 
 enum PathStatus : std::int32_t { kPathReadable = 0, kPathWritable = 1 };
 
@@ -71,9 +74,17 @@ protected:
     void GuardedWriteChanges(const std::vector<Path>& changes);
     bool IsInWrite() const;
 
+    /// Says how the writing of this provider's source went, of @p path where it is a file: for WriteChanges to call, the
+    /// last call of a write-back holds. An exception that WriteChanges throws is a failure, too.
+    void ReportWriting(const UTF16String& path, const FileReport& report);
+    /// The same of another provider that this one writes through.
+    void ReportWriting(WriteReport written);
+
 private:
     /// DoWriteChanges, then the callbacks.
-    void WriteBack(const std::vector<Path>& changes);
+    WriteReport WriteBack(const std::vector<Path>& changes);
+    WriteReport TakeReport();
+    void CallWriteCallbacks();
 
     friend class MetaDataReadAccess;
     friend class MetaDataUpdateAccess;
@@ -97,18 +108,39 @@ private:
     XMPMetaPtr mTree;
 };
 
-/// Access for an edit; writes the recorded changes back when it ends and throws nothing from there.
+/// Access for an edit. What is set through it is recorded as changed and written back by Commit, or else when it ends.
 class ZEPHMETADATA_EXPORT MetaDataUpdateAccess : public MetaDataReadAccess {
 public:
     explicit MetaDataUpdateAccess(const sp<MetaDataProvider>& provider);
     ~MetaDataUpdateAccess();
 
+    /// Sets a value as TrySetValue does, and records it when it was not there already.
+    template <SettableType T>
+    EditOutcome Set(const Path& path, const T& value) {
+        return Recorded(path, TrySetValue(**this, path, value));
+    }
+    /// Deletes what is at @p path, and records it when there was something.
+    EditOutcome Delete(const Path& path);
+    /// Carries out any other edit (edits.h), of a language or of an item for example, and records it when it changed
+    /// something.
+    EditOutcome Apply(const ValueEdit& edit);
+
+    /// Records what was changed on the tree directly.
     void AddChange(const Path& path);
+    /// Whether there are changes that were not written back yet.
     bool HasChanges() const;
 
+    /// Writes the recorded changes back now, and says how that went. What is changed afterwards is the next Commit's; one
+    /// without changes writes nothing. A failure leaves the edits in the tree and makes no error record. Throws nothing;
+    /// without the memory for a report it says that nothing was written.
+    WriteReport Commit() noexcept;
+
 private:
+    EditOutcome Recorded(const Path& path, EditOutcome outcome);
+
     sp<MetaDataProvider> mProvider;
     std::vector<Path> mChanges;
+    bool mIsCommitted = false;
 };
 
 /// A provider with a tree of its own; base of the concrete ones here and in hosts.
@@ -138,19 +170,10 @@ public:
 protected:
     BufferProviderImpl(const unsigned char* data, std::size_t size);
 
-    /// Stores the packet; its bytes are valid during the call only. Exceptions are discarded. Not called, but an error
-    /// record made (ErrorWritingXMP), for a tree that cannot be made a packet.
+    /// Stores the packet; its bytes are valid during the call only. An exception is a failure, which Commit reports. Not
+    /// called, but an error record made (ErrorWritingXMP), for a tree that cannot be made a packet.
     virtual void WriteBuffer(const std::vector<Path>& changes, const char* data, std::size_t size) = 0;
     void WriteChanges(const std::vector<Path>& changes) override;
-};
-
-/// What a provider over a file can say of it.
-struct FileReport {
-    FileStatus mStatus = FileStatus::kFileStatus_NoFile;
-    /// In English, where more is known: the system's reason, the path that did not read back; beside kFileStatus_Success
-    /// of a reading what is damaged in a file that was read as far as it goes and is not written; beside
-    /// kFileStatus_NoXMP why it can be given none.
-    UTF8String mDetail;
 };
 
 /// A provider over the metadata of a media file: its XMP packet, joined with what its native metadata (Exif, IPTC-IIM, the
@@ -290,7 +313,7 @@ ZEPHMETADATA_EXPORT bool IsInstanceData(const Path& path);
 /// A write-back takes to each provider what was changed at or below the changed paths and nothing else: a value that is
 /// still mixed stays as it is in each source, one that was removed or set to an empty text is removed from all, one
 /// language or one item leaves the others as they are. Document identifiers and the history stay each source's own. A
-/// provider that may not write one of the changed paths is left out.
+/// provider that may not write one of the changed paths is left out, and reported as a failure, as is one without a tree.
 class ZEPHMETADATA_EXPORT AggregateProvider : public ProxyProviderImpl {
 public:
     AggregateProvider();

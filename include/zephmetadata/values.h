@@ -1,9 +1,15 @@
 #pragma once
 
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <map>
+#include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
+#include "zephcore/text.h"
 #include "zephmetadata/paths.h"
 
 /// Typed reading and writing of the values at a path.
@@ -95,6 +101,89 @@ ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, int valu
 ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, long long value);
 ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, double value);
 ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, bool value);
+/// For paths of type "date" only. The parts at the end that are 0 are left out: without hour, minute and second it is a
+/// date without a time, else a time in UTC. A stored date that reads as @p value stays as it is.
+ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, const Date& value);
+
+/// Texts and integers of other types. An integer that long long cannot hold is set as its text.
+template <typename T>
+concept OtherText = std::same_as<T, std::string_view> ||
+                    (std::convertible_to<const T&, std::u16string_view> && !std::same_as<T, std::nullptr_t>);
+template <typename T>
+concept OtherInteger = std::same_as<T, long> || std::same_as<T, unsigned> || std::same_as<T, unsigned long> ||
+                       std::same_as<T, unsigned long long>;
+/// What would turn into a bool.
+template <typename T>
+concept OtherPointer = std::is_pointer_v<std::decay_t<T>> && !std::convertible_to<T, const char*> &&
+                       !std::convertible_to<T, const char16_t*>;
+
+template <OtherText T>
+bool SetValue(XMPMetaHandle tree, const Path& path, const T& value) {
+    if constexpr (std::same_as<T, std::string_view>) {
+        return SetValue(tree, path, UTF8String(value));
+    } else if constexpr (std::is_pointer_v<T>) {
+        return value != nullptr && SetValue(tree, path, zephcore::UTF16to8(value));
+    } else {
+        return SetValue(tree, path, zephcore::UTF16to8(value));
+    }
+}
+template <OtherInteger T>
+bool SetValue(XMPMetaHandle tree, const Path& path, T value) {
+    return std::in_range<long long>(value) ? SetValue(tree, path, static_cast<long long>(value))
+                                           : SetValue(tree, path, std::to_string(value));
+}
+template <OtherPointer T>
+bool SetValue(XMPMetaHandle tree, const Path& path, const T& value) = delete;
+
+/// What SetValue takes.
+template <typename T>
+concept SettableType =
+    requires(XMPMetaHandle tree, const Path& path, const T& value) { SetValue(tree, path, value); };
+
+enum EditResult : std::int32_t {
+    kEditResult_Changed = 0,
+    kEditResult_Unchanged = 1,  ///< the value was there already, or there was nothing to take away
+    kEditResult_Refused = 2,
+};
+
+enum EditRefusal : std::int32_t {
+    kEditRefusal_None = 0,
+    kEditRefusal_NoTree = 1,        ///< there is no metadata to change
+    kEditRefusal_NoDefinition = 2,  ///< the path resolves to no definition
+    kEditRefusal_NoSuchShape = 3,   ///< a text for a structure, a number for a list, an item of what is no list ...
+    kEditRefusal_NotAllowed = 4,    ///< not a value of the type, or one that no packet can hold
+};
+
+struct EditOutcome {
+    EditResult mResult = kEditResult_Unchanged;
+    UTF16String mReason;  ///< of a refusal, localised
+    EditRefusal mRefusal = kEditRefusal_None;
+};
+
+/// As SetValue, and tells what became of it. What WhyNotAllowed objects to is refused, and so is an empty text; a refusal
+/// changes nothing and makes no error record.
+ZEPHMETADATA_EXPORT EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, const UTF8String& value);
+ZEPHMETADATA_EXPORT EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, long long value);
+ZEPHMETADATA_EXPORT EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, double value);
+ZEPHMETADATA_EXPORT EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, bool value);
+ZEPHMETADATA_EXPORT EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, const Date& value);
+/// The same for every other type that SetValue takes. A null pointer is an empty text.
+template <SettableType T>
+EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, const T& value) {
+    if constexpr (std::integral<T>) {
+        return std::in_range<long long>(value) ? TrySetValue(tree, path, static_cast<long long>(value))
+                                               : TrySetValue(tree, path, std::to_string(value));
+    } else if constexpr (std::floating_point<T>) {
+        return TrySetValue(tree, path, static_cast<double>(value));
+    } else if constexpr (std::is_pointer_v<T>) {
+        using Text = std::basic_string_view<std::remove_cv_t<std::remove_pointer_t<T>>>;
+        return TrySetValue(tree, path, value == nullptr ? Text() : Text(value));
+    } else if constexpr (std::convertible_to<const T&, std::u16string_view>) {
+        return TrySetValue(tree, path, zephcore::UTF16to8(value));
+    } else {
+        return TrySetValue(tree, path, UTF8String(value));
+    }
+}
 /// Sets the text of one language (an RFC 5646 tag, or "x-default") of an alternative; an empty text removes that language.
 /// No other language changes. Tags compare without letter case, here and in paths, and are kept as "zh-hans", "de-AT".
 ZEPHMETADATA_EXPORT bool SetLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& language,

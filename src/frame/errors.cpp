@@ -7,7 +7,9 @@
 #include <utility>
 
 #include "frame/callback_list.h"
+#include "zephcore/files.h"
 #include "zephcore/localizer.h"
+#include "zephcore/text.h"
 #include "zephcore/xml.h"
 
 namespace zephmetadata {
@@ -116,6 +118,15 @@ void SendError(ErrorKind kind, const UTF16String& detail, const UTF16String& con
     if (State().mCallbacks) {
         State().mCallbacks->CallAll(message);
     }
+}
+
+UTF8String Describe(const ErrorInfo& error) {
+    const UTF8String message = zephcore::UTF16to8(zephcore::ResolveDisplayEscapes(error.message));
+    if (error.context.empty()) {
+        return message;
+    }
+    const UTF8String place = zephcore::PathToNative(error.context);
+    return place + (error.line == 0 ? ": " : ":" + std::to_string(error.line) + ": ") + message;
 }
 
 std::vector<ErrorInfo> GetErrorInfos() {

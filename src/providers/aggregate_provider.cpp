@@ -3,8 +3,10 @@
 
 #include "providers/merging/merged_edits.h"
 #include "providers/tree_supply.h"
+#include "providers/write_reports.h"
 #include "xmp/tree/xmp_tree.h"
 #include "zephcore/text.h"
+#include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {
@@ -46,6 +48,12 @@ bool AddTo(TreeMerge& merge, const sp<MetaDataProvider>& provider) {
 bool MayWriteAll(const MetaDataProvider& provider, const std::vector<Path>& changes) {
     return std::all_of(changes.begin(), changes.end(),
                        [&](const Path& path) { return provider.QueryPathStatus(path, kPathWritable); });
+}
+
+WriteReport LeftOut(const MetaDataProvider& provider) {
+    const auto status =
+        IsXMPWritingDisabled() ? FileStatus::kFileStatus_WritingDisabled : FileStatus::kFileStatus_ReadOnly;
+    return {true, {{FilePathOf(provider), status, {}}}};
 }
 
 }  // namespace
@@ -155,6 +163,7 @@ void AggregateProvider::WriteChanges(const std::vector<Path>& changes) {
     for (const Path& path : changes) {
         access.AddChange(path);
     }
+    ReportWriting(access.Commit());
 }
 
 void AggregateProvider::WriteMerged(const std::vector<Path>& changes) {
@@ -166,7 +175,13 @@ void AggregateProvider::WriteMerged(const std::vector<Path>& changes) {
         return;
     }
     Providers writable = Unique(mProviders);
-    std::erase_if(writable, [&](const sp<MetaDataProvider>& provider) { return !MayWriteAll(*provider, shared); });
+    std::erase_if(writable, [&](const sp<MetaDataProvider>& provider) {
+        const bool isLeftOut = !MayWriteAll(*provider, shared);
+        if (isLeftOut) {
+            ReportWriting(LeftOut(*provider));
+        }
+        return isLeftOut;
+    });
     const MergedEdits edits(tree.get(), mMerge->mUnits, shared);
     std::unordered_set<XMPMetaHandle> edited;  // providers may share a tree
     for (const sp<MetaDataProvider>& provider : writable) {
@@ -179,6 +194,7 @@ void AggregateProvider::WriteMerged(const std::vector<Path>& changes) {
             for (const Path& path : isOwnTree ? changes : shared) {
                 access.AddChange(path);
             }
+            ReportWriting(access.Commit());
         } catch (...) {
             // A provider that cannot even hand out its tree keeps the edit from no other.
         }

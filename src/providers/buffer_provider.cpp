@@ -46,13 +46,10 @@ void BufferProviderImpl::WriteChanges(const std::vector<Path>& changes) {
         constexpr std::u16string_view kNotWritable =
             u"$$$/zephmetadata/ErrorInXMPData/NotWritable=the metadata cannot be stored (@0).";
         SendError(ErrorKind::ErrorWritingXMP, zephcore::ZString(kNotWritable, {zephcore::UTF8to16(error.what())}), {});
+        ReportWriting({}, {FileStatus::kFileStatus_NotWritten, error.what()});
         return;
     }
-    try {
-        WriteBuffer(changes, packet.data(), packet.size());
-    } catch (...) {
-        // Whether storing the packet worked is the subclass's to keep.
-    }
+    WriteBuffer(changes, packet.data(), packet.size());
 }
 
 }  // namespace zephmetadata

@@ -261,6 +261,7 @@ void DisjointSchemaProxyProvider::WriteChanges(const std::vector<Path>& changes)
                 written.insert(schema->mNamespace);
                 edited.WriteTo(access, schema->mNamespace, *access == tree);
             }
+            ReportWriting(access.Commit());
         } catch (...) {
             // A provider that cannot even hand out its tree keeps the edit from no other.
         }
@@ -284,6 +285,7 @@ void DisjointSchemaProxyProvider::WriteBase(const std::vector<Path>& changes) {
     try {
         MetaDataUpdateAccess access(mBase);
         std::for_each(changes.begin(), changes.end(), [&](const Path& path) { access.AddChange(path); });
+        ReportWriting(access.Commit());
     } catch (...) {
         // As with the routes, whose properties are put back in any case.
     }

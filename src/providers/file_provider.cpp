@@ -68,13 +68,12 @@ void FileProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
     }
     if (IsXMPWritingDisabled()) {
         mFile->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
-        return;
+    } else {
+        const media::WriteOutcome outcome = media::WriteMedia(mFile->mPath, tree.get(), mFile->mStamp);
+        mFile->mLastWrite = {outcome.mStatus, outcome.mDetail};
+        mFile->mStamp = outcome.mStatus == FileStatus::kFileStatus_Success ? outcome.mStamp : mFile->mStamp;
     }
-    const media::WriteOutcome outcome = media::WriteMedia(mFile->mPath, tree.get(), mFile->mStamp);
-    mFile->mLastWrite = {outcome.mStatus, outcome.mDetail};
-    if (outcome.mStatus == FileStatus::kFileStatus_Success) {
-        mFile->mStamp = outcome.mStamp;
-    }
+    ReportWriting(mFile->mPath, mFile->mLastWrite);
 }
 
 }  // namespace zephmetadata

@@ -63,10 +63,11 @@ void MediaProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
     }
     if (IsXMPWritingDisabled()) {
         mMedia->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
-        return;
+    } else {
+        const media::WriteOutcome outcome = mMedia->mPair.Write(tree.get());
+        mMedia->mLastWrite = {outcome.mStatus, outcome.mDetail};
     }
-    const media::WriteOutcome outcome = mMedia->mPair.Write(tree.get());
-    mMedia->mLastWrite = {outcome.mStatus, outcome.mDetail};
+    ReportWriting(FilePath(), mMedia->mLastWrite);
 }
 
 sp<MediaProvider> OpenMedia(const UTF16String& path, SidecarPolicy policy) {

@@ -1,6 +1,10 @@
 #include <algorithm>
+#include <iterator>
+#include <optional>
+#include <utility>
 
 #include "frame/callback_list.h"
+#include "providers/write_reports.h"
 #include "xmp/dates/xmp_history.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
@@ -13,6 +17,9 @@ struct MetaDataProvider::State {
     std::set<UTF8String> mDynamicNamespaces;
     CallbackList<XMPMetaHandle> mCallbacks;
     CallbackList<XMPMetaHandle> mWriteCallbacks;
+    // Of the write-back that runs.
+    std::optional<WriteFailure> mFailure;
+    std::vector<WriteFailure> mInnerFailures;
 };
 
 MetaDataProvider::MetaDataProvider() : mState(std::make_unique<State>()) {}
@@ -131,17 +138,57 @@ void MetaDataProvider::DoWriteChanges(const std::vector<Path>& changes) {
     GuardedWriteChanges(changes);
 }
 
-void MetaDataProvider::WriteBack(const std::vector<Path>& changes) {
-    const bool isWrite = MetaDataAccess() != nullptr && !changes.empty() && !IsInWrite();
-    try {
-        DoWriteChanges(changes);
-    } catch (...) {
-        // Nobody is there to be told; providers that can fail say so themselves, as FileProvider::LastWrite does.
+void MetaDataProvider::ReportWriting(const UTF16String& path, const FileReport& report) {
+    const bool isFailure = report.mStatus != FileStatus::kFileStatus_Success;
+    mState->mFailure = isFailure ? std::optional(WriteFailure{path, report.mStatus, report.mDetail}) : std::nullopt;
+}
+
+void MetaDataProvider::ReportWriting(WriteReport written) {
+    std::move(written.mFailures.begin(), written.mFailures.end(), std::back_inserter(mState->mInnerFailures));
+}
+
+/// What was reported since the last call.
+WriteReport MetaDataProvider::TakeReport() {
+    WriteReport report{true, std::exchange(mState->mInnerFailures, {})};
+    if (std::optional<WriteFailure> failure = std::exchange(mState->mFailure, std::nullopt)) {
+        report.mFailures.push_back(*std::move(failure));
     }
-    if (isWrite) {
+    return report;
+}
+
+void MetaDataProvider::CallWriteCallbacks() {
+    try {
         const XMPMetaPtr staysAliveForThePass = MetaDataAccess();
         mState->mWriteCallbacks.Call(staysAliveForThePass.get());
+    } catch (...) {
+        // The write is done, whatever a listener makes of the news.
     }
+}
+
+WriteReport MetaDataProvider::WriteBack(const std::vector<Path>& changes) {
+    const bool hasTree = MetaDataAccess() != nullptr;
+    const bool isWrite = hasTree && !changes.empty() && !IsInWrite();
+    if (!changes.empty() && IsInWrite()) {
+        // The write that runs takes its report for itself.
+        return {true, {{FilePathOf(*this), FileStatus::kFileStatus_NotWritten, "it is being written"}}};
+    }
+    try {
+        DoWriteChanges(changes);
+    } catch (const std::bad_alloc&) {
+        ReportWriting(FilePathOf(*this), {FileStatus::kFileStatus_NotWritten, "out of memory"});
+    } catch (const std::exception& error) {
+        ReportWriting(FilePathOf(*this), {FileStatus::kFileStatus_NotWritten, error.what()});
+    } catch (...) {
+        ReportWriting(FilePathOf(*this), {FileStatus::kFileStatus_NotWritten, {}});
+    }
+    if (!hasTree && !changes.empty()) {
+        ReportWriting(FilePathOf(*this), WhyWithoutTree(*this));
+    }
+    WriteReport report = changes.empty() ? WriteReport() : TakeReport();
+    if (isWrite) {
+        CallWriteCallbacks();
+    }
+    return report;
 }
 
 MetaDataReadAccess::MetaDataReadAccess(const sp<MetaDataProvider>& provider)
@@ -153,14 +200,34 @@ MetaDataUpdateAccess::MetaDataUpdateAccess(const sp<MetaDataProvider>& provider)
     : MetaDataReadAccess(provider), mProvider(provider) {}
 
 MetaDataUpdateAccess::~MetaDataUpdateAccess() {
-    if (!mProvider) {
-        return;
+    if (!mIsCommitted || HasChanges()) {
+        Commit();
     }
+}
+
+WriteReport MetaDataUpdateAccess::Commit() noexcept {
+    const std::vector<Path> changes = std::exchange(mChanges, {});
+    mIsCommitted = true;
+    WriteReport report{!changes.empty(), {}};
     try {
-        mProvider->WriteBack(mChanges);
+        if (mProvider) {
+            return mProvider->WriteBack(changes);
+        }
+        if (report.mHadChanges) {
+            report.mFailures.push_back({{}, FileStatus::kFileStatus_NoXMP, {}});
+        }
     } catch (...) {
-        // A callback's, or one of a provider that cannot even hand out its tree: a destructor has nobody to tell.
+        // One of a provider that cannot even hand out its tree; or there is not even the memory for a report.
+        report.mHadChanges = false;
     }
+    return report;
+}
+
+EditOutcome MetaDataUpdateAccess::Recorded(const Path& path, EditOutcome outcome) {
+    if (outcome.mResult == EditResult::kEditResult_Changed) {
+        AddChange(path);
+    }
+    return outcome;
 }
 
 void MetaDataUpdateAccess::AddChange(const Path& path) {

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "zephmetadata/edits.h"
 #include "zephmetadata/providers.h"
 #include "zephmetadata/source_provider.h"
@@ -19,19 +21,11 @@ bool Start(MetaDataProvider& provider) {
     return file != nullptr && file->StartMetaData();
 }
 
-template <typename Provider>
-const FileReport* LastWriteOf(const MetaDataProvider& provider) {
-    const auto* const file = dynamic_cast<const Provider*>(&provider);
-    return file == nullptr ? nullptr : &file->LastWrite();
-}
-
-void TellOfWriting(const MetaDataProvider& provider, EditReport& report) {
-    for (const auto& lastWrite : {LastWriteOf<MediaProvider>, LastWriteOf<FileProvider>, LastWriteOf<SidecarProvider>,
-                                  LastWriteOf<SourceProvider>}) {
-        if (const FileReport* const written = lastWrite(provider)) {
-            report.mStatus = written->mStatus;
-            report.mDetail = written->mDetail;
-        }
+void TellOfWriting(WriteReport written, EditReport& report) {
+    report.mFailures = std::move(written.mFailures);
+    if (!report.mFailures.empty()) {
+        report.mStatus = report.mFailures.front().mStatus;
+        report.mDetail = report.mFailures.front().mDetail;
     }
 }
 
@@ -51,20 +45,26 @@ EditReport ApplyEdits(const sp<MetaDataProvider>& provider, const std::vector<Va
         EditReport report = RehearseEdits(CreateXMPMeta().get(), edits);
         return report.IsChanged() ? ApplyEdits(XMPMetaHandle(nullptr), edits) : report;
     }
-    EditReport report;
-    {
-        MetaDataUpdateAccess access(provider);
-        report = ApplyEdits(*access, edits);
-        for (std::size_t i = 0; i < edits.size(); ++i) {
-            if (report.IsChanged() && report.mOutcomes[i].mResult == EditResult::kEditResult_Changed) {
-                access.AddChange(edits[i].mPath);
-            }
+    MetaDataUpdateAccess access(provider);
+    EditReport report = ApplyEdits(*access, edits);
+    for (std::size_t i = 0; i < edits.size(); ++i) {
+        if (report.IsChanged() && report.mOutcomes[i].mResult == EditResult::kEditResult_Changed) {
+            access.AddChange(edits[i].mPath);
         }
     }
-    if (report.IsChanged()) {
-        TellOfWriting(*provider, report);
-    }
+    TellOfWriting(access.Commit(), report);
     return report;
+}
+
+EditOutcome MetaDataUpdateAccess::Apply(const ValueEdit& edit) {
+    return Recorded(edit.mPath, ApplyEdits(**this, {edit}).mOutcomes.front());
+}
+
+EditOutcome MetaDataUpdateAccess::Delete(const Path& path) {
+    ValueEdit edit;
+    edit.mKind = EditKind::kEditKind_Delete;
+    edit.mPath = path;
+    return Apply(edit);
 }
 
 }  // namespace zephmetadata

@@ -43,6 +43,7 @@ void SidecarProvider::WriteChanges(const std::vector<Path>& changes) {
     // What holds unless the packet is made and handed over.
     mFile->mLastWrite = {FileStatus::kFileStatus_NotWritten, "the metadata cannot be made a packet"};
     BufferProviderImpl::WriteChanges(changes);
+    ReportWriting(mFile->mPath, mFile->mLastWrite);
 }
 
 void SidecarProvider::WriteBuffer(const std::vector<Path>& /*changes*/, const char* data, std::size_t size) {

@@ -59,17 +59,14 @@ void SourceProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
     const XMPMetaPtr tree = MetaDataAccess();
     if (mState->mTarget == nullptr || mState->mSource == nullptr || !tree) {
         mState->mLastWrite = {FileStatus::kFileStatus_ReadOnly, "its source is only read"};
-        return;
-    }
-    if (IsXMPWritingDisabled()) {
+    } else if (IsXMPWritingDisabled()) {
         mState->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
-        return;
+    } else {
+        media::SentMedia sent = media::SendMedia(mState->mSource, tree.get(), *mState->mTarget);
+        mState->mLastWrite = {sent.mStatus, std::move(sent.mDetail)};
+        mState->mSource = sent.mStatus == FileStatus::kFileStatus_Success ? std::move(sent.mSource) : mState->mSource;
     }
-    media::SentMedia sent = media::SendMedia(mState->mSource, tree.get(), *mState->mTarget);
-    mState->mLastWrite = {sent.mStatus, std::move(sent.mDetail)};
-    if (sent.mStatus == FileStatus::kFileStatus_Success) {
-        mState->mSource = std::move(sent.mSource);
-    }
+    ReportWriting({}, mState->mLastWrite);
 }
 
 }  // namespace zephmetadata

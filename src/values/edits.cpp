@@ -4,9 +4,9 @@
 #include <map>
 #include <unordered_set>
 
+#include "values/refusals.h"
 #include "values/value_procedures.h"
 #include "xmp/tree/xmp_marks.h"
-#include "zephcore/localizer.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/xmp_meta.h"
 
@@ -14,31 +14,8 @@ namespace zephmetadata {
 
 namespace {
 
-constexpr std::u16string_view kNoDefinition = u"$$$/zephmetadata/value/NoDefinition=no definition describes it";
-constexpr std::u16string_view kNoList = u"$$$/zephmetadata/edit/NoList=it is no list; set its value";
-constexpr std::u16string_view kNoLanguages = u"$$$/zephmetadata/edit/NoLanguages=it holds no texts in languages";
-constexpr std::u16string_view kEmptyItem = u"$$$/zephmetadata/edit/EmptyItem=an item cannot be empty";
-constexpr std::u16string_view kEmptyValue =
-    u"$$$/zephmetadata/edit/EmptyValue=a value cannot be empty; delete it instead";
-constexpr std::u16string_view kNoSource = u"$$$/zephmetadata/edit/NoSource=there is nothing to copy from";
-constexpr std::u16string_view kNoTree = u"$$$/zephmetadata/edit/NoTree=there is no metadata to change";
-constexpr std::u16string_view kCannot = u"$$$/zephmetadata/edit/Cannot=it cannot be changed like this";
-
-UTF16String Text(std::u16string_view key) {
-    return zephcore::ZString(key, {});
-}
-
 bool IsBag(const Path& path) {
     return PrimitiveTypeOfPath(path) == kPrimitiveType_Bag;
-}
-
-UTF16String WhyNoItem(const ValueEdit& edit, const UTF8String& item) {
-    return item.empty() ? Text(kEmptyItem) : WhyNotAllowed(CreatePathFromArrayItem(edit.mPath, -1), item);
-}
-
-UTF16String WhyNoValue(const ValueEdit& edit) {
-    // Not every format keeps an empty value, and an empty one says nothing.
-    return edit.mValue.empty() ? Text(kEmptyValue) : WhyNotAllowed(edit.mPath, edit.mValue);
 }
 
 /// The array and the number, from 0, of the item that a path leads to.
@@ -169,14 +146,14 @@ EditOutcome CarryOut(Carrier& carrier, const ValueEdit& edit) {
     ErrorScope scope;
     const bool isChanged = carrier.CarryOut(edit);
     if (!scope.Errors().empty()) {
-        return {EditResult::kEditResult_Refused, Text(kCannot)};
+        return Refused(Cannot());
     }
     return {isChanged ? EditResult::kEditResult_Changed : EditResult::kEditResult_Unchanged, {}};
 }
 
-EditReport Refused(const std::vector<ValueEdit>& edits, std::u16string_view reason) {
+EditReport AllRefused(const std::vector<ValueEdit>& edits, const Refusal& why) {
     EditReport report;
-    report.mOutcomes.assign(edits.size(), {EditResult::kEditResult_Refused, Text(reason)});
+    report.mOutcomes.assign(edits.size(), Refused(why));
     return report;
 }
 
@@ -193,9 +170,8 @@ EditReport CarryOutAll(XMPMetaHandle tree, const std::vector<ValueEdit>& edits) 
 EditReport Considered(const std::vector<ValueEdit>& edits) {
     EditReport report;
     for (const ValueEdit& edit : edits) {
-        UTF16String reason = WhyRefused(edit);
-        const auto result = reason.empty() ? EditResult::kEditResult_Unchanged : EditResult::kEditResult_Refused;
-        report.mOutcomes.push_back({result, std::move(reason)});
+        const Refusal why = Consider(edit);
+        report.mOutcomes.push_back(why.IsNone() ? EditOutcome() : Refused(why));
     }
     return report;
 }
@@ -215,39 +191,13 @@ bool EditReport::IsChanged() const {
     return !IsRefused() && HasOutcome(*this, EditResult::kEditResult_Changed);
 }
 
-UTF16String WhyRefused(const ValueEdit& edit) {
-    if (!PathEntryDefinition(edit.mPath)) {
-        return Text(kNoDefinition);
-    }
-    if (!edit.mLanguage.empty() && PrimitiveTypeOfPath(edit.mPath) != kPrimitiveType_Alt) {
-        return Text(kNoLanguages);
-    }
-    const bool isAboutItems = edit.mKind == EditKind::kEditKind_Add || edit.mKind == EditKind::kEditKind_Remove ||
-                              edit.mKind == EditKind::kEditKind_Rename;
-    if (isAboutItems && !IsPathAnArray(edit.mPath, true)) {
-        return Text(kNoList);
-    }
-    switch (edit.mKind) {
-        case EditKind::kEditKind_Set:
-            return WhyNoValue(edit);
-        case EditKind::kEditKind_Add:
-            return WhyNoItem(edit, edit.mValue);
-        case EditKind::kEditKind_Rename:
-            return WhyNoItem(edit, edit.mNewValue);
-        case EditKind::kEditKind_Copy:
-            return edit.mSource ? UTF16String() : Text(kNoSource);
-        default:
-            return {};
-    }
-}
-
 EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits) {
     EditReport report = Considered(edits);
     if (report.IsRefused()) {
         return report;
     }
     const XMPMetaPtr copy = CloneXMPMeta(tree);
-    return copy ? CarryOutAll(copy.get(), edits) : Refused(edits, kNoTree);
+    return copy ? CarryOutAll(copy.get(), edits) : AllRefused(edits, NoTree());
 }
 
 EditReport ApplyEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits) {

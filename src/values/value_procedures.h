@@ -13,6 +13,9 @@ namespace zephmetadata {
 /// Reports that the value at @p path is not what it should be.
 void ReportInvalidData(ErrorKind kind, const Path& path);
 
+/// The date in the form of ISO 8601, without the parts at the end that are 0; empty when a part before another is missing.
+UTF8String DateText(const Date& date);
+
 inline void SetResult(GetValueResult* result, GetValueResult value) {
     if (result != nullptr) {
         *result = value;

@@ -168,6 +168,39 @@ bool SetValue(XMPMetaHandle tree, const Path& path, bool value) {
     return WriteNumber<bool>(tree, path, value, toolkit::GetPropertyBool, toolkit::ConvertFromBool);
 }
 
+UTF8String DateText(const Date& date) {
+    const auto padded = [](std::int32_t number, std::size_t digits) {
+        const UTF8String text = std::to_string(number);
+        return UTF8String(digits - std::min(digits, text.size()), '0') + text;
+    };
+    const bool hasTime = date.hour != 0 || date.minute != 0 || date.second != 0;
+    if ((date.day == 0 && hasTime) || (date.month == 0 && date.day != 0) || date == Date{}) {
+        return {};
+    }
+    UTF8String text = padded(date.year, 4);
+    text += date.month == 0 ? "" : "-" + padded(date.month, 2);
+    text += date.day == 0 ? "" : "-" + padded(date.day, 2);
+    return !hasTime ? text
+                    : text + "T" + padded(date.hour, 2) + ":" + padded(date.minute, 2) + ":" + padded(date.second, 2) + "Z";
+}
+
+bool SetValue(XMPMetaHandle tree, const Path& path, const Date& value) {
+    const sp<EntryDefinition> entry = PathEntryDefinition(path);
+    if (tree == nullptr || !entry) {
+        return false;
+    }
+    if (!IsDate(*entry)) {
+        ReportInvalidData(ErrorKind::ErrorWritingXMP, path);
+        return false;
+    }
+    Date current;
+    const bool isThere = [&] {
+        const ErrorScope ofWhatIsReplaced;
+        return GetValue(tree, path, current) && current == value;
+    }();
+    return !isThere && SetValue(tree, path, DateText(value));
+}
+
 void SetMinimalFloatValue(const Value& value, double number) {
     MetaDataUpdateAccess access(value.provider);
     const bool written = WriteNumber<double>(*access, value.path, number, toolkit::GetPropertyFloat, MinimalFloatText);

@@ -49,7 +49,7 @@ TEST_F(ConvertPanelsCommand, PrintsTheLog) {
           {{"kind", "info"},
            {"message", "No Generic Panels found in folder '" + Panels("system") + "' to convert."}}}}};
     EXPECT_EQ(Json::parse(json.mOutput, nullptr, false), expected);
-    EXPECT_THAT(json.mErrors, HasSubstr("p.xml: Error parsing definitions file: invalid XML.\n"));
+    EXPECT_THAT(json.mErrors, HasSubstr("p.xml:1: Error parsing definitions file: invalid XML.\n"));
     const Outcome text = Run({"--generation", "4.0"});
     EXPECT_EQ(text.mStatus, 1);
     EXPECT_THAT(text.mOutput, HasSubstr("/a\n\nb\\x1b'. Found")) << "harmless to a terminal";

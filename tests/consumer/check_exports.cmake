@@ -14,6 +14,8 @@ set(unnameable
   "zephmetadata::DisjointSchemaProxyProvider::TakeRoutesOut("
   "zephmetadata::DisjointSchemaProxyProvider::WriteBase("
   "zephmetadata::DisjointSchemaProxyProvider::WriteChanges("
+  "zephmetadata::MetaDataProvider::CallWriteCallbacks("
+  "zephmetadata::MetaDataProvider::TakeReport("
   "zephmetadata::MetaDataProvider::WriteBack("
   "zephmetadata::ProxyProviderImpl::Reaches("
   "zephmetadata::FileProvider::WriteChanges("

@@ -72,12 +72,24 @@ foreach(example IN LISTS EXAMPLES)
     endif()
   endforeach()
 endforeach()
-run("Linking with pkg-config" ${CXX} ${warnings} ${flags} ${includes} "${SOURCES}/read_title.cpp" -o "${FOLDER}/linked"
+run("Linking with pkg-config" ${CXX} ${warnings} ${flags} ${includes} "${SOURCES}/photo_desk.cpp" -o "${FOLDER}/linked"
   ${libraries} "-Wl,-rpath,${prefix}/${LIBDIR}")
-run("The program linked with pkg-config" "${FOLDER}/linked" "${PHOTO}")
+# run_desk(<program>): runs the example that uses most of the interface, on a copy, which it leaves with an edit.
+function(run_desk program)
+  file(COPY_FILE "${PHOTO}" "${FOLDER}/photo.jpg")
+  execute_process(COMMAND "${program}" "${SOURCES}/packages/tide-table" "${FOLDER}/photo.jpg"
+    OUTPUT_VARIABLE output ERROR_VARIABLE errors RESULT_VARIABLE result)
+  # It also asks for a rating that there is not.
+  if(NOT result EQUAL 1 OR NOT output MATCHES "Title: From the desk" OR NOT errors MATCHES "more than 5\n$")
+    message(FATAL_ERROR "${program} ended with ${result}:\n${output}${errors}")
+  endif()
+endfunction()
+run_desk("${FOLDER}/linked")
 
 run("Configuring the consumer" ${CMAKE_COMMAND} -S ${PROJECT} -B "${FOLDER}/build" -G ${GENERATOR}
-  -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=${FLAGS}" -DCMAKE_PREFIX_PATH=${prefix} -DWANTED_VERSION=${VERSION})
+  -DCMAKE_CXX_COMPILER=${CXX} "-DCMAKE_CXX_FLAGS=${FLAGS}" -DCMAKE_PREFIX_PATH=${prefix} -DWANTED_VERSION=${VERSION}
+  -DEXAMPLES=${SOURCES})
 run("Building the consumer" ${CMAKE_COMMAND} --build "${FOLDER}/build" --parallel 1)
+run_desk("${FOLDER}/build/desk")
 run("The consumer" "${FOLDER}/build/consumer" ${PHOTO} ${VERSION})
 message(STATUS "${output}")

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <set>
 
+#include "zephcore/files.h"
 #include "zephcore/text.h"
 #include "zephmetadata/library.h"
 
@@ -28,10 +29,11 @@ void Problems::ReportCollected(std::string_view file) {
     const std::vector<zephmetadata::ErrorInfo> infos = zephmetadata::GetErrorInfos();
     std::set<std::string> said;  // a value that is read twice is one problem
     for (; mSeen < infos.size(); ++mSeen) {
-        const std::string context =
-            infos[mSeen].context.empty() ? std::string(file) : zephcore::UTF16to8(infos[mSeen].context);
-        const std::string line = (context.empty() ? std::string("zephmeta") : OneLine(context)) + ": " +
-                                 OneLine(Shown(infos[mSeen].message));
+        zephmetadata::ErrorInfo info = infos[mSeen];
+        if (info.context.empty()) {
+            info.context = zephcore::PathFromNative(file.empty() ? "zephmeta" : file);
+        }
+        const std::string line = OneLine(Describe(info));
         if (said.insert(line).second) {
             std::cout.flush();
             std::cerr << line << '\n';

@@ -1,7 +1,6 @@
 #include "media_file.h"
 
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <iterator>
 #include <set>
@@ -16,34 +15,8 @@ namespace {
 using zephmetadata::FileReport;
 using zephmetadata::FileStatus;
 
-struct ReasonRow {
-    FileStatus mStatus;
-    std::string_view mReason;
-};
-
-constexpr auto kReasons = std::to_array<ReasonRow>({
-    {FileStatus::kFileStatus_NoFile, "no such file"},
-    {FileStatus::kFileStatus_NotAFile, "not a file"},
-    {FileStatus::kFileStatus_Unreadable, "cannot be read"},
-    {FileStatus::kFileStatus_UnknownFormat, "not a media file of a known format"},
-    {FileStatus::kFileStatus_DamagedFile, "the file is damaged"},
-    {FileStatus::kFileStatus_DamagedXMP, "its XMP is damaged and left as it is"},
-    {FileStatus::kFileStatus_NoXMP, "the file has no XMP"},
-    {FileStatus::kFileStatus_ReadOnly, "the file is read-only"},
-    {FileStatus::kFileStatus_CannotCarryXMP, "its metadata can be read but not written"},
-    {FileStatus::kFileStatus_WritingDisabled, "writing is switched off"},
-    {FileStatus::kFileStatus_NotWritten, "could not be written"},
-    {FileStatus::kFileStatus_Changed, "the file was changed by another program meanwhile"},
-});
-
 std::string Reason(const FileReport& report) {
-    const auto* row = std::find_if(kReasons.begin(), kReasons.end(),
-                                   [&](const ReasonRow& candidate) { return candidate.mStatus == report.mStatus; });
-    std::string reason = row == kReasons.end() ? std::string() : std::string(row->mReason);
-    if (!reason.empty() && !report.mDetail.empty()) {
-        reason += " (" + report.mDetail + ")";
-    }
-    return reason;
+    return report.mStatus == FileStatus::kFileStatus_Success ? std::string() : Describe(report);
 }
 
 bool IsSidecarName(const std::string& name) {
@@ -93,7 +66,8 @@ std::string MediaFile::ReadProblem() const {
 }
 
 std::string MediaFile::ReadWarning() const {
-    return HasXMP() && !LastRead().mDetail.empty() ? "the file is damaged (" + LastRead().mDetail + ")" : std::string();
+    const bool isDamaged = HasXMP() && !LastRead().mDetail.empty();
+    return isDamaged ? Reason({FileStatus::kFileStatus_DamagedFile, LastRead().mDetail}) : std::string();
 }
 
 std::string MediaFile::WhyWithoutXMP() const {

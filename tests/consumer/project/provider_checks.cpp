@@ -337,6 +337,52 @@ int CheckSource(const std::string& photo) {
     return 0;
 }
 
+/// A host's provider whose storage is full, and one that writes through it.
+class FullProvider : public TypicalProviderImpl {
+public:
+    explicit FullProvider(sp<MetaDataProvider> inner = nullptr)
+        : TypicalProviderImpl(CreateXMPMeta().get()), mInner(std::move(inner)) {}
+
+private:
+    void WriteChanges(const std::vector<Path>& changes) override {
+        if (!mInner) {
+            ReportWriting(u"/full", {FileStatus::kFileStatus_NotWritten, "no space"});
+            return;
+        }
+        MetaDataUpdateAccess access(mInner);
+        access.AddChange(changes.front());
+        ReportWriting(access.Commit());
+    }
+
+    sp<MetaDataProvider> mInner;
+};
+
+int CheckCommit(const std::string& folder) {
+    const Path label = At("xmp:Label");
+    MetaDataUpdateAccess access(std::make_shared<FullProvider>(std::make_shared<FullProvider>()));
+    CHECK(access.Set(label, std::string_view("Blue")).mResult == kEditResult_Changed && access.HasChanges());
+    const WriteReport failed = access.Commit();
+    CHECK(failed.mHadChanges && !failed.IsWritten() && failed.mFailures.size() == 1);
+    CHECK(Describe(failed.mFailures.front()) == "/full: could not be written (no space)");
+    CHECK(Describe(FileStatus::kFileStatus_ReadOnly) == "the file is read-only");
+    CHECK(!access.HasChanges() && !access.Commit().mHadChanges);
+
+    const std::string name = folder + "/committed.xmp";
+    std::ofstream(name) << SerializeXMPMeta(CreateXMPMeta().get());
+    const auto sidecar = std::make_shared<SidecarProvider>(zephcore::PathFromNative(name));
+    MetaDataUpdateAccess edit(sidecar);
+    CHECK(edit.Set(label, u"Blue").mResult == kEditResult_Changed && edit.Commit().IsWritten());
+    CHECK(Read(std::make_shared<SidecarProvider>(sidecar->FilePath()), "xmp:Label") == "Blue");
+    CHECK(edit.Delete(label).mResult == kEditResult_Changed && edit.Delete(label).mResult == kEditResult_Unchanged);
+    ValueEdit keyword;
+    keyword.mKind = EditKind::kEditKind_Add;
+    keyword.mPath = At("dc:subject");
+    keyword.mValue = "sea";
+    CHECK(edit.Apply(keyword).mResult == kEditResult_Changed && edit.Commit().IsWritten());
+    CHECK(Read(std::make_shared<SidecarProvider>(sidecar->FilePath()), "dc:subject") == "sea");
+    return 0;
+}
+
 int CheckSidecar(const std::string& folder) {
     const std::string name = folder + "/photo.xmp";
     std::ofstream(name) << SerializeXMPMeta(CreateXMPMeta().get());
@@ -354,7 +400,7 @@ int CheckProviders(const Arguments& arguments) {
     const Session session;
     return CheckMemoryProvider() | CheckNotification() | CheckBareProvider() | CheckAggregate() | CheckDisjoint() |
            CheckHostProxy() | CheckPhoto(arguments.mPhoto) | CheckSource(arguments.mPhoto) |
-           CheckSidecar(arguments.mFolder);
+           CheckSidecar(arguments.mFolder) | CheckCommit(arguments.mFolder);
 }
 
 }  // namespace host

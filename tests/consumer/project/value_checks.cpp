@@ -68,6 +68,28 @@ int CheckTrees() {
     return 0;
 }
 
+static_assert(SettableType<const char*> && SettableType<char[5]> && SettableType<std::u16string>);
+static_assert(SettableType<std::string_view> && SettableType<unsigned long> && SettableType<Date>);
+static_assert(!SettableType<const void*> && !SettableType<int*>, "a pointer would become a truth value");
+
+int CheckOutcomes() {
+    const XMPMetaPtr owner = CreateXMPMeta();
+    const XMPMetaHandle tree = owner.get();
+    CHECK(SetValue(tree, At("dc:source"), u"wide") && SetValue(tree, At("xmp:Rating"), 4UL));
+    CHECK(SetValue(tree, At("xmp:CreateDate"), Date{2024, 5, 17, 0, 0, 0}));
+    CHECK(TrySetValue(tree, At("dc:source"), std::string_view("wide")).mResult == kEditResult_Unchanged);
+    CHECK(TrySetValue(tree, At("dc:source"), UTF8String("other")).mResult == kEditResult_Changed);
+    CHECK(TrySetValue(tree, At("xmp:Rating"), 4).mResult == kEditResult_Unchanged);
+    CHECK(TrySetValue(tree, At("xmp:CreateDate"), Date{2025, 5, 17, 0, 0, 0}).mResult == kEditResult_Changed);
+    CHECK(TrySetValue(tree, At("xmpRights:Marked"), true).mResult == kEditResult_Changed);
+    CHECK(TrySetValue(tree, At("xmpDM:projectRef"), 1.5).mRefusal == kEditRefusal_NoSuchShape);
+    CHECK(TrySetValue(tree, At("xmp:Rating"), 9).mRefusal == kEditRefusal_NotAllowed);
+    CHECK(TrySetValue(tree, Path(), "x").mRefusal == kEditRefusal_NoDefinition);
+    CHECK(TrySetValue(nullptr, At("dc:source"), "x").mRefusal == kEditRefusal_NoTree);
+    CHECK(!Describe(TrySetValue(tree, At("xmp:Rating"), "")).empty() && Describe(EditOutcome()).empty());
+    return 0;
+}
+
 int CheckTemplate() {
     const XMPMetaPtr source = CreateXMPMeta();
     const XMPMetaPtr tree = CreateXMPMeta();
@@ -99,7 +121,8 @@ int CheckConstructedValue() {
 
 int CheckValues(const Arguments& /*arguments*/) {
     const Session session;
-    return CheckTypedValues() | CheckTexts() | CheckTrees() | CheckTemplate() | CheckConstructedValue();
+    return CheckTypedValues() | CheckTexts() | CheckTrees() | CheckOutcomes() | CheckTemplate() |
+           CheckConstructedValue();
 }
 
 }  // namespace host
