@@ -66,6 +66,7 @@ void FileProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
     if (!tree) {
         return;
     }
+    mFile->mLastWrite = {FileStatus::kFileStatus_NotWritten, {}};  // unless it comes to something better
     if (IsXMPWritingDisabled()) {
         mFile->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
     } else {

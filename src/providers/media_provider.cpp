@@ -61,6 +61,7 @@ void MediaProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
     if (!tree) {
         return;
     }
+    mMedia->mLastWrite = {FileStatus::kFileStatus_NotWritten, {}};  // unless it comes to something better
     if (IsXMPWritingDisabled()) {
         mMedia->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
     } else {

@@ -78,10 +78,6 @@ std::string MediaFile::WriteProblem() const {
     return Reason(LastWrite());
 }
 
-bool MediaFile::WasChangedMeanwhile() const {
-    return LastWrite().mStatus == FileStatus::kFileStatus_Changed;
-}
-
 std::string MediaFile::Sidecar() const {
     return mMedia == nullptr ? std::string() : zephcore::PathToNative(mMedia->SidecarPath());
 }

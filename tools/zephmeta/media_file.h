@@ -27,8 +27,6 @@ public:
     std::string WhyWithoutXMP() const;
     /// Why the last write-back failed; empty when it did not.
     std::string WriteProblem() const;
-    /// Whether that was because the file is no longer the one that was read.
-    bool WasChangedMeanwhile() const;
     /// The sidecar that changes go to instead of the file; empty when they go into the file.
     std::string Sidecar() const;
     /// Gives a file without XMP its first; false when its format cannot carry any.

@@ -97,11 +97,11 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
         result.Fail(hasTree ? WhyRefused(edits, report) + kNothingWritten : WhyNoFirst(file));
         return false;
     }
-    if (report.IsChanged() && mayTryAgain && file.WasChangedMeanwhile()) {
+    if (report.mStatus == kFileStatus_Changed && mayTryAgain) {
         return true;
     }
-    if (const std::string problem = report.IsChanged() ? file.WriteProblem() : std::string(); !problem.empty()) {
-        result.Fail(problem);
+    if (report.mStatus != kFileStatus_Success) {
+        result.Fail(Describe(FileReport{report.mStatus, report.mDetail}));
         return false;
     }
     time.PutBack();
