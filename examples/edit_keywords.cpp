@@ -1,48 +1,34 @@
 // Adds a keyword to a photo: edit_keywords photo.jpg sunrise
 #include <zephmetadata/zephmetadata.h>
 
-#include <algorithm>
 #include <iostream>
+#include <string>
 
 namespace {
 
 using namespace zephmetadata;
 
-/// Appends @p keyword, unless it is there already; true when the tree changed.
-bool AddKeyword(XMPMetaHandle tree, const Path& keywords, const std::string& keyword) {
-    const std::vector<std::string> items = GetItems(tree, keywords);
-    if (std::find(items.begin(), items.end(), keyword) != items.end()) {
-        return false;
-    }
-    // An item that is one past the end is made.
-    return SetValue(tree, CreatePathFromArrayItem(keywords, static_cast<int>(items.size()) + 1), keyword);
-}
-
-bool Edit(const std::string& file, const std::string& keyword) {
+bool AddKeyword(const std::string& file, const std::string& keyword) {
     const auto photo = std::make_shared<FileProvider>(zephcore::PathFromNative(file));
-    if (photo->LastRead().mStatus == FileStatus::kFileStatus_NoXMP) {
-        photo->StartMetaData();
-    }
-    const Path keywords = PathForExpression("dc:subject");
-    {
-        // The end of the access writes the changes back into the file.
-        MetaDataUpdateAccess access(photo);
-        if (*access == nullptr) {
-            std::cerr << file << ": no metadata that could be changed\n";
-            return false;
-        }
-        if (AddKeyword(*access, keywords, keyword)) {
-            access.AddChange(keywords);
-        }
-    }
-    if (photo->LastWrite().mStatus != FileStatus::kFileStatus_Success) {
-        std::cerr << file << ": not written: " << photo->LastWrite().mDetail << '\n';
+    photo->StartMetaData();  // of a photo that has none
+    ValueEdit edit;
+    edit.mKind = kEditKind_Add;  // one that is there already is not added again
+    edit.mPath = PathForExpression("dc:subject");
+    edit.mValue = keyword;
+
+    MetaDataUpdateAccess access(photo);
+    if (const EditOutcome outcome = access.Apply(edit); outcome.mResult == kEditResult_Refused) {
+        std::cerr << file << ": " << Describe(outcome) << '\n';
         return false;
+    }
+    const WriteReport report = access.Commit();
+    for (const WriteFailure& failure : report.mFailures) {
+        std::cerr << Describe(failure) << '\n';
     }
     std::string text;
-    GetValue(*MetaDataReadAccess(photo), keywords, text);
+    GetValue(*access, edit.mPath, text);
     std::cout << text << '\n';
-    return true;
+    return report.mFailures.empty();
 }
 
 }  // namespace
@@ -52,8 +38,6 @@ int main(int argc, char** argv) {
         std::cerr << "usage: edit_keywords FILE KEYWORD\n";
         return 2;
     }
-    zephmetadata::Initialize();
-    const bool edited = Edit(argv[1], argv[2]);
-    zephmetadata::Terminate();
-    return edited ? 0 : 1;
+    const zephmetadata::Library library;
+    return AddKeyword(argv[1], argv[2]) ? 0 : 1;
 }

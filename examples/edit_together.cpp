@@ -30,34 +30,24 @@ int main(int argc, char** argv) {
         return 2;
     }
     const zephmetadata::Library library;
-    std::vector<zephmetadata::sp<zephmetadata::MediaProvider>> files;
+    std::vector<zephmetadata::sp<zephmetadata::MetaDataProvider>> files;
     for (int i = 2; i < argc; ++i) {
-        files.push_back(zephmetadata::OpenMedia(zephcore::PathFromNative(argv[i])));
-        files.back()->StartMetaData();  // a file without metadata takes part, too
+        const auto file = zephmetadata::OpenMedia(zephcore::PathFromNative(argv[i]));
+        file->StartMetaData();  // a file without metadata takes part, too
+        files.push_back(file);
     }
-    const std::vector<zephmetadata::sp<zephmetadata::MetaDataProvider>> parts(files.begin(), files.end());
-    const auto selection = std::make_shared<zephmetadata::AggregateProvider>(parts);
+    const auto selection = std::make_shared<zephmetadata::AggregateProvider>(files);
 
-    const zephmetadata::Path rights = zephmetadata::PathForExpression("dc:rights");
-    {
-        zephmetadata::MetaDataUpdateAccess access(selection);
-        for (const char* expression : {"dc:title", "xmp:Rating", "dc:rights"}) {
-            Show(*access, expression);
-        }
-        if (SetValue(*access, rights, std::string(argv[1]))) {
-            access.AddChange(rights);
-        }
+    zephmetadata::MetaDataUpdateAccess access(selection);
+    for (const char* expression : {"dc:title", "xmp:Rating", "dc:rights"}) {
+        Show(*access, expression);
     }
-
-    int failures = 0;
-    for (const auto& file : files) {
-        if (file->LastWrite().mStatus != zephmetadata::kFileStatus_Success) {
-            std::cerr << zephcore::PathToNative(file->FilePath()) << ": not written: " << file->LastWrite().mDetail
-                      << '\n';
-            ++failures;
-        }
+    access.Set(zephmetadata::PathForExpression("dc:rights"), argv[1]);
+    const zephmetadata::WriteReport report = access.Commit();
+    for (const zephmetadata::WriteFailure& failure : report.mFailures) {
+        std::cerr << Describe(failure) << '\n';
     }
-    Show(*zephmetadata::MetaDataReadAccess(selection), "dc:title");
-    Show(*zephmetadata::MetaDataReadAccess(selection), "dc:rights");
-    return failures == 0 ? 0 : 1;
+    Show(*access, "dc:title");
+    Show(*access, "dc:rights");
+    return report.mFailures.empty() ? 0 : 1;
 }

@@ -46,8 +46,7 @@ bool WritePackage(const zephcore::Dir& folder) {
 /// What the loading of packages had to complain of.
 bool ShowProblems(const std::vector<zephmetadata::ErrorInfo>& problems) {
     for (const zephmetadata::ErrorInfo& problem : problems) {
-        std::cerr << zephcore::PathToNative(problem.context) << ':' << problem.line << ": " << Shown(problem.message)
-                  << '\n';
+        std::cerr << Describe(problem) << '\n';
     }
     return !problems.empty();
 }
@@ -55,11 +54,8 @@ bool ShowProblems(const std::vector<zephmetadata::ErrorInfo>& problems) {
 void UsePackage() {
     const zephmetadata::XMPMetaPtr tree = zephmetadata::CreateXMPMeta();
     const zephmetadata::Path height = zephmetadata::PathForExpression("lights:height");
-    zephmetadata::ValueEdit edit;
-    edit.mPath = height;
-    edit.mValue = "-3";
-    std::cout << "-3: " << Shown(WhyRefused(edit)) << '\n';
-    if (SetValue(tree.get(), height, 41)) {
+    std::cout << "-3: " << Describe(TrySetValue(tree.get(), height, -3)) << '\n';
+    if (TrySetValue(tree.get(), height, 41).mResult == zephmetadata::kEditResult_Changed) {
         std::cout << Shown(PathEntryDefinition(height)->mLabel) << ": 41\n";
     }
     if (const auto view = zephmetadata::GetViewDefinitionForName("org.example.view.lighthouses")) {

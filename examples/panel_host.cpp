@@ -70,9 +70,9 @@ int Run(const zephmetadata::sp<zephmetadata::MediaProvider>& photo, const char* 
     }
     const zephmetadata::EditReport report = ApplyEdits(photo, {*edit});
     if (report.IsRefused()) {
-        std::cerr << Shown(report.mOutcomes.front().mReason) << '\n';
+        std::cerr << Describe(report.mOutcomes.front()) << '\n';
     } else if (report.mStatus != zephmetadata::kFileStatus_Success) {
-        std::cerr << "not written: " << report.mDetail << '\n';
+        std::cerr << "not written: " << Describe(zephmetadata::FileReport{report.mStatus, report.mDetail}) << '\n';
     }
     return report.IsRefused() || report.mStatus != zephmetadata::kFileStatus_Success ? 1 : 0;
 }

@@ -53,33 +53,34 @@ public:
         ResetBuffer(reinterpret_cast<const unsigned char*>(packet.data()), packet.size());
     }
 
-    bool IsStored() const { return mStored; }
-
 private:
     void WriteBuffer(const std::vector<zephmetadata::Path>& /*changes*/, const char* data, std::size_t size) override {
         const Statement insert = Prepare(mDatabase, "INSERT OR REPLACE INTO metadata VALUES (?1, ?2)", mAsset);
         sqlite3_bind_blob64(insert.get(), 2, data, size, SQLITE_TRANSIENT);
-        mStored = sqlite3_step(insert.get()) == SQLITE_DONE;
+        if (sqlite3_step(insert.get()) != SQLITE_DONE) {
+            ReportWriting({}, {zephmetadata::kFileStatus_NotWritten, sqlite3_errmsg(mDatabase)});
+        }
     }
 
     sqlite3* mDatabase;
     std::string mAsset;
-    bool mStored = true;
 };
 
 int Run(sqlite3* database, const std::string& asset, const char* newTitle) {
     const auto provider = std::make_shared<AssetProvider>(database, asset);
     const zephmetadata::Path title = zephmetadata::PathForExpression("dc:title");
+    zephmetadata::MetaDataUpdateAccess access(provider);
     if (newTitle != nullptr) {
-        zephmetadata::MetaDataUpdateAccess access(provider);
-        if (SetValue(*access, title, std::string(newTitle))) {
-            access.AddChange(title);
-        }
+        access.Set(title, newTitle);
+    }
+    const zephmetadata::WriteReport report = access.Commit();
+    for (const zephmetadata::WriteFailure& failure : report.mFailures) {
+        std::cerr << Describe(failure) << '\n';
     }
     std::string text;
-    GetValue(*zephmetadata::MetaDataReadAccess(provider), title, text);
+    GetValue(*access, title, text);
     std::cout << asset << ": " << text << '\n';
-    return provider->IsStored() ? 0 : 1;
+    return report.mFailures.empty() ? 0 : 1;
 }
 
 }  // namespace

@@ -1,8 +1,6 @@
 // Adds a keyword to every photo of a folder: tag_folder FOLDER KEYWORD
 //
 // The edit of a file is carried out as a whole or not at all, and a file that has the keyword already is not written.
-#include <zephcore/localizer.h>
-#include <zephcore/text.h>
 #include <zephmetadata/zephmetadata.h>
 
 #include <iostream>
@@ -10,18 +8,13 @@
 
 namespace {
 
-/// A message or a label for people: escapes that stand for quotes and the like resolved, in UTF-8.
-std::string Shown(const zephmetadata::UTF16String& text) {
-    return zephcore::UTF16to8(zephcore::ResolveDisplayEscapes(text));
-}
-
 /// What became of one file, in words.
 std::string Outcome(const zephmetadata::EditReport& report) {
     if (report.IsRefused()) {
-        return "refused: " + Shown(report.mOutcomes.front().mReason);
+        return "refused: " + Describe(report.mOutcomes.front());
     }
     if (report.mStatus != zephmetadata::kFileStatus_Success) {
-        return "not written: " + report.mDetail;
+        return "not written: " + Describe(zephmetadata::FileReport{report.mStatus, report.mDetail});
     }
     return report.IsChanged() ? "tagged" : "has it already";
 }
