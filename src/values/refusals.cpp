@@ -34,7 +34,7 @@ Refusal ConsiderText(const Path& path, const UTF8String& text, std::u16string_vi
         return {};
     }
     const sp<EntryDefinition> entry = PathEntryDefinition(path);
-    const bool hasShape = entry && (!PrimitiveTypeOfPath(path) || TakesText(*entry));
+    const bool hasShape = entry && PrimitiveTypeOfPath(path) && TakesText(*entry);
     return {hasShape ? EditRefusal::kEditRefusal_NotAllowed : EditRefusal::kEditRefusal_NoSuchShape, std::move(reason)};
 }
 

@@ -430,6 +430,7 @@ TEST_F(Aggregate, LeavesOutWhoMayNotWriteOneOfThePaths) {
             SetValue(*access, At(expression), "n");
             access.AddChange(At(expression));
         }
+        EXPECT_EQ(access.Commit().mFailures.at(0).mStatus, kFileStatus_ReadOnly);
     }
     EXPECT_THAT(InSources("dc:source"), ElementsAre("n", "<none>"));
     EXPECT_THAT(mSources[1]->mWrites, IsEmpty());

@@ -1,5 +1,6 @@
 #include "support/test_provider.h"
 #include "support/values_test.h"
+#include "zephmetadata/edits.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {
@@ -60,6 +61,7 @@ TEST_F(Provider, WritesNothingWithoutChangesOrTree) {
         MetaDataUpdateAccess access(mProvider);
         EXPECT_EQ(*access, nullptr);
         access.AddChange(At("dc:title"));
+        EXPECT_EQ(access.Commit().mFailures.at(0).mStatus, kFileStatus_NoXMP);
     }
     EXPECT_THAT(mProvider->mWrites, IsEmpty());
     {
@@ -100,18 +102,32 @@ TEST_F(Provider, IgnoresWritesAndChangesFromInsideAWrite) {
     EXPECT_EQ(written, 1);
 }
 
-TEST_F(Provider, SurvivesAWriteThatThrows) {
+TEST_F(Provider, CommitsOnceAndTellsOfIt) {
     mProvider->mDuringWrite = [] { throw std::runtime_error("disk"); };
     {
         MetaDataUpdateAccess access(mProvider);
-        access.AddChange(At("dc:title"));
+        EXPECT_EQ(access.Set(At("dc:title"), "New").mResult, kEditResult_Changed);
+        EXPECT_EQ(access.Set(At("dc:title"), "New").mResult, kEditResult_Unchanged);
+        EXPECT_EQ(access.Set(At("dc:nothing"), 1).mRefusal, kEditRefusal_NoDefinition);
+        EXPECT_EQ(access.Delete(At("dc:source")).mResult, kEditResult_Unchanged);
+        const WriteReport failed = access.Commit();
+        ASSERT_EQ(failed.mFailures.size(), 1U);
+        EXPECT_EQ(Describe(failed.mFailures.front()), "could not be written (disk)");
+        EXPECT_FALSE(failed.IsWritten() || access.HasChanges());
+        EXPECT_THAT(Records(), IsEmpty()) << "it is told, not reported";
+
+        mProvider->mDuringWrite = nullptr;
+        EXPECT_FALSE(access.Commit().mHadChanges) << "what was committed is not written again";
+        EXPECT_EQ(access.Delete(At("dc:title")).mResult, kEditResult_Changed);
+        EXPECT_TRUE(access.Commit().IsWritten()) << "the in-write flag is cleared however a write ends";
     }
-    mProvider->mDuringWrite = nullptr;
-    {
-        MetaDataUpdateAccess access(mProvider);
-        access.AddChange(At("dc:title"));
-    }
-    EXPECT_EQ(mProvider->mWrites.size(), 2U) << "the in-write flag is cleared however a write ends";
+    EXPECT_THAT(mProvider->mWrites, ElementsAre(ElementsAre(At("dc:title")), ElementsAre(At("dc:title"))));
+    ValueEdit language;
+    language.mPath = At("dc:title");
+    language.mLanguage = "de";
+    language.mValue = "Neu";
+    EXPECT_EQ(MetaDataUpdateAccess(mProvider).Apply(language).mResult, kEditResult_Changed);
+    EXPECT_EQ(mProvider->mWrites.size(), 3U) << "the end of an access commits";
 }
 
 TEST_F(Provider, CallsWhatWasRegisteredWhenThePassBegan) {

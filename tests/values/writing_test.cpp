@@ -1,4 +1,5 @@
 #include "support/values_test.h"
+#include "zephmetadata/edits.h"
 #include "zephmetadata/providers.h"
 
 namespace zephmetadata {
@@ -116,6 +117,66 @@ TEST_F(Writing, RefusesAndReportsWhatCannotBe) {
     EXPECT_THAT(XMPNodes(Tree()), IsEmpty());
     EXPECT_FALSE(SetValue(nullptr, At("dc:source"), "x"));
     EXPECT_FALSE(SetValue(Tree(), At("dc:source"), static_cast<const char*>(nullptr)));
+}
+
+TEST_F(Writing, TellsWhatBecameOfAValue) {
+    const auto tried = [](const EditOutcome& outcome) { return std::pair(outcome.mResult, outcome.mRefusal); };
+    const auto refused = [](EditRefusal why) { return std::pair(kEditResult_Refused, why); };
+    constexpr auto kChanged = std::pair(kEditResult_Changed, kEditRefusal_None);
+    struct Row {
+        EditOutcome mOutcome;
+        std::pair<EditResult, EditRefusal> mExpected;
+    };
+    const char* const noText = nullptr;
+    char buffer[] = "in a buffer";
+    const auto set = [&](const char* expression, const auto& value) {
+        return TrySetValue(Tree(), At(expression), value);
+    };
+    const Row rows[] = {
+        {set("dc:source", std::string_view("view")), kChanged},
+        {set("dc:source", UTF16String(u"\u00E9")), kChanged},
+        {set("dc:source", u"wide"), kChanged},
+        {set("dc:source", buffer), kChanged},
+        {set("dc:source", buffer), {kEditResult_Unchanged, kEditRefusal_None}},
+        {set("dc:source", noText), refused(kEditRefusal_NotAllowed)},
+        {set("dc:source", "bad \x01"), refused(kEditRefusal_NotAllowed)},
+        {set("dc:source", Date{2024, 5, 1}), refused(kEditRefusal_NoSuchShape)},
+        {set("dc:nothing", 1), refused(kEditRefusal_NoDefinition)},
+        {set("dc:creator", 1), refused(kEditRefusal_NoSuchShape)},
+        {set("dc:creator[3]", "x"), refused(kEditRefusal_NotAllowed)},
+        {set("xmpMM:DerivedFrom", "x"), refused(kEditRefusal_NoSuchShape)},
+        {set("xmpMM:History", "x"), refused(kEditRefusal_NoSuchShape)},
+        {set("exif:PixelXDimension", std::size_t{40}), kChanged},
+        {set("exif:PixelXDimension", 41L), kChanged},
+        {set("exif:PixelXDimension", 42U), kChanged},
+        {set("exif:PixelXDimension", short{43}), kChanged},
+        {set("exif:PixelXDimension", ~0ULL), refused(kEditRefusal_NotAllowed)},
+        {set("exif:PixelXDimension", 1.5F), refused(kEditRefusal_NotAllowed)},
+        {set("xmpRights:Marked", true), kChanged},
+        {set("xmp:CreateDate", Date{2024, 5, 1}), kChanged},
+        {set("xmp:CreateDate", Date{2024, 5, 1, 0, 0, 1}), kChanged},
+        {set("xmp:CreateDate", Date{2024}), kChanged},
+        {set("xmp:CreateDate", Date{2024, 0, 1}), refused(kEditRefusal_NotAllowed)},
+        {set("xmp:CreateDate", Date{2024, 13}), refused(kEditRefusal_NotAllowed)},
+        {TrySetValue(nullptr, At("dc:source"), "x"), refused(kEditRefusal_NoTree)},
+    };
+    int number = 0;
+    for (const Row& row : rows) {
+        EXPECT_EQ(tried(row.mOutcome), row.mExpected) << number << ": " << Describe(row.mOutcome);
+        EXPECT_EQ(Describe(row.mOutcome).empty(), row.mOutcome.mResult != kEditResult_Refused) << number;
+        ++number;
+    }
+    EXPECT_EQ(Raw("dc:source"), "in a buffer");
+    EXPECT_EQ(Raw("exif:PixelXDimension"), "43");
+    EXPECT_EQ(Raw("xmp:CreateDate"), "2024");
+    SetValue(Tree(), At("xmp:CreateDate"), "2024-05-01T14:30:15.25+02:00");
+    EXPECT_FALSE(SetValue(Tree(), At("xmp:CreateDate"), Date{2024, 5, 1, 12, 30, 15})) << "it reads so already";
+    EXPECT_TRUE(SetValue(Tree(), At("dc:source"), ~0ULL));
+    EXPECT_EQ(Raw("dc:source"), "18446744073709551615");
+    EXPECT_TRUE(Records().empty()) << "refusals are told, not reported";
+    static_assert(SettableType<char[4]> && SettableType<const char*> && SettableType<float> && SettableType<bool>);
+    static_assert(!SettableType<void*> && !SettableType<int*> && !SettableType<const unsigned char*>);
+    static_assert(!SettableType<std::nullptr_t*> && !SettableType<wchar_t[4]> && !SettableType<void()>);
 }
 
 TEST_F(Writing, ReplacesWhatHasAnotherShape) {
