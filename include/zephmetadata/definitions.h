@@ -10,7 +10,7 @@
 /// Which properties exist, of which type: the definition model, documents that declare it, and the registry.
 ///
 /// Definitions are shared between parse results, the registry and every caller, and registration changes them in place,
-/// so that all holders see the same object. Threads: one at a time; registration must not overlap with lookups.
+/// so that all holders see the same object. Threads: any may look up, none while another registers or removes (docs/threads.md).
 namespace zephmetadata {
 
 // Type ids name a primitive kind or a registered type; they are compared exactly.

@@ -9,7 +9,7 @@
 
 /// Start and stop of the library, the problems it met, its folders and its process-wide switches.
 ///
-/// Threads: everything here is called from one thread at a time, but for reporting and reading errors.
+/// Threads: start, stop and switches while no other thread uses the library, errors from any thread (docs/threads.md).
 namespace zephmetadata {
 
 // Lifecycle.
@@ -117,7 +117,7 @@ private:
 using ErrorCallback = sp<std::function<void(UTF16String)>>;
 
 /// Has @p callback called with the full text of every error reported from now on, on the reporting thread, with no lock
-/// held. The library shares its ownership until the final Terminate. To be called no more, empty the function object;
+/// held; by several threads at once when these report. Any thread may call this. The library shares its ownership until the final Terminate. To be called no more, empty the function object;
 /// it is dropped at the next registration. An exception that it throws is discarded, and with it the calls of the
 /// callbacks after it. Ignored while the library is not initialised.
 ZEPHMETADATA_EXPORT void NotifyOnError(const ErrorCallback& callback);

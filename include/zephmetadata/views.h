@@ -11,8 +11,8 @@
 /// Views: what a metadata panel shows, and the walk by which a host draws it.
 ///
 /// A view is plain data. Labels and descriptions are kept as they are written, mostly localisation keys with their
-/// default text ("$$$/group/name=text"), and are localised when they are asked for. The registry of views is filled and
-/// read by one thread at a time.
+/// default text ("$$$/group/name=text"), and are localised when they are asked for. Any thread may look views
+/// up, none while another registers or removes (docs/threads.md).
 namespace zephmetadata {
 
 struct ViewItem;

@@ -235,6 +235,7 @@ void LoadCustomTranslations() {
 
 void ClearDefinitions() {
     Registry() = {};
+    ClearFoundSchemas();
     ClearFileAssociations();
 }
 

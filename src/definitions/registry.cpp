@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <mutex>
+#include <shared_mutex>
 #include <unordered_set>
 
 #include "definitions/entry_index.h"
@@ -62,6 +65,31 @@ sp<Definition> Find(const std::map<UTF8String, sp<Definition>>& map, const UTF8S
 template <typename Definition>
 bool Remove(std::map<UTF8String, sp<Definition>>& map, const UTF8String& key) {
     return IsInitialized() && Find(map, key) && map.erase(key) > 0;
+}
+
+/// The schemas that providers found in trees, while other threads look theirs up.
+struct FoundSchemas {
+    std::atomic<bool> mHasAny = false;  // most hosts never meet one, and take no lock
+    std::shared_mutex mMutex;           // guards the map
+    std::map<UTF8String, sp<SchemaDefinition>> mSchemas;
+};
+
+FoundSchemas& Found() {
+    static FoundSchemas found;
+    return found;
+}
+
+sp<SchemaDefinition> FindFound(const UTF8String& namespaceURI) {
+    if (!Found().mHasAny) {
+        return nullptr;
+    }
+    const std::shared_lock lock(Found().mMutex);
+    return Find(Found().mSchemas, namespaceURI);
+}
+
+sp<SchemaDefinition> FindSchema(const UTF8String& namespaceURI) {
+    const sp<SchemaDefinition> schema = Find(Registry().mSchemas, namespaceURI);
+    return schema ? schema : FindFound(namespaceURI);
 }
 
 /// What is registered, in the order of the map.
@@ -166,6 +194,26 @@ bool RegisterSchemaDefinition(const sp<SchemaDefinition>& schema, const UTF16Str
     return true;
 }
 
+void RegisterFoundSchema(const sp<SchemaDefinition>& schema) {
+    if (!schema || !IsInitialized() || FindSchema(schema->mNamespace)) {
+        return;
+    }
+    RegisterNamespace(*schema, {});
+    DropNulls(schema->mProperties);
+    for (const auto& property : schema->mProperties) {
+        NormalizeEntryTypes(*property, schema->mPrefix, {});
+    }
+    const std::lock_guard lock(Found().mMutex);  // not earlier: error callbacks look things up
+    Found().mSchemas.try_emplace(schema->mNamespace, schema);
+    Found().mHasAny = true;
+}
+
+void ClearFoundSchemas() {
+    const std::lock_guard lock(Found().mMutex);
+    Found().mSchemas.clear();
+    Found().mHasAny = false;
+}
+
 bool AddsFieldsAlone(const TypeDefinition& added) {
     const sp<TypeDefinition> registered = TypeIdDefinition(added.mName);
     if (!registered || registered->mFields.empty() || added.mFields.empty()) {
@@ -219,7 +267,11 @@ bool RegisterTypeDefinition(const sp<TypeDefinition>& type, const UTF16String& f
 }
 
 bool RemoveSchemaDefinition(const sp<SchemaDefinition>& schema) {
-    return schema && Remove(Registry().mSchemas, schema->mNamespace);
+    if (!schema) {
+        return false;
+    }
+    const std::lock_guard lock(Found().mMutex);
+    return Remove(Registry().mSchemas, schema->mNamespace) || Remove(Found().mSchemas, schema->mNamespace);
 }
 
 bool RemoveTypeDefinition(const sp<TypeDefinition>& type) {
@@ -227,11 +279,11 @@ bool RemoveTypeDefinition(const sp<TypeDefinition>& type) {
 }
 
 bool IsSchemaDefinitionAlreadyRegistered(const sp<SchemaDefinition>& schema) {
-    return schema && Find(Registry().mSchemas, schema->mNamespace);
+    return schema && FindSchema(schema->mNamespace);
 }
 
 sp<SchemaDefinition> NamespaceDefinition(const UTF8String& namespaceURI) {
-    return IsInitialized() ? Find(Registry().mSchemas, namespaceURI) : nullptr;
+    return IsInitialized() ? FindSchema(namespaceURI) : nullptr;
 }
 
 sp<TypeDefinition> TypeIdDefinition(const UTF8String& typeId) {
@@ -244,6 +296,11 @@ PolyRange<sp<SchemaDefinition>> CommonSchemaDefinitions() {
 
 std::vector<sp<SchemaDefinition>> RegisteredSchemaDefinitions() {
     auto schemas = Registered(Registry().mSchemas);
+    {
+        const std::shared_lock lock(Found().mMutex);
+        const auto found = Registered(Found().mSchemas);
+        schemas.insert(schemas.end(), found.begin(), found.end());
+    }
     std::stable_sort(schemas.begin(), schemas.end(),
                      [](const auto& left, const auto& right) { return left->mPrefix < right->mPrefix; });
     return schemas;

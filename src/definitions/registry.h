@@ -23,6 +23,11 @@ struct DefinitionRegistry {
 
 DefinitionRegistry& Registry();
 
+/// Registers a dynamic schema that a provider found in its tree, unless there is one of its namespace. Unlike all other
+/// registering it may overlap with lookups of other threads.
+void RegisterFoundSchema(const sp<SchemaDefinition>& schema);
+void ClearFoundSchemas();
+
 void ReportRegistration(std::u16string_view key, std::initializer_list<UTF8String> arguments, const UTF16String& file);
 
 /// Gives an entry without a type, or an array or choice without an element type, "text", and reports it.

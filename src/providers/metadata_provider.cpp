@@ -3,6 +3,7 @@
 #include <optional>
 #include <utility>
 
+#include "definitions/registry.h"
 #include "frame/callback_list.h"
 #include "providers/write_reports.h"
 #include "xmp/dates/xmp_history.h"
@@ -71,9 +72,7 @@ void MetaDataProvider::AddDynamicSchemaDefinition(sp<SchemaDefinition> schema) {
     if (mState->mDynamicNamespaces.insert(schema->mNamespace).second) {
         mState->mDynamicSchemas.push_back(schema);
     }
-    if (!NamespaceDefinition(schema->mNamespace)) {
-        RegisterSchemaDefinition(schema, {}, false);
-    }
+    RegisterFoundSchema(schema);
 }
 
 bool MetaDataProvider::DoesDynamicNamespaceExist(const UTF8String& namespaceURI) {
