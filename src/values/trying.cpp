@@ -13,7 +13,7 @@ namespace {
 XMPMetaPtr PropertyAlone(XMPMetaHandle tree, const Path& path) {
     const UTF8String property = path.mPathDescription.substr(0, path.mPathDescription.find_first_of("/["));
     try {
-        const XMPMetaPtr alone = toolkit::NewTree();
+        XMPMetaPtr alone = toolkit::NewTree();
         if (toolkit::GetProperty(tree, path.mNamespace, property)) {
             toolkit::DuplicateSubtree(tree, alone.get(), path.mNamespace, property);
         }
