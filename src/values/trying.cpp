@@ -13,7 +13,7 @@ namespace {
 XMPMetaPtr PropertyAlone(XMPMetaHandle tree, const Path& path) {
     const UTF8String property = path.mPathDescription.substr(0, path.mPathDescription.find_first_of("/["));
     try {
-        const XMPMetaPtr alone = toolkit::NewTree();
+        XMPMetaPtr alone = toolkit::NewTree();
         if (toolkit::GetProperty(tree, path.mNamespace, property)) {
             toolkit::DuplicateSubtree(tree, alone.get(), path.mNamespace, property);
         }
@@ -66,7 +66,8 @@ bool IsDateAt(const Path& path) {
 }  // namespace
 
 EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, const UTF8String& value) {
-    return Try(tree, path, value, [&](XMPMetaHandle into) { return SetValue(into, path, value); }, IsAnything);
+    return Try(
+        tree, path, value, [&](XMPMetaHandle into) { return SetValue(into, path, value); }, IsAnything);
 }
 
 EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, long long value) {
@@ -87,7 +88,8 @@ EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, bool value) {
 }
 
 EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, const Date& value) {
-    return Try(tree, path, DateText(value), [&](XMPMetaHandle into) { return SetValue(into, path, value); }, IsDateAt);
+    return Try(
+        tree, path, DateText(value), [&](XMPMetaHandle into) { return SetValue(into, path, value); }, IsDateAt);
 }
 
 }  // namespace zephmetadata

@@ -57,7 +57,9 @@ Cell AsCell(const Cell& value) {
 void AddLanguages(const std::string& path, const nlohmann::json& texts, Cells& cells) {
     for (const auto& [language, text] : texts.items()) {
         if (text.is_null()) {
-            cells[path + "[?xml:lang=\"" + language + "\"]"] = text;  // that alone, also of x-default
+            std::string column = path;
+            column.append("[?xml:lang=\"").append(language).append("\"]");
+            cells[column] = text;  // that alone, also of x-default
         } else {
             cells[ColumnOf(path, language)] = AsText(text);
         }
@@ -215,7 +217,7 @@ FileEdits EditsToward(const Cells& wanted, XMPMetaHandle tree) {
 
 std::string WhyNoColumn(const std::string& column) {
     const Target target = ResolveTarget(column);
-    const std::string unknown = WhyUnknown(column, target);
+    std::string unknown = WhyUnknown(column, target);
     if (unknown.empty() && IsKeptByPrograms(column)) {
         return column + ": is kept by programs and not taken";
     }
