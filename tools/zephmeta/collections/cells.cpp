@@ -215,6 +215,14 @@ FileEdits EditsToward(const Cells& wanted, XMPMetaHandle tree) {
     return edits;
 }
 
+bool IsChosen(const std::string& column, const std::vector<std::string>& only) {
+    return only.empty() || std::any_of(only.begin(), only.end(), [&](const std::string& path) {
+               const bool isBelow =
+                   column.size() > path.size() && (column[path.size()] == '[' || column[path.size()] == '/');
+               return column.starts_with(path) && (column.size() == path.size() || isBelow);
+           });
+}
+
 std::string WhyNoColumn(const std::string& column) {
     const Target target = ResolveTarget(column);
     std::string unknown = WhyUnknown(column, target);
