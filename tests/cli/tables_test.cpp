@@ -148,6 +148,7 @@ TEST_F(Tables, AreIndexesThatFollowTheFiles) {
     std::string foreign = bytes;
     foreign[71] ^= 1;  // the application of the database
     Write("foreign", foreign);
+    Write("left-journal", "");
     Write("cut", bytes.substr(0, bytes.size() / 2));
     const std::pair<Arguments, std::string> refused[] = {
         {{"export", "plain.png", "--sqlite", "index"},
@@ -156,6 +157,8 @@ TEST_F(Tables, AreIndexesThatFollowTheFiles) {
         {{"find", "--index", "foreign"}, "foreign: is no index that zephmeta made\n"},
         {{"find", "--index", "cut", "dc:title"}, "cut: is damaged, or no database\n"},
         {{"find", "--index", "none"}, "none: no such file\n"},
+        {{"export", "plain.png", "--sqlite", "left"},
+         "left: cannot be made (a journal of a database of this name is there)\n"},
     };
     for (const auto& [arguments, problem] : refused) {
         EXPECT_EQ(Zephmeta(arguments), (Outcome{1, "", problem}));

@@ -154,6 +154,10 @@ IndexWriter::IndexWriter(const std::string& name, bool isUpdate) : mName(name) {
     if (isThere && !isUpdate) {
         throw DatabaseError(SQLITE_CANTOPEN, "is there already; --update brings an index up to date");
     }
+    if (!isThere && fs::exists(name + "-journal", error)) {
+        // SQLite would take it for the unfinished business of the new database.
+        throw DatabaseError(SQLITE_CANTOPEN, "cannot be made (a journal of a database of this name is there)");
+    }
     if (isThere) {
         CheckIsFile(name);
         mDatabase = std::make_unique<Database>(name);
@@ -169,7 +173,6 @@ IndexWriter::IndexWriter(const std::string& name, bool isUpdate) : mName(name) {
         }
         close(descriptor);
         mDatabase = std::make_unique<Database>(mNewName);
-        mDatabase->Run("PRAGMA journal_mode=OFF");  // what fails is thrown away as a whole
         mDatabase->Run("PRAGMA application_id=" + std::to_string(kApplication));
         mDatabase->Run("PRAGMA user_version=" + std::to_string(kVersion));
         mDatabase->Run("BEGIN IMMEDIATE");
