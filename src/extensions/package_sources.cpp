@@ -38,7 +38,8 @@ std::vector<UTF16String> TranslationsNames(const ExtensionPackage& package) {
     const UTF16String& prefix = package.locFilePrefix;
     std::vector<UTF16String> names;
     for (const UTF16String& language : ApplicationLanguages()) {
-        UTF16String name = prefix + (prefix.empty() ? u"" : u"_") + language + u".dict";
+        UTF16String name = prefix;
+        name.append(prefix.empty() ? u"" : u"_").append(language).append(u".dict");
         if (prefix != u"." && prefix != u".." && name.find(u'/') == UTF16String::npos) {
             names.push_back(std::move(name));
         }
