@@ -108,10 +108,10 @@ ZEPHMETADATA_EXPORT bool SetValue(XMPMetaHandle tree, const Path& path, const Da
 /// Texts and integers of other types. An integer that long long cannot hold is set as its text.
 template <typename T>
 concept OtherText = std::same_as<T, std::string_view> ||
-                    (std::convertible_to<const T&, std::u16string_view> && !std::same_as<T, std::nullptr_t>);
+    (std::convertible_to<const T&, std::u16string_view> && !std::same_as<T, std::nullptr_t>);
 template <typename T>
 concept OtherInteger = std::same_as<T, long> || std::same_as<T, unsigned> || std::same_as<T, unsigned long> ||
-                       std::same_as<T, unsigned long long>;
+    std::same_as<T, unsigned long long>;
 /// What would turn into a bool.
 template <typename T>
 concept OtherPointer = std::is_pointer_v<std::decay_t<T>> && !std::convertible_to<T, const char*> &&
@@ -137,8 +137,9 @@ bool SetValue(XMPMetaHandle tree, const Path& path, const T& value) = delete;
 
 /// What SetValue takes.
 template <typename T>
-concept SettableType =
-    requires(XMPMetaHandle tree, const Path& path, const T& value) { SetValue(tree, path, value); };
+concept SettableType = requires(XMPMetaHandle tree, const Path& path, const T& value) {
+    SetValue(tree, path, value);
+};
 
 enum EditResult : std::int32_t {
     kEditResult_Changed = 0,

@@ -121,7 +121,7 @@ void SendError(ErrorKind kind, const UTF16String& detail, const UTF16String& con
 }
 
 UTF8String Describe(const ErrorInfo& error) {
-    const UTF8String message = zephcore::UTF16to8(zephcore::ResolveDisplayEscapes(error.message));
+    UTF8String message = zephcore::UTF16to8(zephcore::ResolveDisplayEscapes(error.message));
     if (error.context.empty()) {
         return message;
     }

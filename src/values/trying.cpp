@@ -66,7 +66,8 @@ bool IsDateAt(const Path& path) {
 }  // namespace
 
 EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, const UTF8String& value) {
-    return Try(tree, path, value, [&](XMPMetaHandle into) { return SetValue(into, path, value); }, IsAnything);
+    return Try(
+        tree, path, value, [&](XMPMetaHandle into) { return SetValue(into, path, value); }, IsAnything);
 }
 
 EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, long long value) {
@@ -87,7 +88,8 @@ EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, bool value) {
 }
 
 EditOutcome TrySetValue(XMPMetaHandle tree, const Path& path, const Date& value) {
-    return Try(tree, path, DateText(value), [&](XMPMetaHandle into) { return SetValue(into, path, value); }, IsDateAt);
+    return Try(
+        tree, path, DateText(value), [&](XMPMetaHandle into) { return SetValue(into, path, value); }, IsDateAt);
 }
 
 }  // namespace zephmetadata

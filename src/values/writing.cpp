@@ -180,8 +180,9 @@ UTF8String DateText(const Date& date) {
     UTF8String text = padded(date.year, 4);
     text += date.month == 0 ? "" : "-" + padded(date.month, 2);
     text += date.day == 0 ? "" : "-" + padded(date.day, 2);
-    return !hasTime ? text
-                    : text + "T" + padded(date.hour, 2) + ":" + padded(date.minute, 2) + ":" + padded(date.second, 2) + "Z";
+    return !hasTime
+               ? text
+               : text + "T" + padded(date.hour, 2) + ":" + padded(date.minute, 2) + ":" + padded(date.second, 2) + "Z";
 }
 
 bool SetValue(XMPMetaHandle tree, const Path& path, const Date& value) {

@@ -50,6 +50,7 @@ TEST_F(Collections, AreWhatFoldersAndListsName) {
 TEST_F(Collections, AreNarrowedByConditions) {
     ASSERT_EQ(
         Zephmeta({"set", "tree/b.jpg", "exif:DateTimeOriginal=2019-12-31T23:59:59", "dc:rights=Jo Calder"}).mStatus, 0);
+    ASSERT_EQ(Zephmeta({"export", "-r", "tree", "--sqlite", "index"}), (Outcome{0, "", ""}));
     const std::string b = "tree/b.jpg\n";
     const std::string bc = b + "tree/inner/c.PNG\n";
     const std::pair<const char*, std::string> rows[] = {
@@ -64,9 +65,11 @@ TEST_F(Collections, AreNarrowedByConditions) {
         {"exif:DateTimeOriginal>2019", ""},
         {"not (dc:rights or xmp:Rating=4)", "tree/a.jpg\n"},
         {"dc:title=Ebbe and xmp:Rating!=3", bc},
+        {"dc:title[?xml:lang=\"DE\"] contains ebb and dc:subject[1]=boats and Iptc4xmpCore:CreatorContactInfo", bc},
     };
     for (const auto& [condition, found] : rows) {
         EXPECT_EQ(Found({"-r", "tree", "--if", condition}), found) << condition;
+        EXPECT_EQ(Zephmeta({"find", "--index", "index", condition}), (Outcome{0, found, ""})) << condition;
     }
     const std::pair<const char*, const char*> wrong[] = {
         {"xmp:Rating>", "a value is missing at the end"},

@@ -123,5 +123,50 @@ TEST_F(Tables, AreDoneAsFarAsTheyMakeSense) {
     }
 }
 
+TEST_F(Tables, AreIndexesThatFollowTheFiles) {
+    std::filesystem::create_directory(At("tree"));
+    for (const char* const file : {"packet.png", "packet.jpg", "plain.png", "broken-packet.jpg"}) {
+        std::filesystem::copy_file(At(file), At("tree") / file);
+    }
+    std::filesystem::copy_file(At("packet.png"), At("tree") / mOdd);
+    const Outcome broken = {1, "", "tree/" + kBrokenPacket};
+    EXPECT_EQ(Zephmeta({"export", "-r", "tree", "--sqlite", "index"}), broken);
+    EXPECT_EQ(Zephmeta({"find", "--index", "index", "-0", "--text", "TIDE", "xmp:Rating=4"}).mOutput,
+              "tree/" + mOdd + std::string("\0tree/packet.jpg\0tree/packet.png\0", 33));
+    const auto update = [&](const std::string& counts) {
+        EXPECT_EQ(Zephmeta({"export", "-r", "tree", "--sqlite", "index", "--update"}),
+                  (Outcome{1, "index: " + counts + "\n", broken.mErrors}));
+    };
+    update("1 read, 4 unchanged, 0 gone");
+    std::filesystem::remove(At("tree") / mOdd);
+    ASSERT_EQ(Zephmeta({"set", "-q", "tree/packet.png", "dc:title=Quayside"}).mStatus, 0);
+    ASSERT_EQ(Zephmeta({"set", "-q", "--sidecar", "always", "tree/plain.png", "dc:title=Quayside"}).mStatus, 0);
+    update("3 read, 1 unchanged, 1 gone");
+    EXPECT_EQ(Zephmeta({"find", "--index", "index", "--text", "quay*"}).mOutput, "tree/packet.png\ntree/plain.png\n");
+    EXPECT_EQ(Zephmeta({"find", "--index", "index"}).mOutput, "tree/packet.jpg\ntree/packet.png\ntree/plain.png\n");
+    const std::string bytes = Bytes("index");
+    std::string foreign = bytes;
+    foreign[71] ^= 1;  // the application of the database
+    Write("foreign", foreign);
+    Write("left-journal", "");
+    Write("cut", bytes.substr(0, bytes.size() / 2));
+    const std::pair<Arguments, std::string> refused[] = {
+        {{"export", "plain.png", "--sqlite", "index"},
+         "index: is there already; --update brings an index up to date\n"},
+        {{"export", "plain.png", "--sqlite", "plain.png", "--update"}, "plain.png: is damaged, or no database\n"},
+        {{"find", "--index", "foreign"}, "foreign: is no index that zephmeta made\n"},
+        {{"find", "--index", "cut", "dc:title"}, "cut: is damaged, or no database\n"},
+        {{"find", "--index", "none"}, "none: no such file\n"},
+        {{"export", "plain.png", "--sqlite", "left"},
+         "left: cannot be made (a journal of a database of this name is there)\n"},
+    };
+    for (const auto& [arguments, problem] : refused) {
+        EXPECT_EQ(Zephmeta(arguments), (Outcome{1, "", problem}));
+    }
+    EXPECT_EQ(Zephmeta({"find", "--index", "index", "--text", "\"tide"}).mStatus, 2);
+    EXPECT_EQ(Bytes("index"), bytes);
+    EXPECT_EQ(Bytes("plain.png"), Sample("plain.png"));
+}
+
 }  // namespace
 }  // namespace cli

@@ -138,30 +138,16 @@ void CommandLine::AddWritingOptions(CLI::App* command, WritingOptions& options) 
 }
 
 void CommandLine::AddReading() {
-    struct CommandRow {
-        const char* mName;
-        const char* mDescription;
-        const char* mExamples;
-        int (*mRun)(const BatchOptions& options);
-    };
-    static const auto rows = std::to_array<CommandRow>({
-        {"dump", "Print every value of the files",
-         "zephmeta dump photo.jpg\n  zephmeta dump --json -r Pictures\n  zephmeta dump --lang de *.heic", Dump},
-        {"find", "Print the names of the files that meet a condition",
-         "zephmeta find -r Pictures --if \"xmp:Rating>=4\"\n"
-         "  zephmeta find -r Pictures --if \"dc:subject has sea and missing dc:rights\"\n"
-         "  zephmeta find -r -0 Pictures --if \"exif:DateTimeOriginal<2020\" | xargs -0 ls -l",
-         Find},
+    CLI::App* const dump =
+        Add(mApp, "dump", "Print every value of the files",
+            "zephmeta dump photo.jpg\n  zephmeta dump --json -r Pictures\n  zephmeta dump --lang de *.heic");
+    const auto dumped = Kept<BatchOptions>();
+    AddBatchOptions(dump, *dumped, "FILE");
+    OnRun(dump, [this, dumped] {
+        dumped->mJson = mJson;
+        return Dump(*dumped);
     });
-    for (const CommandRow& row : rows) {
-        CLI::App* const command = Add(mApp, row.mName, row.mDescription, row.mExamples);
-        const auto options = Kept<BatchOptions>();
-        AddBatchOptions(command, *options, "FILE");
-        OnRun(command, [this, options, run = row.mRun] {
-            options->mJson = mJson;
-            return run(*options);
-        });
-    }
+    AddFind();
     CLI::App* const validate = Add(mApp, "validate", "Hold the XMP of files against the definitions",
                                    "zephmeta validate photo.jpg\n  zephmeta validate --native photo.jpg\n"
                                    "  zephmeta validate --json -r Pictures");
@@ -202,6 +188,29 @@ void CommandLine::AddReading() {
     OnRun(extract, [this, extracted] {
         extracted->mBatch.mJson = mJson;
         return ExtractPackets(*extracted);
+    });
+}
+
+void CommandLine::AddFind() {
+    CLI::App* const find = Add(mApp, "find", "Print the names of the files that meet a condition",
+                               "zephmeta find -r Pictures --if \"dc:subject has sea and missing dc:rights\"\n"
+                               "  zephmeta find -r -0 Pictures --if \"xmp:Rating>=4\" | xargs -0 ls -l\n"
+                               "  zephmeta find --index pictures.db \"exif:DateTimeOriginal<2020\" --text harbour");
+    const auto request = Kept<FindRequest>();
+    find->add_option("FILE", request->mBatch.mFiles.mNames,
+                     "Media files, .xmp sidecars, folders with -r, @LIST, or - for a list on standard input; with "
+                     "--index the condition instead");
+    CLI::Option* const index = find->add_option("--index", request->mIndex,
+                                                "Ask this database, which \"export --sqlite\" made, and open no file");
+    index->type_name("DATABASE");
+    find->add_option("--text", request->mText,
+                     "With --index: files with these words in their texts; \"two words\", wor*, a OR b, a NOT b")
+        ->type_name("WORDS")
+        ->needs(index);
+    AddBatchOptions(find, request->mBatch, nullptr);
+    OnRun(find, [this, request] {
+        request->mBatch.mJson = mJson;
+        return Find(*request);
     });
 }
 
@@ -258,7 +267,7 @@ void CommandLine::AddTables() {
     CLI::App* const exporting = mApp.add_subcommand("export", "Write the values of many files into one table");
     exporting->footer(
         "Examples:\n  zephmeta export -r Pictures --csv pictures.csv\n"
-        "  zephmeta export -r Pictures --csv titles.csv --only dc:title,dc:subject\n"
+        "  zephmeta export -r Pictures --sqlite pictures.db --update\n"
         "  zephmeta export -r Pictures --json - | jq -c '.\"xmp:Rating\" = \"3\"' | zephmeta import -");
     AddLanguageOption(*exporting);
     const auto exported = Kept<ExportRequest>();
@@ -266,9 +275,17 @@ void CommandLine::AddTables() {
     CLI::Option* const json = exporting->add_option("--json", exported->mJson,
                                                     "Make this file: a JSON object a line (- for standard output)");
     json->type_name("TABLE");
-    exporting->add_option("--csv", exported->mCSV, "Make this file: a table with commas (RFC 4180)")
-        ->type_name("TABLE")
-        ->excludes(json);
+    CLI::Option* const csv =
+        exporting->add_option("--csv", exported->mCSV, "Make this file: a table with commas (RFC 4180)");
+    csv->type_name("TABLE")->excludes(json);
+    exporting
+        ->add_option("--sqlite", exported->mSQLite,
+                     "Make this file: a database with tables of files, of values and of words, for \"find --index\"")
+        ->type_name("DATABASE")
+        ->excludes(json)
+        ->excludes(csv);
+    exporting->add_flag("--update", exported->mUpdate,
+                        "With --sqlite: read only the files that changed, and leave out those that are gone");
     exporting->add_option("--only", exported->mOnly, "These paths alone")
         ->delimiter(',')
         ->allow_extra_args(false)

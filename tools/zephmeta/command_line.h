@@ -21,6 +21,7 @@ public:
 
 private:
     void AddReading();
+    void AddFind();
     void AddWriting();
     void AddSet();
     void AddTables();

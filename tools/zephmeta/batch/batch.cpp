@@ -101,6 +101,9 @@ public:
 private:
     void Print(const FileResult& result) {
         mTally.Count(result.mOutcome, result.mReason);
+        if (mOptions.mOnDone) {
+            mOptions.mOnDone(result);
+        }
         mProgress.Erase();
         std::ostream& out = mOptions.mOutput == nullptr ? std::cout : *mOptions.mOutput;
         if (!mOptions.mQuiet || mOptions.mOutput != nullptr) {
@@ -163,7 +166,8 @@ FileResult Batch::Do(const std::string& name, const Condition* condition, const 
         const std::string problem = isMade ? std::string() : file.ReadProblem();
         if (!problem.empty()) {
             result.Fail(problem);
-        } else if (condition != nullptr && !condition->Holds(*zephmetadata::MetaDataReadAccess(file.Provider()))) {
+        } else if (condition != nullptr &&
+                   !condition->Holds(TreeValues(*zephmetadata::MetaDataReadAccess(file.Provider())))) {
             result.SetOutcome(Outcome::kPassedOver);
         } else {
             work(file, result);

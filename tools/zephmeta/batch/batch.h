@@ -16,6 +16,8 @@ namespace zephmeta {
 /// The exit status after an interrupt.
 constexpr int kInterruptedStatus = 130;
 
+class FileResult;
+
 /// What every command about files takes.
 struct BatchOptions {
     FileRequest mFiles;
@@ -27,6 +29,7 @@ struct BatchOptions {
     bool mJson = false;
     bool mMakesSidecars = false;      ///< a sidecar that is not there is worked on as well
     std::ostream* mOutput = nullptr;  ///< of results; null: standard output, and nowhere when quiet
+    std::function<void(const FileResult& result)> mOnDone;  ///< told of every file, one after the other; may be empty
 };
 
 /// What became of one file.
@@ -38,10 +41,13 @@ public:
     explicit FileResult(std::string name) : mName(std::move(name)) {}
 
     const std::string& Name() const { return mName; }
+    Outcome EndedAs() const { return mOutcome; }
+    /// Why it failed; empty when it did not.
+    const std::string& Reason() const { return mReason; }
     /// A line of the result.
     void Print(std::string_view line) { mOutput.append(line) += '\n'; }
-    /// The name of the file, for programs: as it is, with a NUL byte behind it.
-    void PrintName(std::string_view name) { mOutput.append(name) += '\0'; }
+    /// The same with an end of its own.
+    void PrintAsIs(std::string_view text) { mOutput.append(text); }
     /// Something that could not be done.
     void Fail(const std::string& reason);
     /// Something that is to be known and stops nothing.

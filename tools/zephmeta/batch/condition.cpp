@@ -8,7 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include "arguments.h"
 #include "console.h"
 #include "listing.h"
 #include "suggestions.h"
@@ -19,15 +18,14 @@ namespace zephmeta {
 namespace {
 
 using zephmetadata::Path;
-using zephmetadata::XMPMetaHandle;
 using ConditionPointer = std::unique_ptr<const Condition>;
 
 class Both : public Condition {
 public:
     Both(ConditionPointer left, ConditionPointer right, bool isAnd)
         : mLeft(std::move(left)), mRight(std::move(right)), mIsAnd(isAnd) {}
-    bool Holds(XMPMetaHandle tree) const override {
-        return mLeft->Holds(tree) == mIsAnd ? mRight->Holds(tree) : !mIsAnd;
+    bool Holds(const ValueSource& values) const override {
+        return mLeft->Holds(values) == mIsAnd ? mRight->Holds(values) : !mIsAnd;
     }
 
 private:
@@ -39,7 +37,7 @@ private:
 class Not : public Condition {
 public:
     explicit Not(ConditionPointer inner) : mInner(std::move(inner)) {}
-    bool Holds(XMPMetaHandle tree) const override { return !mInner->Holds(tree); }
+    bool Holds(const ValueSource& values) const override { return !mInner->Holds(values); }
 
 private:
     ConditionPointer mInner;
@@ -48,8 +46,8 @@ private:
 class Exists : public Condition {
 public:
     explicit Exists(Target target) : mTarget(std::move(target)) {}
-    bool Holds(XMPMetaHandle tree) const override {
-        return !TextsAt(tree, mTarget).empty() || zephmetadata::HasValue(tree, mTarget.mPath);
+    bool Holds(const ValueSource& values) const override {
+        return !values.Texts(mTarget).empty() || values.Has(mTarget);
     }
 
 private:
@@ -106,8 +104,8 @@ public:
           mNumber(NumberIn(mValue)),
           mIsDate(IsDatePath(mTarget.mPath)) {}
 
-    bool Holds(XMPMetaHandle tree) const override {
-        const std::vector<std::string> texts = TextsAt(tree, mTarget);
+    bool Holds(const ValueSource& values) const override {
+        const std::vector<std::string> texts = values.Texts(mTarget);
         if (mRelation == Relation::kUnequal) {
             return std::none_of(texts.begin(), texts.end(), [&](const auto& text) { return Order(text) == 0; });
         }
@@ -276,6 +274,14 @@ private:
 };
 
 }  // namespace
+
+std::vector<std::string> TreeValues::Texts(const Target& target) const {
+    return TextsAt(mTree, target);
+}
+
+bool TreeValues::Has(const Target& target) const {
+    return zephmetadata::HasValue(mTree, target.mPath);
+}
 
 ConditionReading ReadCondition(const std::string& text) {
     ConditionReading reading;

@@ -2,10 +2,36 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "arguments.h"
 #include "zephmetadata/types.h"
 
 namespace zephmeta {
+
+/// What a condition looks at: the values of one file, wherever they are kept.
+class ValueSource {
+public:
+    ValueSource() = default;
+    ValueSource(const ValueSource&) = delete;
+    ValueSource& operator=(const ValueSource&) = delete;
+    virtual ~ValueSource() = default;
+
+    virtual std::vector<std::string> Texts(const Target& target) const = 0;
+    /// Whether anything is there, be it a structure that has no text of its own.
+    virtual bool Has(const Target& target) const = 0;
+};
+
+/// The values of a tree, which may be null: it has none.
+class TreeValues : public ValueSource {
+public:
+    explicit TreeValues(zephmetadata::XMPMetaHandle tree) : mTree(tree) {}
+    std::vector<std::string> Texts(const Target& target) const override;
+    bool Has(const Target& target) const override;
+
+private:
+    zephmetadata::XMPMetaHandle mTree;
+};
 
 /// What --if asks of a file, for example: xmp:Rating>=4 and (dc:subject has sea or missing dc:rights).
 class Condition {
@@ -15,8 +41,8 @@ public:
     Condition& operator=(const Condition&) = delete;
     virtual ~Condition() = default;
 
-    /// A null tree has no values. May be asked by several threads at once.
-    virtual bool Holds(zephmetadata::XMPMetaHandle tree) const = 0;
+    /// May be asked by several threads at once.
+    virtual bool Holds(const ValueSource& values) const = 0;
 };
 
 struct ConditionReading {

@@ -57,7 +57,9 @@ Cell AsCell(const Cell& value) {
 void AddLanguages(const std::string& path, const nlohmann::json& texts, Cells& cells) {
     for (const auto& [language, text] : texts.items()) {
         if (text.is_null()) {
-            cells[path + "[?xml:lang=\"" + language + "\"]"] = text;  // that alone, also of x-default
+            std::string column = path;
+            column.append("[?xml:lang=\"").append(language).append("\"]");
+            cells[column] = text;  // that alone, also of x-default
         } else {
             cells[ColumnOf(path, language)] = AsText(text);
         }
@@ -213,9 +215,17 @@ FileEdits EditsToward(const Cells& wanted, XMPMetaHandle tree) {
     return edits;
 }
 
+bool IsChosen(const std::string& column, const std::vector<std::string>& only) {
+    return only.empty() || std::any_of(only.begin(), only.end(), [&](const std::string& path) {
+               const bool isBelow =
+                   column.size() > path.size() && (column[path.size()] == '[' || column[path.size()] == '/');
+               return column.starts_with(path) && (column.size() == path.size() || isBelow);
+           });
+}
+
 std::string WhyNoColumn(const std::string& column) {
     const Target target = ResolveTarget(column);
-    const std::string unknown = WhyUnknown(column, target);
+    std::string unknown = WhyUnknown(column, target);
     if (unknown.empty() && IsKeptByPrograms(column)) {
         return column + ": is kept by programs and not taken";
     }

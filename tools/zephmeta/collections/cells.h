@@ -30,6 +30,9 @@ Cell CellOf(const std::string& column, const std::string& text);
 /// The edits that make the values of a tree those of the cells. Where they are so already there is none.
 FileEdits EditsToward(const Cells& wanted, zephmetadata::XMPMetaHandle tree);
 
+/// Whether a column is one of @p only, or a part of it; any is when that is empty.
+bool IsChosen(const std::string& column, const std::vector<std::string>& only);
+
 /// Why a column cannot be taken from; empty when it can.
 std::string WhyNoColumn(const std::string& column);
 

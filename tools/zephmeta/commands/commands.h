@@ -26,8 +26,14 @@ struct GetRequest {
 /// 2 when there is no path, or no file.
 int Get(GetRequest request);
 
-/// Prints the names of the files.
-int Find(const BatchOptions& options);
+struct FindRequest {
+    BatchOptions mBatch;
+    std::string
+        mIndex;  ///< a database that export made, to be asked instead of files; the condition may be the only name then
+    std::string mText;  ///< words to be found in its texts
+};
+/// Prints the names of the files. 2 when the request itself is wrong.
+int Find(const FindRequest& request);
 
 struct SetRequest {
     BatchOptions mBatch;
@@ -45,10 +51,14 @@ struct ExportRequest {
     BatchOptions mBatch;
     std::string mJson;  ///< the file to make, "-" for standard output; one of these
     std::string mCSV;
+    std::string mSQLite;
+    bool mUpdate = false;            ///< bring the database up to date instead of making it
     std::vector<std::string> mOnly;  ///< these columns; empty: all
 };
 /// 2 when it is not said what to make.
 int Export(ExportRequest request);
+/// The same into a database.
+int ExportIndex(ExportRequest request);
 
 struct ImportRequest {
     BatchOptions mBatch;

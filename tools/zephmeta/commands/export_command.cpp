@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <optional>
 
 #include "batch/batch.h"
@@ -11,16 +10,7 @@ namespace {
 
 /// Those of the cells that were asked for; the languages of an alternative go with its path.
 Cells Chosen(Cells cells, const std::vector<std::string>& only) {
-    if (!only.empty()) {
-        std::erase_if(cells, [&](const auto& cell) {
-            return std::none_of(only.begin(), only.end(), [&](const std::string& path) {
-                const std::string& column = cell.first;
-                const bool isBelow =
-                    column.size() > path.size() && (column[path.size()] == '[' || column[path.size()] == '/');
-                return column.starts_with(path) && (column.size() == path.size() || isBelow);
-            });
-        });
-    }
+    std::erase_if(cells, [&](const auto& cell) { return !IsChosen(cell.first, only); });
     return cells;
 }
 
@@ -38,10 +28,14 @@ Json EmptyRow(const std::vector<std::string>& only) {
 int Export(ExportRequest request) {
     Problems problems;
     problems.ReportCollected({});
+    if (!request.mSQLite.empty()) {
+        return ExportIndex(std::move(request));
+    }
     const bool isCSV = !request.mCSV.empty();
     const std::string name = isCSV ? request.mCSV : request.mJson;
-    if (name.empty()) {
-        problems.Report({}, "nothing to make; see \"zephmeta export --help\"");
+    if (name.empty() || request.mUpdate) {
+        problems.Report({}, std::string(name.empty() ? "nothing to make" : "--update goes with --sqlite") +
+                                "; see \"zephmeta export --help\"");
         return 2;
     }
     for (const std::string& column : request.mOnly) {
