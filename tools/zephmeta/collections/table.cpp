@@ -289,17 +289,18 @@ Cells Table::CellsFor(const std::string& file, bool emptyDeletes) const {
         return CellsIn(row);
     }
     Cells cells;
-    for (const auto& [column, text] : row.items()) {
-        if (column.find(':') == std::string::npos || (text == "" && !emptyDeletes)) {
+    for (const auto& [column, cell] : row.items()) {
+        const auto& text = cell.get_ref<const std::string&>();
+        const bool isEmptied = text.empty();
+        if (column.find(':') == std::string::npos || (isEmptied && !emptyDeletes)) {
             continue;
         }
         // In a table x-default has a cell of its own, so that one alone is emptied.
-        const bool isEmptied = text == "";
         const bool isAlternative = isEmptied && zephmetadata::PrimitiveTypeOfPath(ResolveTarget(column).mPath) ==
                                                     zephmetadata::kPrimitiveType_Alt;
         const bool isDefault = isAlternative && !column.ends_with(']');
         cells[column + (isDefault ? "[?xml:lang=\"x-default\"]" : "")] =
-            isEmptied ? nlohmann::json() : CellOf(column, text.get<std::string>());
+            isEmptied ? nlohmann::json() : CellOf(column, text);
     }
     return cells;
 }
