@@ -181,11 +181,8 @@ bool SameNode(const Node& left, const Node& right) {
 bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right) {
     const std::vector<Node> leftNodes = ComparableNodes(left);
     const std::vector<Node> rightNodes = ComparableNodes(right);
-    return left->mAbout == right->mAbout && std::equal(leftNodes.begin(), leftNodes.end(), rightNodes.begin(),
-                                                       rightNodes.end(), [](const Node& l, const Node& r) {
-                                                           return l.mSchema == r.mSchema && l.mPath == r.mPath &&
-                                                                  l.mValue == r.mValue && KindOf(l) == KindOf(r);
-                                                       });
+    return left->mAbout == right->mAbout &&
+           std::equal(leftNodes.begin(), leftNodes.end(), rightNodes.begin(), rightNodes.end(), SameNode);
 }
 
 }  // namespace zephmetadata::toolkit

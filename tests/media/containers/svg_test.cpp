@@ -71,6 +71,19 @@ TEST(SVGTest, PrefixesOfElementsAroundAreBroughtAlong) {
               "<rdf:RDF xmlns:o=\"a&amp;&quot;\" xmlns:rdf=\"http://www.w3.org/1999/02/22-rdf-syntax-ns#\"/>");
 }
 
+// Others know a drawing by its first 256 bytes, and take XML with XMP among them for a sidecar.
+TEST(SVGTest, TheBeginningOfADeclaredDocumentStaysADrawing) {
+    const std::string declared = "<?xml version='1.0'?>" + kRoot;
+    for (const std::string& file : {declared + "</svg>", "\xEF\xBB\xBF" + declared + "<metadata></metadata></svg>",
+                                    declared + "<metadata/></svg>", std::string("<?xml version='1.0'?><svg/>")}) {
+        const std::string edited = Edited(SVGContainer(), file, kNew);
+        EXPECT_EQ(edited.find("<?xpacket"), 256U) << file;
+        EXPECT_EQ(Blocks(SVGContainer(), edited).mXMP, kNew) << file;
+    }
+    const std::string wide = declared + std::string(300, ' ') + "<metadata/></svg>";
+    EXPECT_EQ(Edited(SVGContainer(), wide, kNew).size(), wide.size() + ShortPacket(kNew).size() + 10);
+}
+
 TEST(SVGTest, WhatCannotBeWrittenSaysWhy) {
     const std::string wide("\xFF\xFE<\0s\0v\0g\0/\0>\0", 14);
     for (const std::string& file : {"<!DOCTYPE svg [<!ENTITY a 'b'>]>\n" + kRoot + "</svg>",

@@ -101,29 +101,48 @@ std::string WhyReadOnly(const Loaded& loaded) {
     return loaded.mDocument.mHasEntities ? "the document has entities or other declarations of its own" : "";
 }
 
+/// What is to be inserted at @p place, with its packet behind the bytes that readers know a document by: one that begins
+/// as any XML passes for a sidecar when XMP is among them.
+std::string BehindHead(const Loaded& loaded, std::uint64_t place, std::string inserted) {
+    constexpr std::size_t kHeadBytes = 256;
+    const std::string_view text = loaded.mText;
+    const bool beginsAsXML = text.starts_with("<?xml") || text.starts_with(std::string(kByteOrderMark) + "<?xml");
+    const std::size_t packet = inserted.find("<?xpacket");
+    if (beginsAsXML && place + packet < kHeadBytes) {
+        inserted.insert(packet, kHeadBytes - place - packet, ' ');
+    }
+    return inserted;
+}
+
 /// Puts a metadata element into a root that has none.
 void InsertMetadata(const Loaded& loaded, const std::string& packet, Plan& plan) {
     const SVGDocument& document = loaded.mDocument;
     const std::string name = document.mPrefix + "metadata";
     const std::string element = "\n<" + name + ">" + packet + "</" + name + ">";
     if (!document.mIsRootEmpty) {
-        plan.Insert(document.mRootTag.End(), element, Touch::kBlock);
+        const std::uint64_t place = document.mRootTag.End();
+        plan.Insert(place, BehindHead(loaded, place, element), Touch::kBlock);
         return;
     }
     const std::string tag = Part(loaded.mText, document.mRootTag);
     const std::string_view rootName = std::string_view(tag).substr(1, tag.find_first_of(" \t\r\n/>") - 1);
-    plan.Replace({document.mRootTag.End() - 2, 2}, ">" + element + "\n</" + std::string(rootName) + ">", Touch::kBlock);
+    const Range slash{document.mRootTag.End() - 2, 2};
+    std::string opened = BehindHead(loaded, slash.mOffset, ">" + element);
+    plan.Replace(slash, std::move(opened) + "\n</" + std::string(rootName) + ">", Touch::kBlock);
 }
 
 void FillMetadata(const Loaded& loaded, const std::string& packet, Plan& plan) {
     const SVGDocument& document = loaded.mDocument;
     if (document.mMetadata) {
-        plan.Insert(document.mMetadata->mOffset, packet, Touch::kBlock);
+        const std::uint64_t place = document.mMetadata->mOffset;
+        plan.Insert(place, BehindHead(loaded, place, packet), Touch::kBlock);
         return;
     }
     const std::string tag = Part(loaded.mText, *document.mEmptyMetadata);
     const std::string_view name = std::string_view(tag).substr(1, tag.find_first_of(" \t\r\n/>") - 1);
-    plan.Replace({document.mEmptyMetadata->End() - 2, 2}, ">" + packet + "</" + std::string(name) + ">", Touch::kBlock);
+    const Range slash{document.mEmptyMetadata->End() - 2, 2};
+    std::string opened = BehindHead(loaded, slash.mOffset, ">" + packet);
+    plan.Replace(slash, std::move(opened) + "</" + std::string(name) + ">", Touch::kBlock);
 }
 
 class SVG : public Container {
