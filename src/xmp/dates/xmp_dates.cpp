@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
+#include <mutex>
 #include <string>
 
 #include "xmp/core/exempi_handles.h"
@@ -208,6 +209,9 @@ void SetZone(DateTime& date, std::int32_t minutesEast) {
 
 // How far the time zone of the process was east of UTC then, in minutes.
 std::int32_t LocalMinutesEast(std::time_t when) {
+    // A host may have changed the zone. What tzset changes is the whole process's, and not every system locks it.
+    static std::mutex mutex;
+    const std::scoped_lock lock(mutex);
     ::tzset();
     std::tm local{};
     return ::localtime_r(&when, &local) == nullptr ? 0 : static_cast<std::int32_t>(local.tm_gmtoff / 60);
