@@ -70,16 +70,9 @@ FoundValue Find(XMPMetaHandle tree, const Target& target, bool raw) {
     return found;
 }
 
-/// A field of a table: with quotes where RFC 4180 asks for them, or where a program for tables would take it for a formula.
+/// A field of a table with commas (RFC 4180).
 std::string CSVField(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
-    }
-    std::string field = "\"";
-    for (const char c : text) {
-        field.append(c == '"' ? 2 : 1, c);
-    }
-    return field + "\"";
+    return text.find_first_of(",\"\r\n") == std::string::npos ? text : InDoubleQuotes(text);
 }
 
 class GetCommand {
