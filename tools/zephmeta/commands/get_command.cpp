@@ -183,13 +183,13 @@ int Get(GetRequest request) {
     }
     problems.ReportCollected({});
     if (request.mTogether) {
-        const std::vector<MediaFile> files = OpenAll(FileNames(request.mBatch.mFiles, problems), problems);
-        if (files.empty()) {
-            return problems.ExitStatus();
+        const std::optional<std::vector<MediaFile>> files = OpenTogether(request.mBatch, problems);
+        if (!files || files->empty()) {
+            return files ? problems.ExitStatus() : 2;
         }
         // Several files have no name in common that a problem could begin with.
-        FileResult result(files.size() == 1 ? files.front().Name() : "zephmeta");
-        const auto provider = AsOne(files);
+        FileResult result(files->size() == 1 ? files->front().Name() : "zephmeta");
+        const auto provider = AsOne(*files);
         GetCommand(request, wanted, false).ReadFile(*zephmetadata::MetaDataReadAccess(provider), {}, result);
         return result.Tell(problems.ExitStatus());
     }
