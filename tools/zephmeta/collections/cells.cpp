@@ -197,6 +197,12 @@ Cell CellOf(const std::string& column, const std::string& text) {
     return items;
 }
 
+std::string DeletedColumn(const std::string& column) {
+    const Target target = ResolveTarget(column);
+    const bool isAlternative = PrimitiveTypeOfPath(target.mPath) == kPrimitiveType_Alt;
+    return isAlternative && target.mLanguage.empty() ? LanguageAt(column, kDefaultLanguage) : column;
+}
+
 FileEdits EditsToward(const Cells& wanted, XMPMetaHandle tree) {
     const Cells held = CellsOf(tree);
     FileEdits edits;

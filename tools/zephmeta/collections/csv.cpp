@@ -67,6 +67,9 @@ bool CSVRecordEnd::Take(char c) {
         mCanOpen = c == '"';  // a doubled quote stands for one, so the field goes on behind it
         return false;
     }
+    if (!mSeparator && std::string_view(",;\t").find(c) != std::string_view::npos) {
+        mSeparator = c;
+    }
     mIsQuoted = c == '"' && mCanOpen;
     mCanOpen = c == mSeparator || c == '\n';
     return c == '\n';
