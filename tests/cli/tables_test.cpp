@@ -163,6 +163,7 @@ TEST_F(Tables, AreIndexesThatFollowTheFiles) {
     Write("foreign", foreign);
     Write("left-journal", "");
     Write("cut", bytes.substr(0, bytes.size() / 2));
+    const std::string noRoom(236, 'n');  // for the name of a journal
     const std::pair<Arguments, std::string> refused[] = {
         {{"export", "plain.png", "--sqlite", "index"},
          "index: is there already; --update brings an index up to date\n"},
@@ -172,12 +173,16 @@ TEST_F(Tables, AreIndexesThatFollowTheFiles) {
         {{"find", "--index", "none"}, "none: no such file\n"},
         {{"export", "plain.png", "--sqlite", "left"},
          "left: cannot be made (a journal of a database of this name is there)\n"},
+        {{"export", "plain.png", "--sqlite", noRoom}, noRoom + ": unable to open database file\n"},
     };
     for (const auto& [arguments, problem] : refused) {
         EXPECT_EQ(Zephmeta(arguments), (Outcome{1, "", problem}));
     }
     EXPECT_EQ(Zephmeta({"find", "--index", "index", "--text", "\"tide"}).mStatus, 2);
     EXPECT_EQ(Bytes("index"), bytes);
+    for (const auto& entry : std::filesystem::directory_iterator(At(""))) {
+        EXPECT_NE(entry.path().filename().native().front(), '.') << "what was not finished is gone";
+    }
     EXPECT_EQ(Bytes("plain.png"), Sample("plain.png"));
 }
 

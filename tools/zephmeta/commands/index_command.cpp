@@ -3,7 +3,7 @@
 
 #include "batch/batch.h"
 #include "collections/cells.h"
-#include "collections/index.h"
+#include "collections/index_writer.h"
 #include "commands/commands.h"
 
 namespace zephmeta {
