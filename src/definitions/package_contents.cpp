@@ -1,6 +1,7 @@
 #include "definitions/package_contents.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "definitions/registry.h"
 #include "definitions/schema_files.h"
@@ -77,12 +78,10 @@ void PackageContents::TakeOut() {
     *this = {};
 }
 
-PackageRecording::PackageRecording(PackageContents& contents) {
-    Current() = &contents;
-}
+PackageRecording::PackageRecording(PackageContents& contents) : mOuter(std::exchange(Current(), &contents)) {}
 
 PackageRecording::~PackageRecording() {
-    Current() = nullptr;
+    Current() = mOuter;
 }
 
 PackageContents*& PackageRecording::Current() {

@@ -402,5 +402,28 @@ TEST_F(Packages, AreLoadedFromAnywhereAndTakenOut) {
                 ElementsAre("", "manifest.xml", "manifest.xml", "/nowhere/manifest.xml", "schema/s.xml", "view/v.xml"));
 }
 
+TEST_F(Packages, AreTakenOutWholeWhenACallbackLoadedAnother) {
+    const auto documents = [](const char* name, const char* prefix) {
+        return std::vector<PackageDocument>{{u"manifest.xml", Manifest(name, "1")},
+                                            {u"schema/1.xml", "<"},
+                                            {u"schema/2.xml", Schema(prefix, kProperty)}};
+    };
+    const std::vector<std::string> before = Snapshot();
+    bool isFirst = true;
+    const auto loadInner = std::make_shared<std::function<void(UTF16String)>>([&](const UTF16String&) {
+        if (std::exchange(isFirst, false)) {
+            LoadExtensionPackage(documents("Inner", "tstb"));
+        }
+    });
+    NotifyOnError(loadInner);
+    EXPECT_TRUE(LoadExtensionPackage(documents("Outer", "tsta")));
+    *loadInner = nullptr;
+    EXPECT_TRUE(RemoveExtensionPackage(u"Outer"));
+    EXPECT_FALSE(NamespaceDefinition("http://test/tsta/"));
+    EXPECT_TRUE(NamespaceDefinition("http://test/tstb/"));
+    EXPECT_TRUE(RemoveExtensionPackage(u"Inner"));
+    EXPECT_EQ(Snapshot(), before);
+}
+
 }  // namespace
 }  // namespace zephmetadata
