@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "providers.h"
+
 namespace zephpython {
 
 using namespace zephmetadata;
@@ -15,40 +17,20 @@ const FileReport* ReadOf(const MetaDataProvider& provider) {
     return file == nullptr ? nullptr : &file->LastRead();
 }
 
-template <typename Provider>
-const FileReport* WriteOf(const MetaDataProvider& provider) {
-    const auto* const file = dynamic_cast<const Provider*>(&provider);
-    return file == nullptr ? nullptr : &file->LastWrite();
-}
-
-using ReportOf = const FileReport* (*)(const MetaDataProvider&);
-
-std::optional<FileReport> FirstOf(const sp<MetaDataProvider>& provider, const std::array<ReportOf, 3>& reports) {
-    for (const ReportOf reportOf : reports) {
-        const FileReport* const report = provider == nullptr ? nullptr : reportOf(*provider);
-        if (report != nullptr) {
+/// How reading went; well for what is read from nowhere.
+FileReport LastReadOf(const sp<MetaDataProvider>& provider) {
+    constexpr std::array kReports = {ReadOf<MediaProvider>, ReadOf<SidecarProvider>, ReadOf<SourceProvider>};
+    for (const auto& reportOf : kReports) {
+        if (const FileReport* const report = provider == nullptr ? nullptr : reportOf(*provider)) {
             return *report;
         }
     }
-    return std::nullopt;
-}
-
-std::optional<FileReport> LastWriteOf(const sp<MetaDataProvider>& provider) {
-    return FirstOf(provider, {WriteOf<MediaProvider>, WriteOf<SidecarProvider>, WriteOf<SourceProvider>});
-}
-
-bool IsSidecarName(const std::string& name) {
-    constexpr std::string_view kExtension = ".xmp";
-    if (name.size() <= kExtension.size()) {
-        return false;
-    }
-    return std::equal(kExtension.begin(), kExtension.end(), name.end() - static_cast<std::ptrdiff_t>(kExtension.size()),
-                      [](char wanted, char c) { return wanted == (c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c); });
+    return {FileStatus::kFileStatus_Success, {}};
 }
 
 sp<MetaDataProvider> ProviderOf(const std::string& name, SidecarPolicy policy) {
     const UTF16String path = zephcore::PathFromNative(name);
-    if (IsSidecarName(name)) {
+    if (zephmeta::IsSidecarName(name)) {
         return std::make_shared<SidecarProvider>(path);
     }
     return OpenMedia(path, policy);
@@ -72,8 +54,7 @@ std::string PropertyOf(const std::string& expression) {
 }  // namespace
 
 Media::Media(sp<MetaDataProvider> provider) : mProvider(std::move(provider)) {
-    mRead = FirstOf(mProvider, {ReadOf<MediaProvider>, ReadOf<SidecarProvider>, ReadOf<SourceProvider>})
-                .value_or(FileReport{FileStatus::kFileStatus_Success, {}});
+    mRead = LastReadOf(mProvider);
     ShowWhatWasRead();
 }
 
@@ -123,20 +104,12 @@ std::unique_ptr<Media> Media::OpenTogether(const std::vector<const Media*>& part
         }
         together->AddProvider(part->mProvider, part == parts.back());
     }
-    std::unique_ptr<Media> media(new Media(together));
-    for (const Media* part : parts) {
-        media->mParts.push_back(part->mProvider);
-    }
-    return media;
+    return std::unique_ptr<Media>(new Media(together));
 }
 
 std::string Media::Sidecar() const {
     const auto* const media = dynamic_cast<const MediaProvider*>(mProvider.get());
     return media == nullptr ? std::string() : zephcore::PathToNative(media->SidecarPath());
-}
-
-std::optional<FileReport> Media::LastWrite() const {
-    return LastWriteOf(mProvider);
 }
 
 const RawValues& Media::Values() const {
@@ -226,18 +199,6 @@ std::vector<ValueEdit> Media::Changes() const {
     return changes;
 }
 
-/// An aggregate does not tell how its sources were written.
-void Media::TellOfParts(EditReport& report) const {
-    for (const sp<MetaDataProvider>& part : mParts) {
-        const std::optional<FileReport> written = LastWriteOf(part);
-        if (written && written->mStatus != FileStatus::kFileStatus_Success) {
-            report.mStatus = written->mStatus;
-            report.mDetail = written->mDetail;
-            return;
-        }
-    }
-}
-
 EditReport Media::Save() {
     EditReport report;
     if (mTouched.empty()) {
@@ -261,7 +222,6 @@ EditReport Media::Save() {
 EditReport Media::WriteChanges() {
     const ErrorScope scope;
     EditReport report = ApplyEdits(mProvider, Changes());
-    TellOfParts(report);
     if (IsFailure(report)) {
         AfterFailure(report);
     } else {
