@@ -5,6 +5,7 @@
 
 #include "extensions/package_discovery.h"
 #include "extensions/package_fixture.h"
+#include "support/growth.h"
 
 namespace zephmetadata {
 namespace {
@@ -423,6 +424,24 @@ TEST_F(Packages, AreTakenOutWholeWhenACallbackLoadedAnother) {
     EXPECT_TRUE(NamespaceDefinition("http://test/tstb/"));
     EXPECT_TRUE(RemoveExtensionPackage(u"Inner"));
     EXPECT_EQ(Snapshot(), before);
+}
+
+TEST_F(Packages, WithManyViewsAndSchemasAreTakenOutInLinearTime) {
+    const auto takeOut = [](int many) {
+        std::string views =
+            "<views xmlns='http://ns.zephmetadata.org/metadata/ui/1.0/' xmlns:dc='http://purl.org/dc/elements/1.1/'>";
+        std::string schemas = "<xmp_definitions>";
+        for (int i = 0; i < many; ++i) {
+            const std::string number = std::to_string(i);
+            views += "<view name='org.test." + number + "'><property name='dc:title'/></view>";
+            schemas += "<xmp_schema namespace='http://test/" + number + "/' prefix='t" + number + "'/>";
+        }
+        ASSERT_TRUE(LoadExtensionPackage(std::vector<PackageDocument>{{u"manifest.xml", Manifest("A", "1")},
+                                                                      {u"schema/s.xml", schemas + "</xmp_definitions>"},
+                                                                      {u"view/v.xml", views + "</views>"}}));
+        EXPECT_TRUE(RemoveExtensionPackage(u"A"));
+    };
+    EXPECT_LT(support::GrowthByFour(5000, takeOut), support::kLinearGrowth);
 }
 
 }  // namespace
