@@ -283,14 +283,18 @@ bool IsSameMoment(const std::string& left, const std::string& right) {
     return size >= kDay && left.compare(0, size, right, 0, size) == 0;
 }
 
+bool SaysWhenCreated(const PanelItem& item) {
+    return std::find(kCreated.begin(), kCreated.end(), item.mPath) != kCreated.end();
+}
+
 /// Leaves of dates that are one moment the first, with all parts that any of them has.
 void DropSameMoments(std::vector<PanelItem>& items) {
     std::vector<PanelItem> kept;
     for (PanelItem& item : items) {
-        const bool isDate = std::find(kCreated.begin(), kCreated.end(), item.mPath) != kCreated.end();
-        const auto same = std::find_if(kept.begin(), kept.end(), [&](const PanelItem& other) {
-            const bool isOtherDate = std::find(kCreated.begin(), kCreated.end(), other.mPath) != kCreated.end();
-            return isDate && isOtherDate && IsSameMoment(other.mRaw, item.mRaw);
+        // A section may have any number of other items.
+        const auto from = SaysWhenCreated(item) ? kept.begin() : kept.end();
+        const auto same = std::find_if(from, kept.end(), [&](const PanelItem& other) {
+            return SaysWhenCreated(other) && IsSameMoment(other.mRaw, item.mRaw);
         });
         if (same == kept.end()) {
             kept.push_back(std::move(item));
