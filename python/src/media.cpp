@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "listing.h"
 #include "providers.h"
 
 namespace zephpython {
@@ -44,11 +45,6 @@ bool Start(MetaDataProvider& provider) {
 
 bool IsFailure(const EditReport& report) {
     return report.mStatus != FileStatus::kFileStatus_Success || report.IsRefused();
-}
-
-/// The property that an expression leads to, or into.
-std::string PropertyOf(const std::string& expression) {
-    return expression.substr(0, expression.find_first_of("/["));
 }
 
 }  // namespace
@@ -166,7 +162,7 @@ EditReport Media::Edit(const std::vector<ValueEdit>& edits) {
     EditReport report = ApplyEdits(mTree.get(), edits);
     for (std::size_t i = 0; i < edits.size() && report.IsChanged(); ++i) {
         if (report.mOutcomes[i].mResult == EditResult::kEditResult_Changed) {
-            mTouched.insert(PropertyOf(ExpressionForPath(edits[i].mPath)));
+            mTouched.insert(zephmeta::PropertyOf(ExpressionForPath(edits[i].mPath)));
         }
     }
     if (report.IsChanged()) {

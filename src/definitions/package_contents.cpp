@@ -19,7 +19,7 @@ sp<Owner> TakeOutOf(std::map<UTF8String, sp<Owner>>& registered, const UTF8Strin
     if (found == registered.end() || !found->second) {
         return nullptr;
     }
-    const sp<Owner> owner = found->second;
+    sp<Owner> owner = found->second;
     auto& list = (*owner).*entries;
     const auto isOwn = [&](const sp<Entry>& entry) { return own.contains(entry); };
     if (!ofPackages.contains(owner) || !std::all_of(list.begin(), list.end(), isOwn)) {

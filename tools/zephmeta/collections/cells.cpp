@@ -221,9 +221,7 @@ FileEdits EditsToward(const Cells& wanted, XMPMetaHandle tree) {
 
 bool IsChosen(const std::string& column, const std::vector<std::string>& only) {
     return only.empty() || std::any_of(only.begin(), only.end(), [&](const std::string& path) {
-               const bool isBelow =
-                   column.size() > path.size() && (column[path.size()] == '[' || column[path.size()] == '/');
-               return column.starts_with(path) && (column.size() == path.size() || isBelow);
+               return column == path || IsBelow(column, path);
            });
 }
 

@@ -4,6 +4,7 @@
 #include "commands/commands.h"
 #include "edits/edit_arguments.h"
 #include "edits/together_editor.h"
+#include "listing.h"
 #include "media_file.h"
 #include "suggestions.h"
 #include "zephmetadata/edits.h"
@@ -23,7 +24,7 @@ FileEdits EditsFrom(const XMPMetaPtr& source, const std::vector<std::string>& ex
     };
     std::string last;
     for (const XMPNode& node : expressions.empty() ? XMPNodes(source.get()) : std::vector<XMPNode>()) {
-        const std::string property = node.mPath.substr(0, node.mPath.find_first_of("[/"));
+        const std::string property = PropertyOf(node.mPath);
         const Path path = PathForExpression(property);
         if (std::exchange(last, property) != property && !IsInstanceData(path) && PathEntryDefinition(path)) {
             copy(property, path);

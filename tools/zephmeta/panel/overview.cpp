@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "listing.h"
 #include "text.h"
 #include "zephmetadata/definitions.h"
 #include "zephmetadata/values.h"
@@ -242,12 +243,12 @@ private:
     void AddRest(ViewDefinition& view) {
         std::set<std::string> tops;
         for (const std::string& expression : mShown) {
-            tops.insert(expression.substr(0, expression.find_first_of("/[")));
+            tops.insert(PropertyOf(expression));
         }
         std::map<std::string, sp<ViewItem>> sections;
         std::size_t others = 0;
         for (const XMPNode& node : mTree != nullptr ? XMPNodes(mTree) : std::vector<XMPNode>()) {
-            if (node.mPath.find_first_of("/[") != std::string::npos || tops.contains(node.mPath)) {
+            if (PropertyOf(node.mPath) != node.mPath || tops.contains(node.mPath)) {
                 continue;
             }
             const Path path = PathForExpression(node.mPath);
