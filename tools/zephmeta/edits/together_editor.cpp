@@ -120,6 +120,7 @@ std::string TogetherEditor::Backup(const std::vector<MediaFile>& files) const {
 EditReport TogetherEditor::Write(const std::vector<MediaFile>& files, const sp<MetaDataProvider>& provider,
                                  const FileEdits& edits) const {
     std::vector<KeptTime> times;
+    times.reserve(files.size());
     for (const MediaFile& file : files) {
         times.emplace_back(file.Name(), mWriting.mKeepTime);
     }
