@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 
+#include "listing.h"
+#include "providers.h"
+
 namespace zephpython {
 
 using namespace zephmetadata;
@@ -15,40 +18,20 @@ const FileReport* ReadOf(const MetaDataProvider& provider) {
     return file == nullptr ? nullptr : &file->LastRead();
 }
 
-template <typename Provider>
-const FileReport* WriteOf(const MetaDataProvider& provider) {
-    const auto* const file = dynamic_cast<const Provider*>(&provider);
-    return file == nullptr ? nullptr : &file->LastWrite();
-}
-
-using ReportOf = const FileReport* (*)(const MetaDataProvider&);
-
-std::optional<FileReport> FirstOf(const sp<MetaDataProvider>& provider, const std::array<ReportOf, 3>& reports) {
-    for (const ReportOf reportOf : reports) {
-        const FileReport* const report = provider == nullptr ? nullptr : reportOf(*provider);
-        if (report != nullptr) {
+/// How reading went; well for what is read from nowhere.
+FileReport LastReadOf(const sp<MetaDataProvider>& provider) {
+    constexpr std::array kReports = {ReadOf<MediaProvider>, ReadOf<SidecarProvider>, ReadOf<SourceProvider>};
+    for (const auto& reportOf : kReports) {
+        if (const FileReport* const report = provider == nullptr ? nullptr : reportOf(*provider)) {
             return *report;
         }
     }
-    return std::nullopt;
-}
-
-std::optional<FileReport> LastWriteOf(const sp<MetaDataProvider>& provider) {
-    return FirstOf(provider, {WriteOf<MediaProvider>, WriteOf<SidecarProvider>, WriteOf<SourceProvider>});
-}
-
-bool IsSidecarName(const std::string& name) {
-    constexpr std::string_view kExtension = ".xmp";
-    if (name.size() <= kExtension.size()) {
-        return false;
-    }
-    return std::equal(kExtension.begin(), kExtension.end(), name.end() - static_cast<std::ptrdiff_t>(kExtension.size()),
-                      [](char wanted, char c) { return wanted == (c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c); });
+    return {FileStatus::kFileStatus_Success, {}};
 }
 
 sp<MetaDataProvider> ProviderOf(const std::string& name, SidecarPolicy policy) {
     const UTF16String path = zephcore::PathFromNative(name);
-    if (IsSidecarName(name)) {
+    if (zephmeta::IsSidecarName(name)) {
         return std::make_shared<SidecarProvider>(path);
     }
     return OpenMedia(path, policy);
@@ -64,16 +47,10 @@ bool IsFailure(const EditReport& report) {
     return report.mStatus != FileStatus::kFileStatus_Success || report.IsRefused();
 }
 
-/// The property that an expression leads to, or into.
-std::string PropertyOf(const std::string& expression) {
-    return expression.substr(0, expression.find_first_of("/["));
-}
-
 }  // namespace
 
 Media::Media(sp<MetaDataProvider> provider) : mProvider(std::move(provider)) {
-    mRead = FirstOf(mProvider, {ReadOf<MediaProvider>, ReadOf<SidecarProvider>, ReadOf<SourceProvider>})
-                .value_or(FileReport{FileStatus::kFileStatus_Success, {}});
+    mRead = LastReadOf(mProvider);
     ShowWhatWasRead();
 }
 
@@ -123,20 +100,12 @@ std::unique_ptr<Media> Media::OpenTogether(const std::vector<const Media*>& part
         }
         together->AddProvider(part->mProvider, part == parts.back());
     }
-    std::unique_ptr<Media> media(new Media(together));
-    for (const Media* part : parts) {
-        media->mParts.push_back(part->mProvider);
-    }
-    return media;
+    return std::unique_ptr<Media>(new Media(together));
 }
 
 std::string Media::Sidecar() const {
     const auto* const media = dynamic_cast<const MediaProvider*>(mProvider.get());
     return media == nullptr ? std::string() : zephcore::PathToNative(media->SidecarPath());
-}
-
-std::optional<FileReport> Media::LastWrite() const {
-    return LastWriteOf(mProvider);
 }
 
 const RawValues& Media::Values() const {
@@ -193,7 +162,7 @@ EditReport Media::Edit(const std::vector<ValueEdit>& edits) {
     EditReport report = ApplyEdits(mTree.get(), edits);
     for (std::size_t i = 0; i < edits.size() && report.IsChanged(); ++i) {
         if (report.mOutcomes[i].mResult == EditResult::kEditResult_Changed) {
-            mTouched.insert(PropertyOf(ExpressionForPath(edits[i].mPath)));
+            mTouched.insert(zephmeta::PropertyOf(ExpressionForPath(edits[i].mPath)));
         }
     }
     if (report.IsChanged()) {
@@ -226,18 +195,6 @@ std::vector<ValueEdit> Media::Changes() const {
     return changes;
 }
 
-/// An aggregate does not tell how its sources were written.
-void Media::TellOfParts(EditReport& report) const {
-    for (const sp<MetaDataProvider>& part : mParts) {
-        const std::optional<FileReport> written = LastWriteOf(part);
-        if (written && written->mStatus != FileStatus::kFileStatus_Success) {
-            report.mStatus = written->mStatus;
-            report.mDetail = written->mDetail;
-            return;
-        }
-    }
-}
-
 EditReport Media::Save() {
     EditReport report;
     if (mTouched.empty()) {
@@ -261,7 +218,6 @@ EditReport Media::Save() {
 EditReport Media::WriteChanges() {
     const ErrorScope scope;
     EditReport report = ApplyEdits(mProvider, Changes());
-    TellOfParts(report);
     if (IsFailure(report)) {
         AfterFailure(report);
     } else {

@@ -26,7 +26,7 @@ public:
     static std::unique_ptr<Media> OpenBytes(std::string bytes);
     /// Null when the bytes are no packet.
     static std::unique_ptr<Media> OpenPacket(const std::string& packet);
-    /// The files as one. Their own objects are not to be used any more, but for LastWrite. Null when one of them has no
+    /// The files as one. Their own objects are not to be used any more. Null when one of them has no
     /// metadata and can be given none.
     static std::unique_ptr<Media> OpenTogether(const std::vector<const Media*>& parts);
 
@@ -63,15 +63,12 @@ public:
     const std::set<std::string>& Touched() const { return mTouched; }
     /// Shows @p packet, of which the properties @p touched are to be saved. False when it is none.
     bool TakeEdits(const std::string& packet, const std::set<std::string>& touched);
-    /// How the last write-back of the file went; nothing for what is no file.
-    std::optional<zephmetadata::FileReport> LastWrite() const;
 
 private:
     explicit Media(zephmetadata::sp<zephmetadata::MetaDataProvider> provider);
     void ShowWhatWasRead();
     const RawValues& Values() const;
     std::vector<zephmetadata::ValueEdit> Changes() const;
-    void TellOfParts(zephmetadata::EditReport& report) const;
     zephmetadata::EditReport WriteChanges();
     void AfterFailure(const zephmetadata::EditReport& report);
     zephmetadata::sp<zephmetadata::SourceProvider> Reopened() const;
@@ -83,11 +80,10 @@ private:
     std::set<std::string> mTouched;            // expressions of properties
     std::string mName;                         // of a file
     zephmetadata::SidecarPolicy mPolicy = zephmetadata::SidecarPolicy::kSidecarPolicy_Automatic;
-    std::vector<zephmetadata::sp<zephmetadata::MetaDataProvider>> mParts;  // of files that are edited together
-    zephmetadata::sp<const zephmetadata::ByteSource> mSource;              // of what is no file
-    zephmetadata::sp<const zephmetadata::BufferSource> mBytes;             // the same, where it is in memory
-    zephmetadata::sp<zephmetadata::BufferTarget> mBuffer;                  // where those go
-    std::optional<zephmetadata::EditReport> mFailure;                      // for good: what is saved later fails alike
+    zephmetadata::sp<const zephmetadata::ByteSource> mSource;   // of what is no file
+    zephmetadata::sp<const zephmetadata::BufferSource> mBytes;  // the same, where it is in memory
+    zephmetadata::sp<zephmetadata::BufferTarget> mBuffer;       // where those go
+    std::optional<zephmetadata::EditReport> mFailure;           // for good: what is saved later fails alike
     zephmetadata::FileReport mRead;
     std::vector<zephmetadata::ErrorInfo> mReadErrors;
 };

@@ -118,7 +118,8 @@ py::list Edit(Handle& handle, const std::vector<EditRow>& rows) {
     return refusals;
 }
 
-/// Whether something was written; the status; its detail; why edits were refused.
+/// Whether something was written; the status; its detail; why edits were refused; each file that was not written, with its
+/// status and detail.
 py::tuple AsPython(const EditReport& report) {
     py::list reasons;
     for (const EditOutcome& outcome : report.mOutcomes) {
@@ -126,7 +127,12 @@ py::tuple AsPython(const EditReport& report) {
             reasons.append(Shown(outcome.mReason));
         }
     }
-    return py::make_tuple(report.IsChanged(), StatusName(report.mStatus), Text(report.mDetail), reasons);
+    py::list failures;
+    for (const WriteFailure& failure : report.mFailures) {
+        failures.append(py::make_tuple(Text(zephcore::PathToNative(failure.mPath)), StatusName(failure.mStatus),
+                                       Text(failure.mDetail)));
+    }
+    return py::make_tuple(report.IsChanged(), StatusName(report.mStatus), Text(report.mDetail), reasons, failures);
 }
 
 py::tuple Save(Handle& handle) {
@@ -184,12 +190,6 @@ py::tuple LastRead(Handle& handle) {
         }
         return py::make_tuple(StatusName(media.LastRead().mStatus), Text(media.LastRead().mDetail), problems);
     });
-}
-
-/// The status and its detail; None for what is no file.
-py::object LastWrite(Handle& handle) {
-    const auto report = handle.Use([](Media& media) { return media.LastWrite(); });
-    return report ? py::object(py::make_tuple(StatusName(report->mStatus), Text(report->mDetail))) : py::none();
 }
 
 std::unique_ptr<Handle> OpenFile(const std::string& name, int policy) {
@@ -284,8 +284,8 @@ void AddMedia(py::module_& module) {
         .def("save_to", SaveTo)
         .def("data", Bytes)
         .def("validate", Validate)
-        .def("last_read", LastRead)
-        .def("last_write", LastWrite);
+        .def("last_read", LastRead);
+
     module.def("open_file", OpenFile);
     module.def("open_packet", OpenPacket);
     module.def("open_bytes", OpenBytes);

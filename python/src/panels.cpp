@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "panel/sheet.h"
+#include "providers.h"
 #include "zephmetadata/xmp_meta.h"
 
 namespace zephpython {
@@ -10,15 +11,6 @@ namespace zephpython {
 using namespace zephmetadata;
 
 namespace {
-
-/// A tree to be shown, edits among it that are not written yet.
-class ShownTree : public TypicalProviderImpl {
-public:
-    explicit ShownTree(XMPMetaHandle tree) : TypicalProviderImpl(tree) {}
-
-private:
-    void WriteChanges(const std::vector<Path>& /*changes*/) override {}
-};
 
 std::string Printed(zephmeta::SheetForm form, const std::string& view, const zephmeta::SheetSubject& subject) {
     zephmeta::SheetWish wish;
@@ -36,8 +28,7 @@ std::optional<PanelForms> PanelOf(const std::string& view, const std::string& na
     if (!zephmeta::HasView(view)) {
         return std::nullopt;
     }
-    const XMPMetaPtr shown = tree ? tree : CreateXMPMeta();
-    const zephmeta::SheetSubject subject = {name, std::make_shared<ShownTree>(shown.get())};
+    const zephmeta::SheetSubject subject = {name, zephmeta::InMemory(tree ? tree : CreateXMPMeta())};
     return PanelForms{Printed(kText, view, subject), Printed(kPage, view, subject), Printed(kJson, view, subject)};
 }
 

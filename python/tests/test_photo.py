@@ -251,6 +251,12 @@ def test_takes_several_files_for_one(fixture):
         photo = z.open(name)
         assert photo["dc:description"] == {"x-default": "All"}
         assert (photo["xmp:Label"], photo["dc:creator"], photo["dc:subject"]) == ("Blue", ["Ada Quay"], subject)
+    with pytest.raises(z.WriteError) as caught, z.merge(names) as both:
+        both["xmp:Label"] = "Green"
+        with z.open(names[0]) as other:
+            other["xmp:Rating"] = 1
+    assert caught.value.report.files == {names[0]: "the file was changed by another program meanwhile"}
+    assert z.open(names[1])["xmp:Label"] == "Green"
 
 
 def test_pickles_path_and_packet(fixture):

@@ -215,19 +215,16 @@ class Photo(MutableMapping[str, Any]):
             raise TypeError("a target is for what was opened as bytes or as an object")
         return self._reported(self._media.save_to(target))
 
-    def _reported(self, outcome: tuple[bool, str, str, list[str]]) -> WriteReport:
-        changed, status, detail, refusals = outcome
-        report = WriteReport(changed, status, detail, refusals, self._unwritten_parts())
+    def _reported(self, outcome: _core._Outcome) -> WriteReport:
+        changed, status, detail, refusals, failures = outcome
+        files = {name: reason(*why) for name, *why in failures} if self._parts else {}
+        report = WriteReport(changed, status, detail, refusals, files)
         if status != "success" or refusals:
             is_packet = status == "no-file" and not self._name and not self._parts
             why = "; ".join(refusals) or ("it is a packet, and only read" if is_packet else reason(status, detail))
             where = f"{self.sidecar}: " if self.sidecar else ""
             raise WriteError(where + why, file=self._name, report=report)
         return report
-
-    def _unwritten_parts(self) -> dict[str, str]:
-        rows = ((part._name or "", part._media.last_write()) for part in self._parts)
-        return {name: reason(*row) for name, row in rows if row is not None and row[0] != "success"}
 
     def __reduce__(self) -> tuple[Any, ...]:
         if self._parts:

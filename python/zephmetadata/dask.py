@@ -17,6 +17,7 @@ import importlib
 import json
 import os
 import sqlite3
+import uuid
 from collections.abc import Callable, Iterable, Sequence
 from typing import Any, Literal, TextIO
 
@@ -106,14 +107,17 @@ def to_files(rows: Bag, folder: str | os.PathLike[str], kind: str = "jsonl") -> 
 
 
 def _write_file(rows: Any, name: str, kind: str) -> str:
-    # Two workers may write the same partition at once, when one was taken for dead.
-    temporary = f"{name}.{os.getpid()}.tmp"
-    with contextlib.suppress(FileNotFoundError):
-        os.remove(temporary)
-    _WRITE[kind](_tables.records(rows), temporary)
-    with open(temporary, "rb") as file:
-        os.fsync(file.fileno())
-    os.replace(temporary, name)
+    # Two workers may write the same partition at once, when one was taken for dead; on two machines with the same id.
+    temporary = f"{name}.{uuid.uuid4().hex}.tmp"
+    try:
+        _WRITE[kind](_tables.records(rows), temporary)
+        with open(temporary, "rb") as file:
+            os.fsync(file.fileno())
+        os.replace(temporary, name)
+    except BaseException:
+        with contextlib.suppress(FileNotFoundError):
+            os.remove(temporary)
+        raise
     return name
 
 

@@ -1,6 +1,7 @@
 #include "definitions/package_contents.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "definitions/registry.h"
 #include "definitions/schema_files.h"
@@ -9,35 +10,26 @@ namespace zephmetadata {
 
 namespace {
 
-void Unlist(const sp<SchemaDefinition>& schema) {
-    std::erase(Registry().mCommonSchemas, schema);
-    std::erase(Registry().mDynamicSchemas, schema);
-    ForgetFile(schema);
-}
-
-void Unlist(const sp<TypeDefinition>& type) {
-    ForgetFile(type);
-}
-
 /// Takes @p own out of what is registered under @p key, and that itself when a package brought it and nothing is left.
-/// Then it keeps its entries, as a host may still hold it.
+/// Then it keeps its entries, as a host may still hold it, and is returned; null otherwise.
 template <typename Owner, typename Entry>
-void TakeOutOf(std::map<UTF8String, sp<Owner>>& registered, const UTF8String& key, std::set<sp<Owner>>& ofPackages,
-               std::vector<sp<Entry>> Owner::*entries, const std::set<sp<Entry>>& own) {
+sp<Owner> TakeOutOf(std::map<UTF8String, sp<Owner>>& registered, const UTF8String& key, std::set<sp<Owner>>& ofPackages,
+                    std::vector<sp<Entry>> Owner::*entries, const std::set<sp<Entry>>& own) {
     const auto found = registered.find(key);
     if (found == registered.end() || !found->second) {
-        return;
+        return nullptr;
     }
-    const sp<Owner> owner = found->second;
+    sp<Owner> owner = found->second;
     auto& list = (*owner).*entries;
     const auto isOwn = [&](const sp<Entry>& entry) { return own.contains(entry); };
     if (!ofPackages.contains(owner) || !std::all_of(list.begin(), list.end(), isOwn)) {
         std::erase_if(list, isOwn);
-        return;
+        return nullptr;
     }
     ofPackages.erase(owner);
     registered.erase(found);
-    Unlist(owner);
+    ForgetFile(owner);
+    return owner;
 }
 
 }  // namespace
@@ -68,8 +60,13 @@ void PackageContents::TakeOut() {
     for (const auto& [property, choice] : mChoices) {
         std::erase(property->mChoices, choice);
     }
+    std::set<sp<SchemaDefinition>> gone;
     for (const auto& [namespaceURI, own] : mProperties) {
-        TakeOutOf(Registry().mSchemas, namespaceURI, Registry().mPackageSchemas, &SchemaDefinition::mProperties, own);
+        gone.insert(TakeOutOf(Registry().mSchemas, namespaceURI, Registry().mPackageSchemas,
+                              &SchemaDefinition::mProperties, own));
+    }
+    for (auto* const listed : {&Registry().mCommonSchemas, &Registry().mDynamicSchemas}) {
+        std::erase_if(*listed, [&](const sp<SchemaDefinition>& schema) { return gone.contains(schema); });
     }
     for (const auto& [typeId, own] : mFields) {
         TakeOutOf(Registry().mTypes, typeId, Registry().mPackageTypes, &TypeDefinition::mFields, own);
@@ -77,12 +74,10 @@ void PackageContents::TakeOut() {
     *this = {};
 }
 
-PackageRecording::PackageRecording(PackageContents& contents) {
-    Current() = &contents;
-}
+PackageRecording::PackageRecording(PackageContents& contents) : mOuter(std::exchange(Current(), &contents)) {}
 
 PackageRecording::~PackageRecording() {
-    Current() = nullptr;
+    Current() = mOuter;
 }
 
 PackageContents*& PackageRecording::Current() {

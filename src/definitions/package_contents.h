@@ -27,7 +27,8 @@ private:
     std::vector<std::pair<sp<PropertyDefinition>, sp<ChoiceDefinition>>> mChoices;
 };
 
-/// While it lives, what is registered is added to @p contents.
+/// While it lives, what is registered is added to @p contents. Recordings may be nested: a callback may load a package while
+/// another one is loaded.
 class PackageRecording {
 public:
     explicit PackageRecording(PackageContents& contents);
@@ -45,6 +46,8 @@ public:
 
 private:
     static PackageContents*& Current();
+
+    PackageContents* mOuter;
 };
 
 }  // namespace zephmetadata

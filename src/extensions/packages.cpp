@@ -197,9 +197,7 @@ bool RemoveExtensionPackage(const UTF16String& name) {
     if (found == Loaded().mByName.end()) {
         return false;
     }
-    for (const sp<ViewDefinition>& view : found->second.mViews) {
-        RemoveViewDefinition(view);
-    }
+    RemoveViewDefinitions(found->second.mViews);
     found->second.mDefinitions.TakeOut();
     zephcore::Localizer::Get().RemoveLayer(found->second.mTranslations);
     std::erase_if(Loaded().mInOrder, [&](const ExtensionPackage& package) { return package.name == found->first; });

@@ -197,6 +197,7 @@ void AggregateProvider::WriteMerged(const std::vector<Path>& changes) {
             ReportWriting(access.Commit());
         } catch (...) {
             // A provider that cannot even hand out its tree keeps the edit from no other.
+            ReportWriting({true, {{FilePathOf(*provider), FileStatus::kFileStatus_NotWritten, {}}}});
         }
     }
     if (tree == mMerge->mTree) {  // no source was replaced meanwhile

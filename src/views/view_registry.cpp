@@ -1,6 +1,7 @@
 #include "views/view_registry.h"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -62,11 +63,15 @@ bool RegisterViewDefinition(const sp<ViewDefinition>& view, const UTF16String& s
 }
 
 bool RemoveViewDefinition(const sp<ViewDefinition>& view) {
-    if (!view || std::erase(Registered().mInOrder, view) == 0) {
-        return false;
-    }
-    std::erase_if(Registered().mByFirstName, [&](const auto& entry) { return entry.second == view; });
-    return true;
+    const std::size_t before = Registered().mInOrder.size();
+    RemoveViewDefinitions({view});
+    return Registered().mInOrder.size() < before;
+}
+
+void RemoveViewDefinitions(const std::vector<sp<ViewDefinition>>& views) {
+    const std::set<sp<ViewDefinition>> gone(views.begin(), views.end());
+    std::erase_if(Registered().mInOrder, [&](const sp<ViewDefinition>& view) { return gone.contains(view); });
+    std::erase_if(Registered().mByFirstName, [&](const auto& entry) { return gone.contains(entry.second); });
 }
 
 void ClearViewDefinitions() {

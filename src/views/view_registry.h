@@ -9,6 +9,8 @@ namespace zephmetadata {
 bool AddViewDefinition(sp<ViewDefinition> view, const UTF16String& source);
 /// Registers the views of the library's own documents.
 void LoadBuiltInViews();
+/// Cost: linear in all views.
+void RemoveViewDefinitions(const std::vector<sp<ViewDefinition>>& views);
 void ClearViewDefinitions();
 
 }  // namespace zephmetadata

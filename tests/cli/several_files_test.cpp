@@ -81,6 +81,32 @@ TEST_F(SeveralFiles, AreEditedTogetherAndKeepWhatIsTheirOwn) {
     EXPECT_EQ(std::set<Json>(documents.begin(), documents.end()).size(), files.size()) << "each is its own document";
 }
 
+TEST_F(SeveralFiles, AreEditedTogetherAsTheOptionsSay) {
+    const auto set = [&](const Arguments& options) {
+        Arguments arguments = {"set",  "--together", "packet.jpg",         "harbour.jpg", "plain.jpg",
+                               "--if", "dc:title",   "dc:source=Together", "--backup"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        return Zephmeta(arguments);
+    };
+    EXPECT_EQ(set({"--dry-run"}), (Outcome{0,
+                                           "packet.jpg: would change\n  dc:source: added \"Together\"\n"
+                                           "harbour.jpg: would change\n  dc:source: added \"Together\"\n",
+                                           ""}));
+    EXPECT_TRUE(Bytes("packet.jpg") == Sample("packet.jpg") && Bytes("harbour.jpg") == Sample("harbour.jpg"));
+    EXPECT_FALSE(std::filesystem::exists(At("packet.jpg.orig")));
+    const std::filesystem::file_time_type longAgo{};
+    std::filesystem::last_write_time(At("packet.jpg"), longAgo);
+    EXPECT_EQ(set({"--keep-time", "-q"}), (Outcome{0, "", ""}));
+    EXPECT_EQ(std::filesystem::last_write_time(At("packet.jpg")), longAgo);
+    EXPECT_EQ(Bytes("packet.jpg.orig"), Sample("packet.jpg"));
+    EXPECT_EQ(Bytes("plain.jpg"), Sample("plain.jpg")) << "it has no title";
+    const auto get = [&](const char* condition) {
+        return Zephmeta({"get", "--together", "--if", condition, "harbour.jpg", "plain.jpg", "dc:source"});
+    };
+    EXPECT_EQ(get("dc:title"), (Outcome{0, "Together\n", ""}));
+    EXPECT_EQ(get("dc:title=").mStatus, 2) << "no condition";
+}
+
 TEST_F(SeveralFiles, ThatHoldTheValueAlreadyStayAsTheyAre) {
     ASSERT_EQ(Zephmeta({"set", "packet.png", "dc:source=same"}).mStatus, 0);
     const std::string bytes = Bytes("packet.png");

@@ -1,9 +1,15 @@
+#include <sys/stat.h>
+
+#include <fstream>
+#include <thread>
+
 #include "cli/cli_runner.h"
 
 namespace cli {
 namespace {
 
 using ::testing::HasSubstr;
+using namespace std::string_view_literals;
 
 /// Values on their way out of files and back.
 class Tables : public CliTest {
@@ -97,30 +103,37 @@ INSTANTIATE_TEST_SUITE_P(Rows, EditedTables, ::testing::ValuesIn(kEditRows),
 TEST_F(Tables, AreDoneAsFarAsTheyMakeSense) {
     Write("table",
           "\xEF\xBB\xBF"
-          "file;dc:titel;xmpMM:InstanceID;xmp:Rating\r\n"
+          "\r\nfile;dc:titel;xmpMM:InstanceID;xmp:Rating\r\n"
           "packet.png;x;x;3\r\npacket.jpg;;;9\r\ngone.jpg;;;1\r\npacket.gif;x\r\npacket.png;;;1\r\nplain.png;;;\r\n"
           "packet.tif;;;\"1");
     EXPECT_EQ(Zephmeta({"import", "table"}),
               (Outcome{1, "packet.png: written\nplain.png: unchanged\n",
                        "zephmeta: dc:titel: no such property; did you mean dc:title?; the column is passed over\n"
                        "zephmeta: xmpMM:InstanceID: is kept by programs and not taken; the column is passed over\n"
-                       "table: row 5: has 2 fields where the header has 4; it is passed over\n"
-                       "table: row 6: \"packet.png\" stands in row 2 already; it is passed over\n"
-                       "table: row 8: a quote is not closed; it is passed over\n"
+                       "table: row 6: has 2 fields where the header has 4; it is passed over\n"
+                       "table: row 7: \"packet.png\" stands in row 3 already; it is passed over\n"
+                       "table: row 9: a quote is not closed; it is passed over\n"
                        "packet.jpg: xmp:Rating: \"9\" is more than 5; nothing was written\n"
                        "gone.jpg: no such file\n"}));
     EXPECT_EQ(Get("packet.png", {"xmp:Rating"}).at("xmp:Rating"), "3");
-    const std::pair<const char*, const char*> wrong[] = {
+    const std::pair<std::string_view, const char*> wrong[] = {
         {"name,dc:title\n", "table: has no column \"file\"\n"},
         {"{\"file\":\"packet.gif\",", "table: row 1: is no JSON object; it is passed over\n"},
         {"[{\"file\":\"packet.gif\",\"dc:title\":{\"de\":{}}}]",
          "packet.gif: dc:title: is neither a text, nor a list, nor texts by language\n"},
+        {"[\0{\"file\":\"packet.gif\"}]"sv, "table: row 1: is no JSON object; it is passed over\n"},
         {"SQLite format 3", "table: is a database; CSV and JSON can be imported\n"},
     };
     for (const auto& [bytes, problem] : wrong) {
         Write("table", bytes);
         EXPECT_EQ(Zephmeta({"import", "table"}), (Outcome{1, "", problem})) << bytes;
     }
+}
+
+TEST_F(Tables, AreReadFromPipes) {
+    ASSERT_EQ(mkfifo(At("pipe").c_str(), S_IRUSR | S_IWUSR), 0);
+    const std::jthread writer([&] { std::ofstream(At("pipe")) << "file,xmp:Rating\npacket.png,2\n"; });
+    EXPECT_EQ(Zephmeta({"import", "pipe"}), (Outcome{0, "packet.png: written\n", ""}));
 }
 
 TEST_F(Tables, AreIndexesThatFollowTheFiles) {
@@ -150,6 +163,7 @@ TEST_F(Tables, AreIndexesThatFollowTheFiles) {
     Write("foreign", foreign);
     Write("left-journal", "");
     Write("cut", bytes.substr(0, bytes.size() / 2));
+    const std::string noRoom(236, 'n');  // for the name of a journal
     const std::pair<Arguments, std::string> refused[] = {
         {{"export", "plain.png", "--sqlite", "index"},
          "index: is there already; --update brings an index up to date\n"},
@@ -159,12 +173,16 @@ TEST_F(Tables, AreIndexesThatFollowTheFiles) {
         {{"find", "--index", "none"}, "none: no such file\n"},
         {{"export", "plain.png", "--sqlite", "left"},
          "left: cannot be made (a journal of a database of this name is there)\n"},
+        {{"export", "plain.png", "--sqlite", noRoom}, noRoom + ": unable to open database file\n"},
     };
     for (const auto& [arguments, problem] : refused) {
         EXPECT_EQ(Zephmeta(arguments), (Outcome{1, "", problem}));
     }
     EXPECT_EQ(Zephmeta({"find", "--index", "index", "--text", "\"tide"}).mStatus, 2);
     EXPECT_EQ(Bytes("index"), bytes);
+    for (const auto& entry : std::filesystem::directory_iterator(At(""))) {
+        EXPECT_NE(entry.path().filename().native().front(), '.') << "what was not finished is gone";
+    }
     EXPECT_EQ(Bytes("plain.png"), Sample("plain.png"));
 }
 

@@ -5,6 +5,7 @@
 
 #include "extensions/package_discovery.h"
 #include "extensions/package_fixture.h"
+#include "support/growth.h"
 
 namespace zephmetadata {
 namespace {
@@ -400,6 +401,47 @@ TEST_F(Packages, AreLoadedFromAnywhereAndTakenOut) {
     }
     EXPECT_THAT(contexts,
                 ElementsAre("", "manifest.xml", "manifest.xml", "/nowhere/manifest.xml", "schema/s.xml", "view/v.xml"));
+}
+
+TEST_F(Packages, AreTakenOutWholeWhenACallbackLoadedAnother) {
+    const auto documents = [](const char* name, const char* prefix) {
+        return std::vector<PackageDocument>{{u"manifest.xml", Manifest(name, "1")},
+                                            {u"schema/1.xml", "<"},
+                                            {u"schema/2.xml", Schema(prefix, kProperty)}};
+    };
+    const std::vector<std::string> before = Snapshot();
+    bool isFirst = true;
+    const auto loadInner = std::make_shared<std::function<void(UTF16String)>>([&](const UTF16String&) {
+        if (std::exchange(isFirst, false)) {
+            LoadExtensionPackage(documents("Inner", "tstb"));
+        }
+    });
+    NotifyOnError(loadInner);
+    EXPECT_TRUE(LoadExtensionPackage(documents("Outer", "tsta")));
+    *loadInner = nullptr;
+    EXPECT_TRUE(RemoveExtensionPackage(u"Outer"));
+    EXPECT_FALSE(NamespaceDefinition("http://test/tsta/"));
+    EXPECT_TRUE(NamespaceDefinition("http://test/tstb/"));
+    EXPECT_TRUE(RemoveExtensionPackage(u"Inner"));
+    EXPECT_EQ(Snapshot(), before);
+}
+
+TEST_F(Packages, WithManyViewsAndSchemasAreTakenOutInLinearTime) {
+    const auto takeOut = [](int many) {
+        std::string views =
+            "<views xmlns='http://ns.zephmetadata.org/metadata/ui/1.0/' xmlns:dc='http://purl.org/dc/elements/1.1/'>";
+        std::string schemas = "<xmp_definitions>";
+        for (int i = 0; i < many; ++i) {
+            const std::string number = std::to_string(i);
+            views += "<view name='org.test." + number + "'><property name='dc:title'/></view>";
+            schemas += "<xmp_schema namespace='http://test/" + number + "/' prefix='t" + number + "'/>";
+        }
+        ASSERT_TRUE(LoadExtensionPackage(std::vector<PackageDocument>{{u"manifest.xml", Manifest("A", "1")},
+                                                                      {u"schema/s.xml", schemas + "</xmp_definitions>"},
+                                                                      {u"view/v.xml", views + "</views>"}}));
+        EXPECT_TRUE(RemoveExtensionPackage(u"A"));
+    };
+    EXPECT_LT(support::GrowthByFour(5000, takeOut), support::kLinearGrowth);
 }
 
 }  // namespace

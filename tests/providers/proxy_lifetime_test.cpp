@@ -123,6 +123,12 @@ TEST_F(ProxyLifetimes, AProviderThatThrowsWhenAskedWritesNothingTwice) {
             return mThrows ? throw std::runtime_error("host") : TestProvider::QueryPathStatus(path, status);
         }
         bool mThrows = true;
+        bool mHidesTree = false;
+
+    private:
+        XMPMetaHandle MetaDataAccess() const override {
+            return mHidesTree ? throw std::runtime_error("host") : TestProvider::MetaDataAccess();
+        }
     };
     const auto first = Source();
     Load("");
@@ -140,6 +146,10 @@ TEST_F(ProxyLifetimes, AProviderThatThrowsWhenAskedWritesNothingTwice) {
     for (const sp<MetaDataProvider>& source : std::vector<sp<MetaDataProvider>>{first, second}) {
         EXPECT_EQ(CountArrayItems(*MetaDataReadAccess(source), At("dc:creator")), 2);
     }
+    second->mHidesTree = true;
+    MetaDataUpdateAccess access(aggregate);
+    access.AddChange(At("dc:creator"));
+    EXPECT_EQ(access.Commit().mFailures.at(0).mStatus, kFileStatus_NotWritten);
 }
 
 /// Sources, proxies over any of them and accesses to all, dropped in a random order with edits and changes between.

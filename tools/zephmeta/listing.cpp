@@ -19,8 +19,7 @@ using Nodes = std::vector<XMPNode>;
 std::size_t EndOf(const Nodes& nodes, std::size_t index) {
     const std::string& path = nodes[index].mPath;
     std::size_t end = index + 1;
-    while (end < nodes.size() && nodes[end].mPath.size() > path.size() && nodes[end].mPath.starts_with(path) &&
-           (nodes[end].mPath[path.size()] == '[' || nodes[end].mPath[path.size()] == '/')) {
+    while (end < nodes.size() && IsBelow(nodes[end].mPath, path)) {
         ++end;
     }
     return end;
@@ -152,6 +151,15 @@ std::vector<ListedValue> Listed(zephmetadata::XMPMetaHandle tree, const Walker& 
 }
 
 }  // namespace
+
+std::string PropertyOf(const std::string& expression) {
+    return expression.substr(0, expression.find_first_of("[/"));
+}
+
+bool IsBelow(std::string_view expression, std::string_view above) {
+    return expression.size() > above.size() && expression.starts_with(above) &&
+           (expression[above.size()] == '[' || expression[above.size()] == '/');
+}
 
 bool IsStructured(const zephmetadata::EntryDefinition& entry) {
     const auto kind = zephmetadata::PrimitiveTypeOf(entry);

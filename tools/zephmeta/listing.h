@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -46,6 +47,11 @@ private:
     std::vector<zephmetadata::XMPNode> mNodes;
     std::map<std::string, std::size_t> mIndexes;  // of the nodes by their paths
 };
+
+/// The property that an expression leads to, or into.
+std::string PropertyOf(const std::string& expression);
+/// Whether what stands at an expression is a part of what stands at another.
+bool IsBelow(std::string_view expression, std::string_view above);
 
 /// Whether what @p entry describes is a structure, or an array of such, which has no text of its own.
 bool IsStructured(const zephmetadata::EntryDefinition& entry);

@@ -6,7 +6,7 @@
 #include <set>
 #include <string_view>
 
-#include "together.h"
+#include "providers.h"
 
 namespace zephmeta {
 
@@ -17,15 +17,6 @@ using zephmetadata::FileStatus;
 
 std::string Reason(const FileReport& report) {
     return report.mStatus == FileStatus::kFileStatus_Success ? std::string() : Describe(report);
-}
-
-bool IsSidecarName(const std::string& name) {
-    constexpr std::string_view kExtension = ".xmp";
-    if (name.size() <= kExtension.size()) {
-        return false;
-    }
-    return std::equal(kExtension.begin(), kExtension.end(), name.end() - static_cast<std::ptrdiff_t>(kExtension.size()),
-                      [](char wanted, char c) { return wanted == (c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c); });
 }
 
 zephmetadata::SidecarPolicy sidecarPolicy = zephmetadata::kSidecarPolicy_Automatic;

@@ -71,6 +71,14 @@ std::string Printable(std::string_view text) {
     return Escaped(text, "\n\t");
 }
 
+std::string InDoubleQuotes(std::string_view text) {
+    std::string quoted = "\"";
+    for (const char c : text) {
+        quoted.append(c == '"' ? 2 : 1, c);
+    }
+    return quoted + "\"";
+}
+
 std::string Lower(std::string_view text) {
     std::string lower(text);
     std::transform(lower.begin(), lower.end(), lower.begin(),

@@ -17,6 +17,9 @@ std::string OneLine(std::string_view text);
 /// The same, but line ends and tabs stay as they are.
 std::string Printable(std::string_view text);
 
+/// @p text in double quotes, those in it doubled, as tables have it (RFC 4180).
+std::string InDoubleQuotes(std::string_view text);
+
 /// ASCII letters in lower case, all else as it is.
 std::string Lower(std::string_view text);
 

@@ -75,6 +75,20 @@ private:
     std::map<std::string, std::size_t> mReasons;
 };
 
+/// The condition of a command, which is reported when it is none.
+ConditionReading ConditionOf(const BatchOptions& options, Problems& problems) {
+    ConditionReading condition = ReadCondition(options.mCondition);
+    if (!condition.mProblem.empty()) {
+        problems.Report({}, "--if: " + condition.mProblem);
+    }
+    return condition;
+}
+
+/// Whether a file meets a condition; a null one is met by every file.
+bool Meets(const MediaFile& file, const Condition* condition) {
+    return condition == nullptr || condition->Holds(TreeValues(*zephmetadata::MetaDataReadAccess(file.Provider())));
+}
+
 }  // namespace
 
 /// Prints results as they are done, or in the order of the files.
@@ -166,8 +180,7 @@ FileResult Batch::Do(const std::string& name, const Condition* condition, const 
         const std::string problem = isMade ? std::string() : file.ReadProblem();
         if (!problem.empty()) {
             result.Fail(problem);
-        } else if (condition != nullptr &&
-                   !condition->Holds(TreeValues(*zephmetadata::MetaDataReadAccess(file.Provider())))) {
+        } else if (!Meets(file, condition)) {
             result.SetOutcome(Outcome::kPassedOver);
         } else {
             work(file, result);
@@ -184,9 +197,8 @@ int Batch::Run(const Work& work) {
 }
 
 int Batch::RunFor(const std::vector<std::string>& names, const Work& work) {
-    const ConditionReading condition = ReadCondition(mOptions.mCondition);
+    const ConditionReading condition = ConditionOf(mOptions, mProblems);
     if (!condition.mProblem.empty()) {
-        mProblems.Report({}, "--if: " + condition.mProblem);
         return 2;
     }
     const InterruptGuard guard;
@@ -219,6 +231,16 @@ int Batch::RunFor(const std::vector<std::string>& names, const Work& work) {
         return kInterruptedStatus;
     }
     return tally.HasFailures() ? 1 : mProblems.ExitStatus();
+}
+
+std::optional<std::vector<MediaFile>> OpenTogether(const BatchOptions& options, Problems& problems) {
+    const ConditionReading condition = ConditionOf(options, problems);
+    if (!condition.mProblem.empty()) {
+        return std::nullopt;
+    }
+    std::vector<MediaFile> files = OpenAll(FileNames(options.mFiles, problems), problems);
+    std::erase_if(files, [&](const MediaFile& file) { return !Meets(file, condition.mCondition.get()); });
+    return files;
 }
 
 }  // namespace zephmeta

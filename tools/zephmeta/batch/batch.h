@@ -95,4 +95,8 @@ private:
     Problems& mProblems;
 };
 
+/// The files that can be read and meet the condition, for a command that takes them for one; the others are reported or passed
+/// over. Nothing for a condition that is none, which is reported.
+std::optional<std::vector<MediaFile>> OpenTogether(const BatchOptions& options, Problems& problems);
+
 }  // namespace zephmeta

@@ -7,6 +7,7 @@
 #include "edits/typed_values.h"
 #include "listing.h"
 #include "suggestions.h"
+#include "text.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/providers.h"
 
@@ -18,13 +19,19 @@ using namespace zephmetadata;
 
 constexpr std::string_view kDefaultLanguage = "x-default";
 
+/// One language of an alternative, be it x-default.
+std::string LanguageAt(const std::string& path, std::string_view language) {
+    std::string expression = path;
+    return expression.append("[?xml:lang=\"").append(language).append("\"]");
+}
+
 std::string ColumnOf(const std::string& path, const std::string& language) {
-    return language == kDefaultLanguage ? path : path + "[?xml:lang=\"" + language + "\"]";
+    return language == kDefaultLanguage ? path : LanguageAt(path, language);
 }
 
 std::string WithoutDefaultLanguage(const std::string& column) {
-    constexpr std::string_view kEnd = "[?xml:lang=\"x-default\"]";
-    return column.ends_with(kEnd) ? column.substr(0, column.size() - kEnd.size()) : column;
+    static const std::string end = LanguageAt({}, kDefaultLanguage);
+    return column.ends_with(end) ? column.substr(0, column.size() - end.size()) : column;
 }
 
 /// Whether a write changes the value by itself, so that it is nobody's to set.
@@ -57,9 +64,7 @@ Cell AsCell(const Cell& value) {
 void AddLanguages(const std::string& path, const nlohmann::json& texts, Cells& cells) {
     for (const auto& [language, text] : texts.items()) {
         if (text.is_null()) {
-            std::string column = path;
-            column.append("[?xml:lang=\"").append(language).append("\"]");
-            cells[column] = text;  // that alone, also of x-default
+            cells[LanguageAt(path, language)] = text;  // that alone, also of x-default
         } else {
             cells[ColumnOf(path, language)] = AsText(text);
         }
@@ -69,14 +74,7 @@ void AddLanguages(const std::string& path, const nlohmann::json& texts, Cells& c
 std::string QuotedItem(const std::string& item) {
     const bool isPlain = item.find_first_of(";\"\r\n") == std::string::npos && !item.empty() && item.front() != ' ' &&
                          item.back() != ' ';
-    if (isPlain) {
-        return item;
-    }
-    std::string quoted = "\"";
-    for (const char c : item) {
-        quoted.append(c == '"' ? 2 : 1, c);
-    }
-    return quoted + "\"";
+    return isPlain ? item : InDoubleQuotes(item);
 }
 
 /// Takes the item at the front off, with the separator behind it.
@@ -199,6 +197,12 @@ Cell CellOf(const std::string& column, const std::string& text) {
     return items;
 }
 
+std::string DeletedColumn(const std::string& column) {
+    const Target target = ResolveTarget(column);
+    const bool isAlternative = PrimitiveTypeOfPath(target.mPath) == kPrimitiveType_Alt;
+    return isAlternative && target.mLanguage.empty() ? LanguageAt(column, kDefaultLanguage) : column;
+}
+
 FileEdits EditsToward(const Cells& wanted, XMPMetaHandle tree) {
     const Cells held = CellsOf(tree);
     FileEdits edits;
@@ -217,9 +221,7 @@ FileEdits EditsToward(const Cells& wanted, XMPMetaHandle tree) {
 
 bool IsChosen(const std::string& column, const std::vector<std::string>& only) {
     return only.empty() || std::any_of(only.begin(), only.end(), [&](const std::string& path) {
-               const bool isBelow =
-                   column.size() > path.size() && (column[path.size()] == '[' || column[path.size()] == '/');
-               return column.starts_with(path) && (column.size() == path.size() || isBelow);
+               return column == path || IsBelow(column, path);
            });
 }
 

@@ -26,6 +26,8 @@ Cells CellsIn(const nlohmann::json& object);
 std::string TextOf(const Cell& cell);
 /// The same back, by what the definition of the column says that it holds.
 Cell CellOf(const std::string& column, const std::string& text);
+/// What an empty text of a table deletes: of an alternative x-default alone, as its other languages have columns of their own.
+std::string DeletedColumn(const std::string& column);
 
 /// The edits that make the values of a tree those of the cells. Where they are so already there is none.
 FileEdits EditsToward(const Cells& wanted, zephmetadata::XMPMetaHandle tree);

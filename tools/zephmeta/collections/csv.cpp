@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "text.h"
+
 namespace zephmeta {
 
 namespace {
@@ -33,14 +35,7 @@ std::string CSVField(std::string_view text) {
     // Blanks at the ends are part of a field, but not every program keeps them without quotes.
     const bool isPlain = text.find_first_of(",;\t\"\r\n") == std::string_view::npos &&
                          (text.empty() || (text.front() != ' ' && text.back() != ' '));
-    if (isPlain) {
-        return std::string(text);
-    }
-    std::string field = "\"";
-    for (const char c : text) {
-        field.append(c == '"' ? 2 : 1, c);
-    }
-    return field + "\"";
+    return isPlain ? std::string(text) : InDoubleQuotes(text);
 }
 
 std::vector<std::string> CSVFields(std::string_view record, char separator) {
@@ -71,6 +66,9 @@ bool CSVRecordEnd::Take(char c) {
         mIsQuoted = c != '"';
         mCanOpen = c == '"';  // a doubled quote stands for one, so the field goes on behind it
         return false;
+    }
+    if (!mSeparator && std::string_view(",;\t").find(c) != std::string_view::npos) {
+        mSeparator = c;
     }
     mIsQuoted = c == '"' && mCanOpen;
     mCanOpen = c == mSeparator || c == '\n';

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,13 +16,15 @@ std::vector<std::string> CSVFields(std::string_view record, char separator);
 /// Tells where a record ends: a line end in quotes belongs to a field.
 class CSVRecordEnd {
 public:
-    explicit CSVRecordEnd(char separator) : mSeparator(separator) {}
+    /// Without a separator it is a comma, or what tables of some countries have instead: which of them comes first.
+    explicit CSVRecordEnd(std::optional<char> separator) : mSeparator(separator) {}
 
     /// Whether the record ends with this character.
     bool Take(char c);
+    char Separator() const { return mSeparator.value_or(','); }
 
 private:
-    char mSeparator;
+    std::optional<char> mSeparator;
     bool mIsQuoted = false;
     bool mCanOpen = true;
 };

@@ -1,6 +1,7 @@
 #include "collections/table.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,7 +10,10 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <memory>
 #include <stdexcept>
+#include <system_error>
+#include <utility>
 
 #include "collections/csv.h"
 
@@ -18,34 +22,9 @@ namespace zephmeta {
 namespace {
 
 constexpr std::size_t kLongestRow = std::size_t{64} << 20U;
+constexpr std::size_t kBlockBytes = std::size_t{64} << 10U;
 
-/// Hands out the bytes of a file from an offset on.
-class Bytes {
-public:
-    Bytes(int descriptor, std::uint64_t offset) : mDescriptor(descriptor), mOffset(offset) {}
-
-    std::uint64_t Offset() const { return mOffset - (mEnd - mAt); }
-    bool Next(char& c) {
-        if (mAt == mEnd) {
-            const ssize_t count = pread(mDescriptor, mBuffer.data(), mBuffer.size(), static_cast<off_t>(mOffset));
-            mAt = 0;
-            mEnd = count > 0 ? static_cast<std::size_t>(count) : 0;
-            mOffset += mEnd;
-        }
-        if (mAt == mEnd) {
-            return false;
-        }
-        c = mBuffer[mAt++];
-        return true;
-    }
-
-private:
-    int mDescriptor;
-    std::uint64_t mOffset;
-    std::size_t mAt = 0;
-    std::size_t mEnd = 0;
-    std::array<char, 65536> mBuffer{};
-};
+constexpr const char* kRowIsGone = "its row can no longer be read";
 
 /// Tells where an object ends that began with "{".
 class ObjectEnd {
@@ -67,30 +46,32 @@ private:
     bool mIsEscaped = false;
 };
 
-/// Standard input as a file without a name, so that its rows can be gone back to. -1 when it cannot be kept.
-int KeptInput() {
-    std::FILE* const file = std::tmpfile();
-    const int descriptor = file == nullptr ? -1 : dup(fileno(file));
-    if (file != nullptr) {
-        std::fclose(file);
+/// What can be read from a descriptor as a file without a name, so that its rows can be gone back to. -1, with the reason in
+/// errno, when it cannot be kept.
+int Kept(int from) {
+    struct Close {
+        void operator()(std::FILE* file) const { std::fclose(file); }
+    };
+    const std::unique_ptr<std::FILE, Close> file(std::tmpfile());
+    std::array<char, kBlockBytes> buffer{};
+    ssize_t count = file ? 1 : -1;
+    while (count > 0) {
+        count = read(from, buffer.data(), buffer.size());
+        const auto size = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        count = std::fwrite(buffer.data(), 1, size, file.get()) == size ? count : -1;
     }
-    std::array<char, 65536> buffer{};
-    for (ssize_t count = 1; descriptor >= 0 && count > 0;) {
-        count = read(STDIN_FILENO, buffer.data(), buffer.size());
-        if (count > 0 && write(descriptor, buffer.data(), static_cast<std::size_t>(count)) != count) {
-            close(descriptor);
-            return -1;
-        }
-    }
-    return descriptor;
+    return count == 0 && std::fflush(file.get()) == 0 ? dup(fileno(file.get())) : -1;
+}
+
+std::string WhyUnreadable(int error) {
+    return std::string("cannot be read (") + std::strerror(error) + ")";
 }
 
 std::string Row(std::size_t number, const std::string& problem) {
     return "row " + std::to_string(number) + ": " + problem + "; it is passed over";
 }
 
-}  // namespace
-
+/// A file name as it stands in a row: as it is, and the bytes of one that is no UTF-8 in hexadecimal digits beside it.
 std::string FileNameIn(const nlohmann::json& row) {
     const auto bytes = row.find("fileBytes");
     if (bytes == row.end() || !bytes->is_string() || bytes->get<std::string>().empty()) {
@@ -110,6 +91,56 @@ std::string FileNameIn(const nlohmann::json& row) {
     return name;
 }
 
+bool IsBlank(std::string_view record) {
+    return record.find_first_not_of("\r\n") == std::string_view::npos;
+}
+
+/// The object that begins with @p first.
+template <typename Source>
+std::string TakeObject(char first, Source& bytes) {
+    std::string object(1, first);
+    ObjectEnd end;
+    char c = 0;
+    for (bool isDone = end.Take(first); !isDone && object.size() < kLongestRow && bytes.Next(c);) {
+        object += c;
+        isDone = end.Take(c);
+    }
+    return object;
+}
+
+}  // namespace
+
+/// Hands out the bytes of a file from an offset on. Throws std::system_error when they cannot be read.
+class Table::Bytes {
+public:
+    Bytes(int descriptor, std::uint64_t offset) : mDescriptor(descriptor), mOffset(offset) {}
+
+    std::uint64_t Offset() const { return mOffset - (mEnd - mAt); }
+    bool Next(char& c) {
+        if (mAt == mEnd) {
+            const ssize_t count = pread(mDescriptor, mBuffer.data(), mBuffer.size(), static_cast<off_t>(mOffset));
+            if (count < 0) {
+                throw std::system_error(errno, std::generic_category());
+            }
+            mAt = 0;
+            mEnd = static_cast<std::size_t>(count);
+            mOffset += mEnd;
+        }
+        if (mAt == mEnd) {
+            return false;
+        }
+        c = mBuffer[mAt++];
+        return true;
+    }
+
+private:
+    int mDescriptor;
+    std::uint64_t mOffset;
+    std::size_t mAt = 0;
+    std::size_t mEnd = 0;
+    std::array<char, kBlockBytes> mBuffer{};
+};
+
 Table::~Table() {
     if (mDescriptor >= 0) {
         close(mDescriptor);
@@ -117,13 +148,19 @@ Table::~Table() {
 }
 
 bool Table::Open(const std::string& name, Problems& problems) {
-    mDescriptor = name == "-" ? KeptInput() : open(name.c_str(), O_RDONLY | O_CLOEXEC);
-    char c = 0;
-    if (mDescriptor < 0 || (pread(mDescriptor, &c, 1, 0) < 0 && errno == EISDIR)) {
-        problems.Report(name, std::string("cannot be read (") + std::strerror(errno) + ")");
-        return false;
+    mDescriptor = name == "-" ? dup(STDIN_FILENO) : open(name.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat status {};
+    const bool isFile = name != "-" && fstat(mDescriptor, &status) == 0 && S_ISREG(status.st_mode);
+    if (mDescriptor >= 0 && !isFile) {
+        const int kept = Kept(mDescriptor);
+        const int error = errno;
+        close(std::exchange(mDescriptor, kept));
+        errno = error;
     }
-    return true;
+    if (mDescriptor < 0) {
+        problems.Report(name, WhyUnreadable(errno));
+    }
+    return mDescriptor >= 0;
 }
 
 bool Table::Read(const std::string& name, Problems& problems) {
@@ -141,7 +178,13 @@ bool Table::Read(const std::string& name, Problems& problems) {
     }
     const std::size_t first = start.find_first_not_of(" \t\r\n", begin);
     mIsJSON = first != std::string_view::npos && (start[first] == '{' || start[first] == '[');
-    mIsJSON ? ReadJSON(name, begin, problems) : ReadCSV(name, begin, problems);
+    try {
+        Bytes bytes(mDescriptor, begin);
+        mIsJSON ? ReadJSON(name, bytes, problems) : ReadCSV(name, bytes, problems);
+    } catch (const std::system_error& error) {
+        problems.Report(name, WhyUnreadable(error.code().value()));
+        return false;
+    }
     return !mFiles.empty();
 }
 
@@ -168,50 +211,53 @@ void Table::AddRow(const std::string& name, const std::string& file, const Place
     }
 }
 
-void Table::ReadCSV(const std::string& name, std::uint64_t begin, Problems& problems) {
-    Bytes bytes(mDescriptor, begin);
+void Table::ReadCSV(const std::string& name, Bytes& bytes, Problems& problems) {
     std::string record;
-    char c = 0;
     for (std::size_t number = 1;; ++number) {
         const std::uint64_t offset = bytes.Offset();
-        record.clear();
-        CSVRecordEnd end(mSeparator);
-        while (record.size() < kLongestRow && bytes.Next(c)) {
-            record += c;
-            // The header tells what stands between the fields: a comma, or what tables of some countries have instead.
-            if (number == 1 && mHeader.empty() && std::string_view(",;\t").find(c) != std::string_view::npos) {
-                mSeparator = c;
-                mHeader.emplace_back();
-                end = CSVRecordEnd(c);
-            }
-            if (end.Take(c)) {
-                break;
-            }
-        }
+        record = TakeCSVRecord(bytes);
         if (record.empty()) {
             return;
         }
-        if (record.find_first_not_of("\r\n") == std::string::npos) {
+        if (IsBlank(record)) {
             continue;
         }
         try {
-            std::vector<std::string> fields = CSVFields(record, mSeparator);
-            if (number == 1) {
-                mHeader = std::move(fields);
-                if (std::find(mHeader.begin(), mHeader.end(), "file") == mHeader.end()) {
-                    problems.Report(name, "has no column \"file\"");
-                    return;
-                }
-                for (const std::string& column : mHeader) {
-                    column.find(':') == std::string::npos || IsTaken(column, problems);
-                }
-            } else {
+            std::vector<std::string> fields = CSVFields(record, mSeparator.value());
+            if (!mHeader.empty()) {
                 AddRow(name, FileNameIn(RowFrom(fields)), {offset, record.size(), number}, problems);
+            } else if (!TakeHeader(std::move(fields), problems)) {
+                problems.Report(name, "has no column \"file\"");
+                return;
             }
         } catch (const std::invalid_argument& error) {
             problems.Report(name, Row(number, error.what()));
         }
     }
+}
+
+/// The record with its line end; empty at the end of the table. The first that is not blank tells the separator.
+std::string Table::TakeCSVRecord(Bytes& bytes) {
+    CSVRecordEnd end(mSeparator);
+    std::string record;
+    for (char c = 0; record.size() < kLongestRow && bytes.Next(c);) {
+        record += c;
+        if (end.Take(c)) {
+            break;
+        }
+    }
+    if (!mSeparator && !IsBlank(record)) {
+        mSeparator = end.Separator();
+    }
+    return record;
+}
+
+bool Table::TakeHeader(std::vector<std::string> header, Problems& problems) {
+    mHeader = std::move(header);
+    for (const std::string& column : mHeader) {
+        column.find(':') == std::string::npos || IsTaken(column, problems);
+    }
+    return std::find(mHeader.begin(), mHeader.end(), "file") != mHeader.end();
 }
 
 nlohmann::json Table::RowFrom(const std::vector<std::string>& fields) const {
@@ -226,31 +272,21 @@ nlohmann::json Table::RowFrom(const std::vector<std::string>& fields) const {
     return row;
 }
 
-void Table::ReadJSON(const std::string& name, std::uint64_t begin, Problems& problems) {
-    Bytes bytes(mDescriptor, begin);
-    std::string record;
-    char c = 0;
-    for (std::size_t number = 1;; ++number) {
-        while (bytes.Next(c) && std::string_view(" \t\r\n,[]").find(c) != std::string_view::npos) {
-            c = 0;
+void Table::ReadJSON(const std::string& name, Bytes& bytes, Problems& problems) {
+    std::size_t number = 0;
+    for (char c = 0; bytes.Next(c);) {
+        if (std::string_view(" \t\r\n,[]").find(c) != std::string_view::npos) {
+            continue;
         }
-        if (c == 0) {
-            return;
-        }
+        ++number;
         const std::uint64_t offset = bytes.Offset() - 1;
-        record.assign(1, std::exchange(c, 0));
-        ObjectEnd end;
-        for (bool isDone = end.Take(record.front()); !isDone && record.size() < kLongestRow && bytes.Next(c);) {
-            record += std::exchange(c, 0);
-            isDone = end.Take(record.back());
-        }
+        const std::string record = TakeObject(c, bytes);
         const nlohmann::json row = nlohmann::json::parse(record, nullptr, false);
         if (!row.is_object()) {
             problems.Report(name, Row(number, "is no JSON object"));
             // What follows is not to be taken for something else.
             while (bytes.Next(c) && c != '\n') {
             }
-            c = 0;
             continue;
         }
         if (row.contains("error")) {
@@ -270,7 +306,7 @@ std::string Table::BytesAt(const Place& place) const {
         const ssize_t count =
             pread(mDescriptor, bytes.data() + done, bytes.size() - done, static_cast<off_t>(place.mOffset + done));
         if (count <= 0) {
-            throw std::invalid_argument("its row can no longer be read");
+            throw std::invalid_argument(kRowIsGone);
         }
         done += static_cast<std::size_t>(count);
     }
@@ -279,7 +315,11 @@ std::string Table::BytesAt(const Place& place) const {
 
 Cells Table::CellsFor(const std::string& file, bool emptyDeletes) const {
     const std::string bytes = BytesAt(mPlaces.at(file));
-    nlohmann::json row = mIsJSON ? nlohmann::json::parse(bytes, nullptr, false) : RowFrom(CSVFields(bytes, mSeparator));
+    nlohmann::json row =
+        mIsJSON ? nlohmann::json::parse(bytes, nullptr, false) : RowFrom(CSVFields(bytes, mSeparator.value()));
+    if (!row.is_object()) {
+        throw std::invalid_argument(kRowIsGone);
+    }
     for (const auto& [column, isTaken] : mColumns) {
         if (!isTaken) {
             row.erase(column);
@@ -291,16 +331,14 @@ Cells Table::CellsFor(const std::string& file, bool emptyDeletes) const {
     Cells cells;
     for (const auto& [column, cell] : row.items()) {
         const auto& text = cell.get_ref<const std::string&>();
-        const bool isEmptied = text.empty();
-        if (column.find(':') == std::string::npos || (isEmptied && !emptyDeletes)) {
+        if (column.find(':') == std::string::npos) {
             continue;
         }
-        // In a table x-default has a cell of its own, so that one alone is emptied.
-        const bool isAlternative = isEmptied && zephmetadata::PrimitiveTypeOfPath(ResolveTarget(column).mPath) ==
-                                                    zephmetadata::kPrimitiveType_Alt;
-        const bool isDefault = isAlternative && !column.ends_with(']');
-        cells[column + (isDefault ? "[?xml:lang=\"x-default\"]" : "")] =
-            isEmptied ? nlohmann::json() : CellOf(column, text);
+        if (!text.empty()) {
+            cells[column] = CellOf(column, text);
+        } else if (emptyDeletes) {
+            cells[DeletedColumn(column)] = nlohmann::json();
+        }
     }
     return cells;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -9,9 +10,6 @@
 #include "console.h"
 
 namespace zephmeta {
-
-/// What a file name looks like in a table: as it is, and the bytes of one that is no UTF-8 in hexadecimal digits beside it.
-std::string FileNameIn(const nlohmann::json& row);
 
 /// A table of files and their values, CSV (RFC 4180) or JSON objects one after the other or in an array. Of what is read
 /// only the places of the rows stay in memory.
@@ -38,9 +36,14 @@ private:
         std::size_t mNumber = 0;
     };
 
+    class Bytes;
+
     bool Open(const std::string& name, Problems& problems);
-    void ReadCSV(const std::string& name, std::uint64_t begin, Problems& problems);
-    void ReadJSON(const std::string& name, std::uint64_t begin, Problems& problems);
+    void ReadCSV(const std::string& name, Bytes& bytes, Problems& problems);
+    void ReadJSON(const std::string& name, Bytes& bytes, Problems& problems);
+    std::string TakeCSVRecord(Bytes& bytes);
+    /// False for a header without files.
+    bool TakeHeader(std::vector<std::string> header, Problems& problems);
     void AddRow(const std::string& name, const std::string& file, const Place& place, Problems& problems);
     /// Whether a column can be taken; says once why not.
     bool IsTaken(const std::string& column, Problems& problems);
@@ -49,8 +52,8 @@ private:
 
     int mDescriptor = -1;
     bool mIsJSON = false;
-    char mSeparator = ',';
-    std::vector<std::string> mHeader;  // of CSV
+    std::optional<char> mSeparator;    // of CSV, as
+    std::vector<std::string> mHeader;  // this
     std::unordered_map<std::string, bool> mColumns;
     std::vector<std::string> mFiles;
     std::unordered_map<std::string, Place> mPlaces;

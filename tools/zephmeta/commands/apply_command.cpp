@@ -3,6 +3,7 @@
 #include "console.h"
 #include "edits/changes.h"
 #include "json.h"
+#include "listing.h"
 #include "media_file.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/xmp_meta.h"
@@ -12,11 +13,6 @@ namespace zephmeta {
 namespace {
 
 using namespace zephmetadata;
-
-/// The top-level property that an expression lies in.
-std::string Property(const std::string& expression) {
-    return expression.substr(0, expression.find_first_of("[/"));
-}
 
 XMPMetaPtr Copy(XMPMetaHandle tree) {
     return tree != nullptr ? CloneXMPMeta(tree) : CreateXMPMeta();
@@ -63,7 +59,7 @@ private:
             }
             std::string last;
             for (const Change& change : changes) {
-                if (const std::string property = Property(change.mExpression); property != last) {
+                if (const std::string property = PropertyOf(change.mExpression); property != last) {
                     access.AddChange(PathForExpression(property));
                     last = property;
                 }

@@ -28,8 +28,8 @@ int Get(GetRequest request);
 
 struct FindRequest {
     BatchOptions mBatch;
-    std::string
-        mIndex;  ///< a database that export made, to be asked instead of files; the condition may be the only name then
+    /// A database that export made, to be asked instead of files; the condition may be the only name then.
+    std::string mIndex;
     std::string mText;  ///< words to be found in its texts
 };
 /// Prints the names of the files. 2 when the request itself is wrong.
@@ -57,8 +57,8 @@ struct ExportRequest {
 };
 /// 2 when it is not said what to make.
 int Export(ExportRequest request);
-/// The same into a database.
-int ExportIndex(ExportRequest request);
+/// The part of it that makes a database.
+int ExportIndex(ExportRequest request, Problems& problems);
 
 struct ImportRequest {
     BatchOptions mBatch;
@@ -80,10 +80,6 @@ int ShowFormats(bool json);
 int ShowSchemas(const std::string& prefix, bool json);
 int ShowTypes(const std::string& id, bool json);
 
-struct PanelRequest {
-    std::vector<std::string> mFiles;
-    SheetWish mWish;
-};
 /// Findings about the packet, with @p native also about what stands in Exif and IPTC-IIM alone. 1 also when a file has
 /// a finding of severity error.
 int Validate(const BatchOptions& options, bool native);
@@ -138,6 +134,10 @@ int NewPackage(const PackageRequest& request);
 /// Prints the log. 1 when a panel could not be converted.
 int ConvertPanels(zephmetadata::OrbVersion generation, bool json);
 
+struct PanelRequest {
+    std::vector<std::string> mFiles;
+    SheetWish mWish;
+};
 int ShowPanel(const PanelRequest& request);
 int ShowViews(const std::string& name, bool json);
 

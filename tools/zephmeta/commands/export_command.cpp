@@ -23,32 +23,23 @@ Json EmptyRow(const std::vector<std::string>& only) {
     return row;
 }
 
-}  // namespace
-
-int Export(ExportRequest request) {
-    Problems problems;
-    problems.ReportCollected({});
+/// Why a table cannot be asked for like this; empty when it can.
+std::string WhyWrong(const ExportRequest& request) {
     if (!request.mSQLite.empty()) {
-        return ExportIndex(std::move(request));
+        return {};
     }
+    return request.mCSV.empty() && request.mJson.empty() ? "nothing to make"
+           : request.mUpdate                             ? "--update goes with --sqlite"
+                                                         : "";
+}
+
+int ExportTable(ExportRequest request, Problems& problems) {
     const bool isCSV = !request.mCSV.empty();
     const std::string name = isCSV ? request.mCSV : request.mJson;
-    if (name.empty() || request.mUpdate) {
-        problems.Report({}, std::string(name.empty() ? "nothing to make" : "--update goes with --sqlite") +
-                                "; see \"zephmeta export --help\"");
-        return 2;
-    }
-    for (const std::string& column : request.mOnly) {
-        if (const std::string problem = WhyNoColumn(column); !problem.empty()) {
-            problems.Report({}, problem);
-        }
-    }
     NewTable table(name);
     if (!table.Problem().empty()) {
         problems.Report(name, table.Problem());
-    }
-    if (problems.ExitStatus() != 0) {
-        return problems.ExitStatus();
+        return 1;
     }
     std::optional<WaitingRows> rows;
     if (isCSV) {
@@ -77,6 +68,27 @@ int Export(ExportRequest request) {
         return 1;
     }
     return status;
+}
+
+}  // namespace
+
+int Export(ExportRequest request) {
+    Problems problems;
+    problems.ReportCollected({});
+    if (const std::string problem = WhyWrong(request); !problem.empty()) {
+        problems.Report({}, problem + "; see \"zephmeta export --help\"");
+        return 2;
+    }
+    for (const std::string& column : request.mOnly) {
+        if (const std::string problem = WhyNoColumn(column); !problem.empty()) {
+            problems.Report({}, problem);
+        }
+    }
+    if (problems.ExitStatus() != 0) {
+        return problems.ExitStatus();
+    }
+    return request.mSQLite.empty() ? ExportTable(std::move(request), problems)
+                                   : ExportIndex(std::move(request), problems);
 }
 
 }  // namespace zephmeta

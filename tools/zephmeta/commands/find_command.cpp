@@ -1,7 +1,7 @@
 #include <iostream>
 
 #include "batch/batch.h"
-#include "collections/index.h"
+#include "collections/index_reader.h"
 #include "commands/commands.h"
 #include "json.h"
 

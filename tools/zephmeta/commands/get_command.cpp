@@ -70,16 +70,9 @@ FoundValue Find(XMPMetaHandle tree, const Target& target, bool raw) {
     return found;
 }
 
-/// A field of a table: with quotes where RFC 4180 asks for them, or where a program for tables would take it for a formula.
+/// A field of a table with commas (RFC 4180).
 std::string CSVField(const std::string& text) {
-    if (text.find_first_of(",\"\r\n") == std::string::npos) {
-        return text;
-    }
-    std::string field = "\"";
-    for (const char c : text) {
-        field.append(c == '"' ? 2 : 1, c);
-    }
-    return field + "\"";
+    return text.find_first_of(",\"\r\n") == std::string::npos ? text : InDoubleQuotes(text);
 }
 
 class GetCommand {
@@ -190,13 +183,13 @@ int Get(GetRequest request) {
     }
     problems.ReportCollected({});
     if (request.mTogether) {
-        const std::vector<MediaFile> files = OpenAll(FileNames(request.mBatch.mFiles, problems), problems);
-        if (files.empty()) {
-            return problems.ExitStatus();
+        const std::optional<std::vector<MediaFile>> files = OpenTogether(request.mBatch, problems);
+        if (!files || files->empty()) {
+            return files ? problems.ExitStatus() : 2;
         }
         // Several files have no name in common that a problem could begin with.
-        FileResult result(files.size() == 1 ? files.front().Name() : "zephmeta");
-        const auto provider = AsOne(files);
+        FileResult result(files->size() == 1 ? files->front().Name() : "zephmeta");
+        const auto provider = AsOne(*files);
         GetCommand(request, wanted, false).ReadFile(*zephmetadata::MetaDataReadAccess(provider), {}, result);
         return result.Tell(problems.ExitStatus());
     }

@@ -3,7 +3,7 @@
 
 #include "batch/batch.h"
 #include "collections/cells.h"
-#include "collections/index.h"
+#include "collections/index_writer.h"
 #include "commands/commands.h"
 
 namespace zephmeta {
@@ -72,16 +72,7 @@ int FillIndex(ExportRequest& request, Problems& problems) {
 
 }  // namespace
 
-int ExportIndex(ExportRequest request) {
-    Problems problems;
-    for (const std::string& column : request.mOnly) {
-        if (const std::string problem = WhyNoColumn(column); !problem.empty()) {
-            problems.Report({}, problem);
-        }
-    }
-    if (problems.ExitStatus() != 0) {
-        return problems.ExitStatus();
-    }
+int ExportIndex(ExportRequest request, Problems& problems) {
     try {
         return FillIndex(request, problems);
     } catch (const DatabaseError& error) {

@@ -100,55 +100,58 @@ void PrintJson(const std::vector<sp<Definition>>& definitions) {
     std::cout << JsonPage(list) << '\n';
 }
 
-}  // namespace
+void PrintTypeList(const std::vector<sp<TypeDefinition>>& types) {
+    std::vector<Row> rows;
+    rows.reserve(types.size());
+    for (const auto& type : types) {
+        rows.push_back({type->mName, BuiltOn(*type), "", Shown(type->mLabel)});
+    }
+    PrintRows(std::move(rows));
+}
 
-int ShowSchemas(const std::string& prefix, bool json) {
+/// What a command that lists definitions, or shows one of them, differs by.
+template <typename Definition>
+struct ListForm {
+    UTF8String Definition::*mKey;
+    const char* mNone;  ///< of a key that nothing has
+    const char* mHint;
+    void (*mPrintAll)(const std::vector<sp<Definition>>& definitions);
+    void (*mPrintOne)(const Definition& definition);
+};
+
+template <typename Definition>
+int Show(std::vector<sp<Definition>> definitions, const std::string& key, bool json, const ListForm<Definition>& form) {
     Problems problems;
     problems.ReportCollected({});
-    std::vector<sp<SchemaDefinition>> schemas = RegisteredSchemaDefinitions();
-    if (!prefix.empty()) {
-        std::erase_if(schemas, [&](const auto& schema) { return schema->mPrefix != prefix; });
-        if (schemas.empty()) {
-            problems.Report({}, "no schema has the prefix \"" + prefix + "\"; \"zephmeta schemas\" lists them");
+    if (!key.empty()) {
+        std::erase_if(definitions, [&](const auto& definition) { return (*definition).*form.mKey != key; });
+        if (definitions.empty()) {
+            problems.Report({}, std::string(form.mNone) + " \"" + key + "\"; " + form.mHint);
             return problems.ExitStatus();
         }
     }
     if (json) {
-        PrintJson(schemas);
-    } else if (prefix.empty()) {
-        PrintSchemaList(schemas);
+        PrintJson(definitions);
+    } else if (key.empty()) {
+        form.mPrintAll(definitions);
     } else {
-        for (const auto& schema : schemas) {
-            PrintSchema(*schema);
-        }
+        std::for_each(definitions.begin(), definitions.end(), [&](const auto& one) { form.mPrintOne(*one); });
     }
     return problems.ExitStatus();
 }
 
+}  // namespace
+
+int ShowSchemas(const std::string& prefix, bool json) {
+    return Show<SchemaDefinition>(RegisteredSchemaDefinitions(), prefix, json,
+                                  {&SchemaDefinition::mPrefix, "no schema has the prefix",
+                                   "\"zephmeta schemas\" lists them", PrintSchemaList, PrintSchema});
+}
+
 int ShowTypes(const std::string& id, bool json) {
-    Problems problems;
-    problems.ReportCollected({});
-    std::vector<sp<TypeDefinition>> types = RegisteredTypeDefinitions();
-    if (!id.empty()) {
-        std::erase_if(types, [&](const auto& type) { return type->mName != id; });
-        if (types.empty()) {
-            problems.Report({}, "no type is named \"" + id + "\"; \"zephmeta types\" lists them");
-            return problems.ExitStatus();
-        }
-    }
-    if (json) {
-        PrintJson(types);
-    } else if (!id.empty()) {
-        PrintType(*types.front());
-    } else {
-        std::vector<Row> rows;
-        rows.reserve(types.size());
-        for (const auto& type : types) {
-            rows.push_back({type->mName, BuiltOn(*type), "", Shown(type->mLabel)});
-        }
-        PrintRows(std::move(rows));
-    }
-    return problems.ExitStatus();
+    return Show<TypeDefinition>(
+        RegisteredTypeDefinitions(), id, json,
+        {&TypeDefinition::mName, "no type is named", "\"zephmeta types\" lists them", PrintTypeList, PrintType});
 }
 
 }  // namespace zephmeta

@@ -3,7 +3,8 @@
 #include "batch/batch.h"
 #include "commands/commands.h"
 #include "edits/edit_arguments.h"
-#include "edits/file_editor.h"
+#include "edits/together_editor.h"
+#include "listing.h"
 #include "media_file.h"
 #include "suggestions.h"
 #include "zephmetadata/edits.h"
@@ -23,7 +24,7 @@ FileEdits EditsFrom(const XMPMetaPtr& source, const std::vector<std::string>& ex
     };
     std::string last;
     for (const XMPNode& node : expressions.empty() ? XMPNodes(source.get()) : std::vector<XMPNode>()) {
-        const std::string property = node.mPath.substr(0, node.mPath.find_first_of("[/"));
+        const std::string property = PropertyOf(node.mPath);
         const Path path = PathForExpression(property);
         if (std::exchange(last, property) != property && !IsInstanceData(path) && PathEntryDefinition(path)) {
             copy(property, path);
@@ -35,83 +36,14 @@ FileEdits EditsFrom(const XMPMetaPtr& source, const std::vector<std::string>& ex
     return edits;
 }
 
-class SetCommand {
-public:
-    SetCommand(const SetRequest& request, std::vector<RequestedEdit> edits, FileEdits copies)
-        : mEditor(request.mWriting, request.mBatch), mEdits(std::move(edits)), mCopies(std::move(copies)) {}
-
-    void EditFile(MediaFile& file, FileResult& result) const {
-        mEditor.Edit(
-            file, [this](XMPMetaHandle tree) { return EditsOf(tree); }, result);
+/// The edits that were asked for and the copies, for a file that holds a tree.
+FileEdits EditsOf(const std::vector<RequestedEdit>& requested, const FileEdits& copies, XMPMetaHandle tree) {
+    FileEdits edits = EditsFor(requested, tree);
+    for (std::size_t i = 0; i < copies.mEdits.size(); ++i) {
+        edits.Add(copies.mEdits[i], copies.mExpressions[i]);
     }
-
-    /// The files as one, as an editor shows them: what they share changes in all, the rest stays each file's own.
-    int EditTogether(std::vector<MediaFile> files, Problems& problems) const {
-        std::erase_if(files, [&](MediaFile& file) { return !CanStart(file, problems); });
-        if (files.empty()) {
-            return problems.ExitStatus();
-        }
-        const auto provider = AsOne(files);
-        const FileEdits edits = EditsOf(*MetaDataReadAccess(provider));
-        std::string problem = edits.mProblem.empty() ? WhyNotTogether(provider, edits) : edits.mProblem;
-        EditReport report;
-        if (problem.empty()) {
-            report = ApplyEdits(provider, edits.mEdits);
-            problem = report.IsRefused() ? zephmeta::WhyRefused(edits, report) : std::string();
-        }
-        int status = problems.ExitStatus();
-        for (const MediaFile& file : files) {
-            FileResult result(file.Name());
-            const std::string failure = problem.empty() ? file.WriteProblem() : problem + kNothingWritten;
-            if (failure.empty()) {
-                mEditor.Print(file, ChangedOf(edits, report), {}, result);
-            } else {
-                result.Fail(failure);
-            }
-            status = result.Tell(status);
-        }
-        return status;
-    }
-
-private:
-    /// Gives a file without XMP its first where something is to be set.
-    bool CanStart(MediaFile& file, Problems& problems) const {
-        const XMPMetaPtr empty = CreateXMPMeta();
-        const bool isNeeded = !file.HasXMP() && ApplyEdits(empty.get(), EditsOf(empty.get()).mEdits).IsChanged();
-        if (isNeeded && !file.Start()) {
-            problems.Report(file.Name(), WhyNoFirst(file));
-            return false;
-        }
-        return true;
-    }
-
-    FileEdits EditsOf(XMPMetaHandle tree) const {
-        FileEdits edits = EditsFor(mEdits, tree);
-        for (std::size_t i = 0; i < mCopies.mEdits.size(); ++i) {
-            edits.Add(mCopies.mEdits[i], mCopies.mExpressions[i]);
-        }
-        return edits;
-    }
-
-    static std::string WhyNotTogether(const sp<MetaDataProvider>& provider, const FileEdits& edits) {
-        const MetaDataReadAccess access(provider);
-        for (std::size_t i = 0; i < edits.mEdits.size(); ++i) {
-            const Path& path = edits.mEdits[i].mPath;
-            if (IsInstanceData(path)) {
-                return edits.mExpressions[i] + ": tells one file from others; set it in each by itself";
-            }
-            if (path.mPathDescription.find('[') != std::string::npos && IsMixed(*access, path)) {
-                return edits.mExpressions[i] +
-                       ": the files hold different lists; set or delete the whole, or add to it";
-            }
-        }
-        return {};
-    }
-
-    FileEditor mEditor;
-    std::vector<RequestedEdit> mEdits;
-    FileEdits mCopies;
-};
+    return edits;
+}
 
 /// Tells assignments from files. A file that is there is a file, whatever its name looks like.
 void Sort(SetRequest& request) {
@@ -153,12 +85,14 @@ int Set(SetRequest request) {
         return reading.mIsWrongUsage ? 2 : 1;  // nothing is done by halves
     }
     request.mBatch.mMakesSidecars = true;
-    const SetCommand command(request, reading.mEdits, std::move(copies));
+    const FileEditor::EditSource editsOf = [&](XMPMetaHandle tree) { return EditsOf(reading.mEdits, copies, tree); };
     if (request.mTogether) {
-        return command.EditTogether(OpenAll(FileNames(request.mBatch.mFiles, problems), problems), problems);
+        auto files = OpenTogether(request.mBatch, problems);
+        return files ? TogetherEditor(request.mWriting, request.mBatch, editsOf).Edit(*std::move(files), problems) : 2;
     }
+    const FileEditor editor(request.mWriting, request.mBatch);
     return Batch(request.mBatch, problems).Run([&](MediaFile& file, FileResult& result) {
-        command.EditFile(file, result);
+        editor.Edit(file, editsOf, result);
     });
 }
 

@@ -1,7 +1,6 @@
 #include "edits/file_editor.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -18,24 +17,6 @@ namespace zephmeta {
 namespace {
 
 using namespace zephmetadata;
-
-/// The times of a file, to be put back after it was written.
-class KeptTime {
-public:
-    KeptTime(const std::string& name, bool isKept)
-        : mName(name), mIsKept(isKept && stat(name.c_str(), &mStatus) == 0) {}
-    void PutBack() const {
-        const std::array times = {mStatus.st_atim, mStatus.st_mtim};
-        if (mIsKept) {
-            utimensat(AT_FDCWD, mName.c_str(), times.data(), 0);
-        }
-    }
-
-private:
-    std::string mName;
-    struct stat mStatus {};
-    bool mIsKept;
-};
 
 /// An item is meant by its place in the list that was read, everything else can be done to what is there now.
 bool IsRepeatable(const FileEdits& edits) {
@@ -131,7 +112,6 @@ void FileEditor::MakeSidecar(const MediaFile& file, const FileEdits& edits, File
     Print(file, ChangedOf(edits, report), {}, result);
 }
 
-/// The file as it is, under a name with the suffix, unless that is there already. Why not; empty when it is there.
 std::string FileEditor::Backup(const std::string& name) const {
     if (mWriting.mBackup.empty()) {
         return {};
@@ -163,6 +143,16 @@ void FileEditor::Print(const MediaFile& file, const std::vector<std::string>& ch
     result.Print(OneLine(file.Name()) + ": " + word + (sidecar.empty() ? "" : " to its sidecar " + OneLine(sidecar)));
     for (const Change& change : changes) {
         result.Print("  " + OneLine(change.mExpression) + ": " + InWords(change));
+    }
+}
+
+KeptTime::KeptTime(const std::string& name, bool isKept)
+    : mName(name), mIsKept(isKept && stat(name.c_str(), &mStatus) == 0) {}
+
+void KeptTime::PutBack() const {
+    const std::array times = {mStatus.st_atim, mStatus.st_mtim};
+    if (mIsKept) {
+        utimensat(AT_FDCWD, mName.c_str(), times.data(), 0);
     }
 }
 

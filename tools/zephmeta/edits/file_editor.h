@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <functional>
 #include <string>
 #include <vector>
@@ -28,6 +30,10 @@ public:
 
     void Edit(MediaFile& file, const EditSource& editsOf, FileResult& result) const;
 
+    /// Keeps the file as it is under a name with the suffix, unless that is there already. Why not; empty when it is there, or
+    /// not wanted.
+    std::string Backup(const std::string& name) const;
+
     /// What is said of a file of which the values at some expressions changed.
     void Print(const MediaFile& file, const std::vector<std::string>& changed, const std::vector<Change>& changes,
                FileResult& result) const;
@@ -37,10 +43,21 @@ private:
     void Rehearse(const MediaFile& file, const FileEdits& edits, FileResult& result) const;
     bool Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain, FileResult& result) const;
     void MakeSidecar(const MediaFile& file, const FileEdits& edits, FileResult& result) const;
-    std::string Backup(const std::string& name) const;
 
     const WritingOptions& mWriting;
     const BatchOptions& mBatch;
+};
+
+/// The times of a file, to be put back after it was written.
+class KeptTime {
+public:
+    KeptTime(const std::string& name, bool isKept);
+    void PutBack() const;
+
+private:
+    std::string mName;
+    struct stat mStatus {};
+    bool mIsKept;
 };
 
 /// Behind the reason of a refusal.

@@ -5,6 +5,7 @@
 #include <map>
 #include <set>
 
+#include "listing.h"
 #include "text.h"
 #include "zephmetadata/definitions.h"
 #include "zephmetadata/values.h"
@@ -242,12 +243,12 @@ private:
     void AddRest(ViewDefinition& view) {
         std::set<std::string> tops;
         for (const std::string& expression : mShown) {
-            tops.insert(expression.substr(0, expression.find_first_of("/[")));
+            tops.insert(PropertyOf(expression));
         }
         std::map<std::string, sp<ViewItem>> sections;
         std::size_t others = 0;
         for (const XMPNode& node : mTree != nullptr ? XMPNodes(mTree) : std::vector<XMPNode>()) {
-            if (node.mPath.find_first_of("/[") != std::string::npos || tops.contains(node.mPath)) {
+            if (PropertyOf(node.mPath) != node.mPath || tops.contains(node.mPath)) {
                 continue;
             }
             const Path path = PathForExpression(node.mPath);
@@ -283,14 +284,18 @@ bool IsSameMoment(const std::string& left, const std::string& right) {
     return size >= kDay && left.compare(0, size, right, 0, size) == 0;
 }
 
+bool SaysWhenCreated(const PanelItem& item) {
+    return std::find(kCreated.begin(), kCreated.end(), item.mPath) != kCreated.end();
+}
+
 /// Leaves of dates that are one moment the first, with all parts that any of them has.
 void DropSameMoments(std::vector<PanelItem>& items) {
     std::vector<PanelItem> kept;
     for (PanelItem& item : items) {
-        const bool isDate = std::find(kCreated.begin(), kCreated.end(), item.mPath) != kCreated.end();
-        const auto same = std::find_if(kept.begin(), kept.end(), [&](const PanelItem& other) {
-            const bool isOtherDate = std::find(kCreated.begin(), kCreated.end(), other.mPath) != kCreated.end();
-            return isDate && isOtherDate && IsSameMoment(other.mRaw, item.mRaw);
+        // A section may have any number of other items.
+        const auto from = SaysWhenCreated(item) ? kept.begin() : kept.end();
+        const auto same = std::find_if(from, kept.end(), [&](const PanelItem& other) {
+            return SaysWhenCreated(other) && IsSameMoment(other.mRaw, item.mRaw);
         });
         if (same == kept.end()) {
             kept.push_back(std::move(item));

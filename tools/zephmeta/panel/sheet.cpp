@@ -6,7 +6,7 @@
 
 #include "panel/overview.h"
 #include "panel/thumbnail.h"
-#include "together.h"
+#include "providers.h"
 #include "zephcore/environment.h"
 #include "zephcore/text.h"
 #include "zephmetadata/values.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string_view>
 #include <vector>
 
 #include "zephmetadata/providers.h"
@@ -10,5 +11,11 @@ namespace zephmeta {
 /// has no values. Of one provider that itself.
 zephmetadata::sp<zephmetadata::MetaDataProvider> Together(
     const std::vector<zephmetadata::sp<zephmetadata::MetaDataProvider>>& providers);
+
+/// A provider over a tree alone: what is edited in it is written nowhere.
+zephmetadata::sp<zephmetadata::MetaDataProvider> InMemory(const zephmetadata::XMPMetaPtr& tree);
+
+/// Whether a file of that name is a sidecar, and no media.
+bool IsSidecarName(std::string_view name);
 
 }  // namespace zephmeta

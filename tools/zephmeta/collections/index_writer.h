@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "batch/condition.h"
 #include "collections/database.h"
+#include "zephmetadata/types.h"
 
 namespace zephmeta {
 
@@ -59,32 +59,21 @@ public:
     void Commit();
 
 private:
+    class NewFile;
     struct Statements;
 
+    void Open(const std::string& name);
+    void Make(const std::string& name);
     void Try(const std::function<void()>& change);
     void Drop(const std::string& file);
     void PutValues(std::int64_t id, const std::vector<IndexedValue>& values);
     std::int64_t PutFile(const std::string& file, const FileStamp& stamp, const std::string& problem);
 
-    std::string mName;
-    std::string mNewName;  // of the new database until it takes its place; empty for an update
-    std::mutex mMutex;     // of what follows
+    std::unique_ptr<NewFile> mNewFile;  // null for an update
+    std::mutex mMutex;                  // of what follows
     std::string mFailure;
     std::unique_ptr<Database> mDatabase;
     std::unique_ptr<Statements> mStatements;
-};
-
-/// Asks an index; no file is opened. All that fails throws DatabaseError, a search that cannot be read std::invalid_argument.
-class IndexReader {
-public:
-    using Visit = std::function<void(const std::string& file, const ValueSource& values)>;
-
-    explicit IndexReader(const std::string& name);
-    /// Every file that could be read, in the order of their names; with @p words only those whose texts match them.
-    void ForEach(const std::string& words, const Visit& visit) const;
-
-private:
-    Database mDatabase;
 };
 
 }  // namespace zephmeta
