@@ -5,6 +5,7 @@
 
 #include "media/files/file_replacement.h"
 #include "media/files/plan_check.h"
+#include "media/files/undo_log.h"
 
 namespace zephmetadata::media {
 
@@ -24,6 +25,35 @@ UTF8String DifferenceOf(const CarriedEdit& edit, const CheckMedia& check) {
     UTF8String difference = PlanDifference(edit.mPlan, *edit.mBefore, *edit.mAfter);
     return difference.empty() && check ? check(edit) : difference;
 }
+
+/// A write on the way, for the log of its thread. Without a log it costs nothing.
+class LoggedWrite {
+public:
+    /// False when what was there cannot be read.
+    bool Note(FileChangeKind kind, const Plan& plan, const ByteSource& before, const ByteSource& after) {
+        if (mLog != nullptr) {
+            mUndo = UndoOf(plan, before, after);
+        }
+        if (mUndo) {
+            mUndo->mKind = kind;
+        }
+        return mLog == nullptr || mUndo;
+    }
+
+    WriteOutcome Done(const std::string& nativePath, WriteOutcome outcome) {
+        if (mUndo && outcome.IsSuccess()) {
+            mUndo->mFileSize = outcome.mStamp.mSize;
+            mUndo->mSeconds = outcome.mStamp.mModified.mSeconds;
+            mUndo->mNanoseconds = outcome.mStamp.mModified.mNanoseconds;
+            mLog->Add(nativePath, std::move(*mUndo));
+        }
+        return outcome;
+    }
+
+private:
+    UndoLog* mLog = UndoLog::Innermost();
+    std::optional<FileChange> mUndo;
+};
 
 }  // namespace
 
@@ -64,8 +94,13 @@ WriteOutcome ReplaceMedia(const std::string& nativePath, const FileStamp& expect
         return outcome;
     }
     UTF8String difference = DifferenceOf({edit.mPlan, replacement.Old(), replacement.New()}, check);
-    return difference.empty() ? replacement.Commit()
-                              : Failure(FileStatus::kFileStatus_NotWritten, std::move(difference));
+    if (!difference.empty()) {
+        return Failure(FileStatus::kFileStatus_NotWritten, std::move(difference));
+    }
+    LoggedWrite log;
+    return log.Note(kFileChange_Edit, edit.mPlan, *replacement.Old(), *replacement.New())
+               ? log.Done(nativePath, replacement.Commit())
+               : Failure(FileStatus::kFileStatus_Unreadable);
 }
 
 WriteOutcome CreateMedia(const std::string& nativePath, std::string_view bytes) {
@@ -82,7 +117,24 @@ WriteOutcome CreateMedia(const std::string& nativePath, std::string_view bytes) 
         return errno == EEXIST ? Failure(FileStatus::kFileStatus_Changed) : SystemFailure();
     }
     place->Sync();
-    return Success(StampOf(file.Number()));
+    Plan whole;
+    whole.Insert(0, std::string(bytes), Touch::kBlock);
+    LoggedWrite log;
+    log.Note(kFileChange_Remove, whole, MemorySource({}), MemorySource(std::string(bytes)));
+    return log.Done(nativePath, Success(StampOf(file.Number())));
+}
+
+WriteOutcome RemoveMedia(const std::string& nativePath, const FileStamp& expected) {
+    FileReplacement file(nativePath, expected);
+    if (!file.Opened().IsSuccess()) {
+        return file.Opened();
+    }
+    Plan whole;
+    whole.Remove({0, expected.mSize}, Touch::kBlock);
+    LoggedWrite log;
+    return log.Note(kFileChange_Make, whole, *file.Old(), MemorySource({}))
+               ? log.Done(nativePath, file.Remove())
+               : Failure(FileStatus::kFileStatus_Unreadable);
 }
 
 }  // namespace zephmetadata::media
