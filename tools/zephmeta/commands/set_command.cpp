@@ -7,6 +7,7 @@
 #include "media_file.h"
 #include "suggestions.h"
 #include "zephmetadata/edits.h"
+#include "zephmetadata/file_changes.h"
 #include "zephmetadata/xmp_meta.h"
 
 namespace zephmeta {
@@ -54,6 +55,7 @@ public:
         const auto provider = AsOne(files);
         const FileEdits edits = EditsOf(*MetaDataReadAccess(provider));
         std::string problem = edits.mProblem.empty() ? WhyNotTogether(provider, edits) : edits.mProblem;
+        const UndoScope undo;
         EditReport report;
         if (problem.empty()) {
             report = ApplyEdits(provider, edits.mEdits);
@@ -62,6 +64,9 @@ public:
         int status = problems.ExitStatus();
         for (const MediaFile& file : files) {
             FileResult result(file.Name());
+            if (&file == &files.front()) {
+                mEditor.Kept().Record(undo, ChangedOf(edits, report), result);
+            }
             const std::string failure = problem.empty() ? file.WriteProblem() : problem + kNothingWritten;
             if (failure.empty()) {
                 mEditor.Print(file, ChangedOf(edits, report), {}, result);

@@ -1,15 +1,12 @@
 #include "edits/file_editor.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <unordered_set>
 
-#include "documents/document_file.h"
+#include "edits/kept_time.h"
 #include "json.h"
+#include "zephcore/files.h"
 #include "zephmetadata/edits.h"
 #include "zephmetadata/xmp_meta.h"
 
@@ -18,24 +15,6 @@ namespace zephmeta {
 namespace {
 
 using namespace zephmetadata;
-
-/// The times of a file, to be put back after it was written.
-class KeptTime {
-public:
-    KeptTime(const std::string& name, bool isKept)
-        : mName(name), mIsKept(isKept && stat(name.c_str(), &mStatus) == 0) {}
-    void PutBack() const {
-        const std::array times = {mStatus.st_atim, mStatus.st_mtim};
-        if (mIsKept) {
-            utimensat(AT_FDCWD, mName.c_str(), times.data(), 0);
-        }
-    }
-
-private:
-    std::string mName;
-    struct stat mStatus {};
-    bool mIsKept;
-};
 
 /// An item is meant by its place in the list that was read, everything else can be done to what is there now.
 bool IsRepeatable(const FileEdits& edits) {
@@ -91,6 +70,7 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
     }
     const KeptTime time(file.Name(), mWriting.mKeepTime);
     const XMPMetaPtr before = mBatch.mVerbose ? CloneXMPMeta(*MetaDataReadAccess(file.Provider())) : nullptr;
+    const UndoScope undo;
     const EditReport report = ApplyEdits(file.Provider(), edits.mEdits);
     if (report.IsRefused()) {
         const bool hasTree = *MetaDataReadAccess(file.Provider()) != nullptr;
@@ -105,6 +85,7 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
         return false;
     }
     time.PutBack();
+    mJournal->Record(undo, ChangedOf(edits, report), result, &time);
     result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
     std::vector<Change> changes;
     if (mBatch.mVerbose && report.IsChanged()) {
@@ -119,13 +100,22 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
 void FileEditor::MakeSidecar(const MediaFile& file, const FileEdits& edits, FileResult& result) const {
     const XMPMetaPtr tree = CreateXMPMeta();
     const EditReport report = ApplyEdits(tree.get(), edits.mEdits);
-    std::string problem = report.IsRefused() ? WhyRefused(edits, report) + kNothingWritten : std::string();
-    if (report.IsChanged()) {
-        problem = WriteNewFile(file.Name(), SerializeXMPMeta(tree.get()));
-    }
-    if (!problem.empty()) {
-        result.Fail(problem);
+    if (report.IsRefused()) {
+        result.Fail(WhyRefused(edits, report) + kNothingWritten);
         return;
+    }
+    if (report.IsChanged()) {
+        const UndoScope undo;
+        FileChange making;
+        making.mPath = zephcore::PathFromNative(file.Name());
+        making.mKind = kFileChange_Make;
+        making.mBytes.push_back({0, 0, SerializeXMPMeta(tree.get())});
+        const FileReport made = ChangeFile(making);
+        if (made.mStatus != kFileStatus_Success) {
+            result.Fail(Describe(made));
+            return;
+        }
+        mJournal->Record(undo, ChangedOf(edits, report), result);
     }
     result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
     Print(file, ChangedOf(edits, report), {}, result);

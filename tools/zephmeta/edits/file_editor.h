@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 #include "edits/changes.h"
 #include "edits/edit_arguments.h"
 #include "media_file.h"
+#include "undo/journal.h"
 
 namespace zephmeta {
 
@@ -32,6 +34,9 @@ public:
     void Print(const MediaFile& file, const std::vector<std::string>& changed, const std::vector<Change>& changes,
                FileResult& result) const;
 
+    /// Where what was written is kept, so that it can be taken back.
+    Journal& Kept() const { return *mJournal; }
+
 private:
     bool EditOnce(MediaFile& file, const EditSource& editsOf, bool mayTryAgain, FileResult& result) const;
     void Rehearse(const MediaFile& file, const FileEdits& edits, FileResult& result) const;
@@ -41,6 +46,7 @@ private:
 
     const WritingOptions& mWriting;
     const BatchOptions& mBatch;
+    std::unique_ptr<Journal> mJournal = std::make_unique<Journal>();
 };
 
 /// Behind the reason of a refusal.
