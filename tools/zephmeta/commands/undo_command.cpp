@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <mutex>
 #include <system_error>
 #include <unordered_set>
@@ -80,9 +81,8 @@ public:
         std::sort(entries.begin(), entries.end(),
                   [](const auto& left, const auto& right) { return left.mPath < right.mPath; });
         std::vector<std::string> names;
-        for (const JournalFile::Entry& entry : entries) {
-            names.push_back(NameFromHere(entry.mPath));
-        }
+        std::transform(entries.begin(), entries.end(), std::back_inserter(names),
+                       [](const JournalFile::Entry& entry) { return NameFromHere(entry.mPath); });
         const int status =
             Batch(mRequest.mBatch, problems).RunPlainly(names, [&](std::size_t number, FileResult& result) {
                 Do(entries[number], result);
