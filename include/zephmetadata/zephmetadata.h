@@ -4,6 +4,7 @@
 #include "zephmetadata/definitions.h"
 #include "zephmetadata/edits.h"
 #include "zephmetadata/extensions.h"
+#include "zephmetadata/file_changes.h"
 #include "zephmetadata/formatting.h"
 #include "zephmetadata/languages.h"
 #include "zephmetadata/library.h"

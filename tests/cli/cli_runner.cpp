@@ -67,6 +67,7 @@ Outcome RunProgram(const std::filesystem::path& folder, const std::string& progr
 }
 
 CliTest::CliTest() {
+    setenv("XDG_STATE_HOME", (mFolder.Path() / "state").c_str(), 1);
     std::filesystem::create_directory(mFolder.Path() / "files");
     std::filesystem::copy(ZEPHMETADATA_TEST_DATA, mFolder.Path() / "files");
 }

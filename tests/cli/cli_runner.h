@@ -44,6 +44,8 @@ protected:
 
     std::filesystem::path At(const std::string& name) const { return mFolder.Path() / "files" / name; }
     std::string Bytes(const std::string& name) const { return support::ReadFile(At(name)); }
+    /// Where the program keeps what it can undo.
+    std::filesystem::path State() const { return mFolder.Path() / "state/zephmeta"; }
     void Write(const std::string& name, std::string_view bytes) const { mFolder.Write("files/" + name, bytes); }
 
 private:

@@ -140,6 +140,10 @@ TEST_F(Collections, SurviveAnInterrupt) {
                     ::testing::HasSubstr("600 files: " + (written == 0 ? "" : std::to_string(written) + " written, ") +
                                          std::to_string(kFiles - written) + " not begun (interrupted)"));
     }
+    EXPECT_EQ(Zephmeta({"undo", "-q"}).mStatus, written == 0 ? 1 : 0);
+    for (const auto& entry : std::filesystem::directory_iterator(At("many"))) {
+        ASSERT_TRUE(support::ReadFile(entry.path()) == Sample("packet.png")) << entry.path() << " was not taken back";
+    }
     EXPECT_EQ(Zephmeta({"set", "-q", "-r", "many", "dc:source=new"}), (Outcome{0, "", ""})) << "the rest";
 }
 

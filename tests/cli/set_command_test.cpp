@@ -176,13 +176,6 @@ INSTANTIATE_TEST_SUITE_P(Rows, Refusing, ::testing::ValuesIn(kRefusalRows),
 
 class SetCommand : public CliTest {};
 
-TEST_F(SetCommand, DoesTheOtherFilesWhenOneIsBad) {
-    EXPECT_EQ(Zephmeta({"set", "packet.png", "broken-packet.jpg", "xmp:Rating=2", "packet.tif"}),
-              (Outcome{1, "packet.png: written\npacket.tif: written\n", kBrokenPacket}));
-    EXPECT_EQ(Get("packet.png", {"xmp:Rating"}).at("xmp:Rating"), "2");
-    EXPECT_EQ(Get("packet.tif", {"xmp:Rating"}).at("xmp:Rating"), "2");
-}
-
 TEST_F(SetCommand, MovesDatesAndStatesTheirZone) {
     struct Row {
         const char* mDate;

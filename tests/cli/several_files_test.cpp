@@ -107,14 +107,6 @@ TEST_F(SeveralFiles, AreEditedTogetherAsTheOptionsSay) {
     EXPECT_EQ(get("dc:title=").mStatus, 2) << "no condition";
 }
 
-TEST_F(SeveralFiles, ThatHoldTheValueAlreadyStayAsTheyAre) {
-    ASSERT_EQ(Zephmeta({"set", "packet.png", "dc:source=same"}).mStatus, 0);
-    const std::string bytes = Bytes("packet.png");
-    EXPECT_EQ(Zephmeta({"set", "packet.png", "packet.jpg", "dc:source=same"}),
-              (Outcome{0, "packet.png: unchanged\npacket.jpg: written\n", ""}));
-    EXPECT_EQ(Bytes("packet.png"), bytes);
-}
-
 TEST_F(SeveralFiles, RefuseWhatMakesSenseForOneAlone) {
     for (const char* const assignment : {"dc:subject[1]=x", "xmpMM:DocumentID=x"}) {
         const std::string first = Bytes("harbour.jpg");

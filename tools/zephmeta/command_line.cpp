@@ -121,13 +121,17 @@ void CommandLine::AddWorkOptions(CLI::App* command, BatchOptions& options) {
         ->add_option("--if", options.mCondition,
                      "Only files for which this holds, for example: xmp:Rating>=4 and missing dc:rights")
         ->type_name("CONDITION");
+    AddRunOptions(command, options);
+    AddSidecarOption(command);
+}
+
+void CommandLine::AddRunOptions(CLI::App* command, BatchOptions& options) {
     command->add_option("-j,--jobs", options.mJobs, "How many files are worked on at once (as many as there are cores)")
         ->check(CLI::Range(1, 1024))
         ->type_name("N");
     command->add_flag("--ordered", options.mOrdered, "Print results in the order of the files");
     CLI::Option* const quiet = command->add_flag("-q,--quiet", options.mQuiet, "Print problems alone");
     command->add_flag("-v,--verbose", options.mVerbose, "Print every change, and a summary")->excludes(quiet);
-    AddSidecarOption(command);
 }
 
 void CommandLine::AddWritingOptions(CLI::App* command, WritingOptions& options) {
@@ -218,6 +222,7 @@ void CommandLine::AddWriting() {
     AddSet();
     AddApply();
     AddTables();
+    AddUndo();
 }
 
 void CommandLine::AddSet() {
@@ -331,6 +336,26 @@ void CommandLine::AddApply() {
     OnRun(apply, [this, merge] {
         merge->mBatch.mJson = mJson;
         return Apply(*merge);
+    });
+}
+
+void CommandLine::AddUndo() {
+    CLI::App* const undo = Add(mApp, "undo", "Take back what the last set, apply or import wrote; again: do it again",
+                               "zephmeta undo --dry-run\n  zephmeta undo\n  zephmeta undo photo.jpg Pictures/2026");
+    undo->footer(
+        "Every file is afterwards what it was before, byte for byte, unless it was changed since: then it is left as "
+        "it\n"
+        "is. Sidecars that were made are removed; backups stay. What the last command wrote, and that alone, is kept "
+        "in\n"
+        "$XDG_STATE_HOME/zephmeta (~/.local/state/zephmeta).\n\n" +
+        undo->get_footer());
+    const auto request = Kept<UndoRequest>();
+    undo->add_option("FILE", request->mBatch.mFiles.mNames, "These files, and those in these folders, alone");
+    undo->add_flag("--dry-run", request->mDryRun, "Print what would be taken back, and write nothing");
+    AddRunOptions(undo, request->mBatch);
+    OnRun(undo, [this, request] {
+        request->mBatch.mJson = mJson;
+        return Undo(*request);
     });
 }
 

@@ -25,6 +25,7 @@ private:
     void AddWriting();
     void AddSet();
     void AddTables();
+    void AddUndo();
     void AddApply();
     void AddPanels();
     void AddRegistry();
@@ -41,6 +42,8 @@ private:
     void AddBatchOptions(CLI::App* command, BatchOptions& options, const char* files);
     /// The same without what says which files there are.
     void AddWorkOptions(CLI::App* command, BatchOptions& options);
+    /// How many at once, and what is printed.
+    static void AddRunOptions(CLI::App* command, BatchOptions& options);
     /// What every command that changes values takes.
     static void AddWritingOptions(CLI::App* command, WritingOptions& options);
     /// Has @p command run between the library's start and its stop.

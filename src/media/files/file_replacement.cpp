@@ -153,6 +153,17 @@ WriteOutcome FileReplacement::Commit() {
     return SyncFile(mFresh->Number()) ? TakePlace() : SystemFailure();
 }
 
+WriteOutcome FileReplacement::Remove() {
+    if (!IsUnchanged()) {
+        return Failure(FileStatus::kFileStatus_Changed);
+    }
+    if (unlinkat(mPlace->Folder(), mPlace->Name().c_str(), 0) != 0) {
+        return SystemFailure();
+    }
+    mPlace->Sync();
+    return Success();
+}
+
 WriteOutcome FileReplacement::TakePlace() {
     if (!mFresh->TakeHiddenName()) {
         return SystemFailure();

@@ -31,6 +31,8 @@ public:
     /// Makes the new content the file's: owner, mode, extended attributes and links stay as they were. Refused when the
     /// file changed since it was opened.
     WriteOutcome Commit();
+    /// Removes the file, if it has not changed, instead of replacing it.
+    WriteOutcome Remove();
 
 private:
     WriteOutcome Open(const std::string& nativePath, const FileStamp& expected);

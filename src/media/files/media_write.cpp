@@ -5,6 +5,7 @@
 
 #include "media/files/file_replacement.h"
 #include "media/files/plan_check.h"
+#include "media/files/undo_log.h"
 
 namespace zephmetadata::media {
 
@@ -24,6 +25,40 @@ UTF8String DifferenceOf(const CarriedEdit& edit, const CheckMedia& check) {
     UTF8String difference = PlanDifference(edit.mPlan, *edit.mBefore, *edit.mAfter);
     return difference.empty() && check ? check(edit) : difference;
 }
+
+/// A write on the way, for the log of its thread. Without a log it costs nothing.
+class LoggedWrite {
+public:
+    explicit LoggedWrite(const std::string& nativePath) : mNativePath(nativePath) {}
+
+    /// To be called before the write, so that nothing is left that could fail after it. False when what was there cannot be
+    /// read.
+    bool Note(FileChangeKind kind, const Plan& plan, const ByteSource& before, const ByteSource& after) {
+        if (mLog != nullptr) {
+            mUndo = UndoOf(plan, before, after);
+        }
+        if (mUndo) {
+            mUndo->mKind = kind;
+            mLog->Prepare(mNativePath);
+        }
+        return mLog == nullptr || mUndo;
+    }
+
+    WriteOutcome Done(WriteOutcome outcome) {
+        if (mUndo && outcome.IsSuccess()) {
+            mUndo->mFileSize = outcome.mStamp.mSize;
+            mUndo->mSeconds = outcome.mStamp.mModified.mSeconds;
+            mUndo->mNanoseconds = outcome.mStamp.mModified.mNanoseconds;
+            mLog->Add(*std::move(mUndo));
+        }
+        return outcome;
+    }
+
+private:
+    const std::string& mNativePath;
+    UndoLog* mLog = UndoLog::Innermost();
+    std::optional<FileChange> mUndo;
+};
 
 }  // namespace
 
@@ -64,8 +99,13 @@ WriteOutcome ReplaceMedia(const std::string& nativePath, const FileStamp& expect
         return outcome;
     }
     UTF8String difference = DifferenceOf({edit.mPlan, replacement.Old(), replacement.New()}, check);
-    return difference.empty() ? replacement.Commit()
-                              : Failure(FileStatus::kFileStatus_NotWritten, std::move(difference));
+    if (!difference.empty()) {
+        return Failure(FileStatus::kFileStatus_NotWritten, std::move(difference));
+    }
+    LoggedWrite log(nativePath);
+    return log.Note(kFileChange_Edit, edit.mPlan, *replacement.Old(), *replacement.New())
+               ? log.Done(replacement.Commit())
+               : Failure(FileStatus::kFileStatus_Unreadable);
 }
 
 WriteOutcome CreateMedia(const std::string& nativePath, std::string_view bytes) {
@@ -78,11 +118,28 @@ WriteOutcome CreateMedia(const std::string& nativePath, std::string_view bytes) 
     if (!file.IsOpen() || !WriteFileAt(file.Number(), 0, bytes) || !SyncFile(file.Number())) {
         return SystemFailure();
     }
+    Plan whole;
+    whole.Insert(0, std::string(bytes), Touch::kBlock);
+    LoggedWrite log(nativePath);
+    log.Note(kFileChange_Remove, whole, MemorySource({}), MemorySource(std::string(bytes)));
     if (!file.TakeName(place->Name())) {
         return errno == EEXIST ? Failure(FileStatus::kFileStatus_Changed) : SystemFailure();
     }
     place->Sync();
-    return Success(StampOf(file.Number()));
+    return log.Done(Success(StampOf(file.Number())));
+}
+
+WriteOutcome RemoveMedia(const std::string& nativePath, const FileStamp& expected) {
+    FileReplacement file(nativePath, expected);
+    if (!file.Opened().IsSuccess()) {
+        return file.Opened();
+    }
+    Plan whole;
+    whole.Remove({0, expected.mSize}, Touch::kBlock);
+    LoggedWrite log(nativePath);
+    return log.Note(kFileChange_Make, whole, *file.Old(), MemorySource({}))
+               ? log.Done(file.Remove())
+               : Failure(FileStatus::kFileStatus_Unreadable);
 }
 
 }  // namespace zephmetadata::media

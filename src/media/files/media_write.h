@@ -42,4 +42,7 @@ WriteOutcome ReplaceMedia(const std::string& nativePath, const FileStamp& expect
 /// Makes a file that is not there yet, with all its bytes at once; kFileStatus_Changed when there is one by now.
 WriteOutcome CreateMedia(const std::string& nativePath, std::string_view bytes);
 
+/// Removes a file that was read as @p expected. Of the links that lead to it none is removed.
+WriteOutcome RemoveMedia(const std::string& nativePath, const FileStamp& expected);
+
 }  // namespace zephmetadata::media

@@ -43,10 +43,13 @@ public:
     }
 
     std::string Summary() const {
-        static const std::map<Outcome, std::string_view> names = {
-            {Outcome::kRead, "read"},           {Outcome::kWritten, "written"},
-            {Outcome::kUnchanged, "unchanged"}, {Outcome::kWouldChange, "would change"},
-            {Outcome::kFailed, "failed"},       {Outcome::kPassedOver, "passed over"}};
+        static const std::map<Outcome, std::string_view> names = {{Outcome::kRead, "read"},
+                                                                  {Outcome::kWritten, "written"},
+                                                                  {Outcome::kTakenBack, "taken back"},
+                                                                  {Outcome::kUnchanged, "unchanged"},
+                                                                  {Outcome::kWouldChange, "would change"},
+                                                                  {Outcome::kFailed, "failed"},
+                                                                  {Outcome::kPassedOver, "passed over"}};
         std::string text;
         for (const auto& [outcome, count] : mOutcomes) {
             text.append(text.empty() ? "" : ", ").append(std::to_string(count)).append(" ").append(names.at(outcome));
@@ -87,6 +90,18 @@ ConditionReading ConditionOf(const BatchOptions& options, Problems& problems) {
 /// Whether a file meets a condition; a null one is met by every file.
 bool Meets(const MediaFile& file, const Condition* condition) {
     return condition == nullptr || condition->Holds(TreeValues(*zephmetadata::MetaDataReadAccess(file.Provider())));
+}
+
+FileResult ResultOf(const std::string& name, std::size_t number, const Batch::PlainWork& work) {
+    FileResult result(name);
+    try {
+        zephmetadata::ErrorScope errors;
+        work(number, result);
+        result.Note(errors.Errors());
+    } catch (const std::exception& error) {
+        result.Fail(error.what());
+    }
+    return result;
 }
 
 }  // namespace
@@ -171,25 +186,17 @@ int FileResult::Tell(int status) const {
     return mReason.empty() ? status : 1;
 }
 
-FileResult Batch::Do(const std::string& name, const Condition* condition, const Work& work) const {
-    FileResult result(name);
-    try {
-        zephmetadata::ErrorScope errors;
-        MediaFile file(name);
-        const bool isMade = mOptions.mMakesSidecars && file.IsMissingSidecar();
-        const std::string problem = isMade ? std::string() : file.ReadProblem();
-        if (!problem.empty()) {
-            result.Fail(problem);
-        } else if (!Meets(file, condition)) {
-            result.SetOutcome(Outcome::kPassedOver);
-        } else {
-            work(file, result);
-        }
-        result.Note(errors.Errors());
-    } catch (const std::exception& error) {
-        result.Fail(error.what());
+void Batch::Do(const Condition* condition, const Work& work, FileResult& result) const {
+    MediaFile file(result.Name());
+    const bool isMade = mOptions.mMakesSidecars && file.IsMissingSidecar();
+    const std::string problem = isMade ? std::string() : file.ReadProblem();
+    if (!problem.empty()) {
+        result.Fail(problem);
+    } else if (!Meets(file, condition)) {
+        result.SetOutcome(Outcome::kPassedOver);
+    } else {
+        work(file, result);
     }
-    return result;
 }
 
 int Batch::Run(const Work& work) {
@@ -201,12 +208,17 @@ int Batch::RunFor(const std::vector<std::string>& names, const Work& work) {
     if (!condition.mProblem.empty()) {
         return 2;
     }
+    return RunPlainly(
+        names, [&](std::size_t /*number*/, FileResult& result) { Do(condition.mCondition.get(), work, result); });
+}
+
+int Batch::RunPlainly(const std::vector<std::string>& names, const PlainWork& work) {
     const InterruptGuard guard;
     BatchOutput output(mOptions, names.size());
     std::atomic<std::size_t> next = 0;
     const auto worker = [&] {
         for (std::size_t i = next++; i < names.size() && !InterruptGuard::IsInterrupted(); i = next++) {
-            output.Done(i, Do(names[i], condition.mCondition.get(), work));
+            output.Done(i, ResultOf(names[i], i, work));
         }
     };
     const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());

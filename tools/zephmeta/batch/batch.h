@@ -33,7 +33,7 @@ struct BatchOptions {
 };
 
 /// What became of one file.
-enum class Outcome { kRead, kWritten, kWouldChange, kUnchanged, kPassedOver, kFailed };
+enum class Outcome { kRead, kWritten, kTakenBack, kWouldChange, kUnchanged, kPassedOver, kFailed };
 
 /// What a command says of one file. It is printed as a whole when the file is done.
 class FileResult {
@@ -79,6 +79,7 @@ private:
 class Batch {
 public:
     using Work = std::function<void(MediaFile& file, FileResult& result)>;
+    using PlainWork = std::function<void(std::size_t number, FileResult& result)>;
 
     Batch(const BatchOptions& options, Problems& problems) : mOptions(options), mProblems(problems) {}
 
@@ -87,9 +88,11 @@ public:
     int Run(const Work& work);
     /// The same for files with these names, whatever they look like.
     int RunFor(const std::vector<std::string>& names, const Work& work);
+    /// The same for the numbers of these names, of which no file is opened and no condition asked.
+    int RunPlainly(const std::vector<std::string>& names, const PlainWork& work);
 
 private:
-    FileResult Do(const std::string& name, const Condition* condition, const Work& work) const;
+    void Do(const Condition* condition, const Work& work, FileResult& result) const;
 
     const BatchOptions& mOptions;
     Problems& mProblems;

@@ -5,6 +5,7 @@
 #include "json.h"
 #include "listing.h"
 #include "media_file.h"
+#include "undo/journal.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/xmp_meta.h"
 
@@ -51,25 +52,29 @@ private:
             result.Fail("has no XMP, and its format cannot be given any");
             return false;
         }
+        const UndoScope undo;
+        std::vector<std::string> changed;
         {
             MetaDataUpdateAccess access(file.Provider());
             if (!ApplyTemplate(*access, mTemplate.get(), mRequest.mMode)) {
                 result.Fail("the template cannot be applied; nothing was written");
                 return false;
             }
-            std::string last;
             for (const Change& change : changes) {
-                if (const std::string property = PropertyOf(change.mExpression); property != last) {
+                if (const std::string property = PropertyOf(change.mExpression);
+                    changed.empty() || property != changed.back()) {
                     access.AddChange(PathForExpression(property));
-                    last = property;
+                    changed.push_back(property);
                 }
             }
         }
         const std::string problem = file.WriteProblem();
         if (!problem.empty()) {
             result.Fail(problem);
+            return false;
         }
-        return problem.empty();
+        mJournal->Record(undo, changed, result);
+        return true;
     }
 
     void Print(const std::vector<Change>& changes, FileResult& result) const {
@@ -94,6 +99,7 @@ private:
 
     XMPMetaPtr mTemplate;
     const ApplyRequest& mRequest;
+    std::unique_ptr<Journal> mJournal = std::make_unique<Journal>();
 };
 
 }  // namespace

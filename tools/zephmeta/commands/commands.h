@@ -74,6 +74,13 @@ struct ExtractRequest {
 };
 int ExtractPackets(const ExtractRequest& request);
 
+struct UndoRequest {
+    BatchOptions mBatch;  ///< its names, files and folders, limit what is done; without any it is all
+    bool mDryRun = false;
+};
+/// Takes back what the last command wrote, or does it again when all of it is taken back.
+int Undo(const UndoRequest& request);
+
 /// What can be read and written of each format.
 int ShowFormats(bool json);
 

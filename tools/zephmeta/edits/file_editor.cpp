@@ -1,14 +1,12 @@
 #include "edits/file_editor.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
-#include <array>
 #include <filesystem>
 #include <unordered_set>
 
-#include "documents/document_file.h"
+#include "edits/kept_time.h"
 #include "json.h"
+#include "zephcore/files.h"
 #include "zephmetadata/edits.h"
 #include "zephmetadata/xmp_meta.h"
 
@@ -70,8 +68,9 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
         result.Fail(problem);
         return false;
     }
-    const KeptTime time(file.Name(), mWriting.mKeepTime);
+    const KeptTimes time(file.Name(), mWriting.mKeepTime);
     const XMPMetaPtr before = mBatch.mVerbose ? CloneXMPMeta(*MetaDataReadAccess(file.Provider())) : nullptr;
+    const UndoScope undo;
     const EditReport report = ApplyEdits(file.Provider(), edits.mEdits);
     if (report.IsRefused()) {
         const bool hasTree = *MetaDataReadAccess(file.Provider()) != nullptr;
@@ -85,7 +84,8 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
         result.Fail(Describe(FileReport{report.mStatus, report.mDetail}));
         return false;
     }
-    time.PutBack();
+    time.PutBack(file.Name());
+    mJournal->Record(undo, ChangedOf(edits, report), result, time);
     result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
     std::vector<Change> changes;
     if (mBatch.mVerbose && report.IsChanged()) {
@@ -100,13 +100,22 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
 void FileEditor::MakeSidecar(const MediaFile& file, const FileEdits& edits, FileResult& result) const {
     const XMPMetaPtr tree = CreateXMPMeta();
     const EditReport report = ApplyEdits(tree.get(), edits.mEdits);
-    std::string problem = report.IsRefused() ? WhyRefused(edits, report) + kNothingWritten : std::string();
-    if (report.IsChanged()) {
-        problem = WriteNewFile(file.Name(), SerializeXMPMeta(tree.get()));
-    }
-    if (!problem.empty()) {
-        result.Fail(problem);
+    if (report.IsRefused()) {
+        result.Fail(WhyRefused(edits, report) + kNothingWritten);
         return;
+    }
+    if (report.IsChanged()) {
+        const UndoScope undo;
+        FileChange making;
+        making.mPath = zephcore::PathFromNative(file.Name());
+        making.mKind = kFileChange_Make;
+        making.mBytes.push_back({0, 0, SerializeXMPMeta(tree.get())});
+        const FileReport made = ChangeFile(making);
+        if (made.mStatus != kFileStatus_Success) {
+            result.Fail(Describe(made));
+            return;
+        }
+        mJournal->Record(undo, ChangedOf(edits, report), result);
     }
     result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
     Print(file, ChangedOf(edits, report), {}, result);
@@ -143,16 +152,6 @@ void FileEditor::Print(const MediaFile& file, const std::vector<std::string>& ch
     result.Print(OneLine(file.Name()) + ": " + word + (sidecar.empty() ? "" : " to its sidecar " + OneLine(sidecar)));
     for (const Change& change : changes) {
         result.Print("  " + OneLine(change.mExpression) + ": " + InWords(change));
-    }
-}
-
-KeptTime::KeptTime(const std::string& name, bool isKept)
-    : mName(name), mIsKept(isKept && stat(name.c_str(), &mStatus) == 0) {}
-
-void KeptTime::PutBack() const {
-    const std::array times = {mStatus.st_atim, mStatus.st_mtim};
-    if (mIsKept) {
-        utimensat(AT_FDCWD, mName.c_str(), times.data(), 0);
     }
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <sys/stat.h>
-
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,6 +9,7 @@
 #include "edits/changes.h"
 #include "edits/edit_arguments.h"
 #include "media_file.h"
+#include "undo/journal.h"
 
 namespace zephmeta {
 
@@ -38,6 +38,9 @@ public:
     void Print(const MediaFile& file, const std::vector<std::string>& changed, const std::vector<Change>& changes,
                FileResult& result) const;
 
+    /// Where what was written is kept, so that it can be taken back.
+    Journal& Kept() const { return *mJournal; }
+
 private:
     bool EditOnce(MediaFile& file, const EditSource& editsOf, bool mayTryAgain, FileResult& result) const;
     void Rehearse(const MediaFile& file, const FileEdits& edits, FileResult& result) const;
@@ -46,18 +49,7 @@ private:
 
     const WritingOptions& mWriting;
     const BatchOptions& mBatch;
-};
-
-/// The times of a file, to be put back after it was written.
-class KeptTime {
-public:
-    KeptTime(const std::string& name, bool isKept);
-    void PutBack() const;
-
-private:
-    std::string mName;
-    struct stat mStatus {};
-    bool mIsKept;
+    std::unique_ptr<Journal> mJournal = std::make_unique<Journal>();
 };
 
 /// Behind the reason of a refusal.

@@ -1,7 +1,9 @@
 #include "edits/together_editor.h"
 
 #include <algorithm>
+#include <iterator>
 
+#include "edits/kept_time.h"
 #include "providers.h"
 #include "zephmetadata/edits.h"
 #include "zephmetadata/xmp_meta.h"
@@ -78,11 +80,14 @@ int TogetherEditor::Edit(std::vector<MediaFile> files, Problems& problems) const
     if (problem.empty() && !mWriting.mDryRun) {
         problem = Backup(files);
     }
+    std::vector<FileResult> results;
+    std::transform(files.begin(), files.end(), std::back_inserter(results),
+                   [](const MediaFile& file) { return FileResult(file.Name()); });
     const bool isToWrite = problem.empty() && !mWriting.mDryRun;
-    const EditReport report = isToWrite ? Write(files, provider, edits) : rehearsal.mReport;
+    const EditReport report = isToWrite ? Write(files, provider, edits, results.front()) : rehearsal.mReport;
     int status = problems.ExitStatus();
     for (std::size_t i = 0; i < files.size(); ++i) {
-        FileResult result(files[i].Name());
+        FileResult& result = results[i];
         const std::string failure = problem.empty() ? WhyNotWritten(files[i], report) : problem;
         if (!failure.empty()) {
             result.Fail(failure);
@@ -118,18 +123,19 @@ std::string TogetherEditor::Backup(const std::vector<MediaFile>& files) const {
 }
 
 EditReport TogetherEditor::Write(const std::vector<MediaFile>& files, const sp<MetaDataProvider>& provider,
-                                 const FileEdits& edits) const {
-    std::vector<KeptTime> times;
-    times.reserve(files.size());
+                                 const FileEdits& edits, FileResult& first) const {
+    KeptTimes times;
     for (const MediaFile& file : files) {
-        times.emplace_back(file.Name(), mWriting.mKeepTime);
+        times.Add(file.Name(), mWriting.mKeepTime);
     }
+    const UndoScope undo;
     EditReport report = ApplyEdits(provider, edits.mEdits);
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        if (WhyNotWritten(files[i], report).empty()) {
-            times[i].PutBack();
+    for (const MediaFile& file : files) {
+        if (WhyNotWritten(file, report).empty()) {
+            times.PutBack(file.Name());
         }
     }
+    mEditor.Kept().Record(undo, ChangedOf(edits, report), first, times);
     return report;
 }
 
