@@ -118,6 +118,7 @@ TEST_F(Tables, AreDoneAsFarAsTheyMakeSense) {
     EXPECT_EQ(Get("packet.png", {"xmp:Rating"}).at("xmp:Rating"), "3");
     const std::pair<std::string_view, const char*> wrong[] = {
         {"name,dc:title\n", "table: has no column \"file\"\n"},
+        {"file,dc:title,,,dc:title\n", "table: has two columns \"dc:title\"\n"},
         {"{\"file\":\"packet.gif\",", "table: row 1: is no JSON object; it is passed over\n"},
         {"[{\"file\":\"packet.gif\",\"dc:title\":{\"de\":{}}}]",
          "packet.gif: dc:title: is neither a text, nor a list, nor texts by language\n"},

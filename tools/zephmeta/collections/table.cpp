@@ -13,6 +13,7 @@
 #include <memory>
 #include <stdexcept>
 #include <system_error>
+#include <unordered_set>
 #include <utility>
 
 #include "collections/csv.h"
@@ -226,8 +227,8 @@ void Table::ReadCSV(const std::string& name, Bytes& bytes, Problems& problems) {
             std::vector<std::string> fields = CSVFields(record, mSeparator.value());
             if (!mHeader.empty()) {
                 AddRow(name, FileNameIn(RowFrom(fields)), {offset, record.size(), number}, problems);
-            } else if (!TakeHeader(std::move(fields), problems)) {
-                problems.Report(name, "has no column \"file\"");
+            } else if (const std::string problem = TakeHeader(std::move(fields), problems); !problem.empty()) {
+                problems.Report(name, problem);
                 return;
             }
         } catch (const std::invalid_argument& error) {
@@ -252,12 +253,23 @@ std::string Table::TakeCSVRecord(Bytes& bytes) {
     return record;
 }
 
-bool Table::TakeHeader(std::vector<std::string> header, Problems& problems) {
-    mHeader = std::move(header);
-    for (const std::string& column : mHeader) {
+/// Why the table is none with this header; empty when it is one.
+std::string Table::TakeHeader(std::vector<std::string> header, Problems& problems) {
+    std::unordered_set<std::string_view> read;  // what has no colon is of no use, often a column without a name
+    for (const std::string& column : header) {
+        const bool isRead = column == "file" || column.find(':') != std::string::npos;
+        if (isRead && !read.insert(column).second) {
+            return "has two columns \"" + column + "\"";
+        }
+    }
+    if (!read.contains("file")) {
+        return "has no column \"file\"";
+    }
+    for (const std::string& column : header) {
         column.find(':') == std::string::npos || IsTaken(column, problems);
     }
-    return std::find(mHeader.begin(), mHeader.end(), "file") != mHeader.end();
+    mHeader = std::move(header);
+    return {};
 }
 
 nlohmann::json Table::RowFrom(const std::vector<std::string>& fields) const {

@@ -43,7 +43,7 @@ private:
     void ReadJSON(const std::string& name, Bytes& bytes, Problems& problems);
     std::string TakeCSVRecord(Bytes& bytes);
     /// False for a header without files.
-    bool TakeHeader(std::vector<std::string> header, Problems& problems);
+    std::string TakeHeader(std::vector<std::string> header, Problems& problems);
     void AddRow(const std::string& name, const std::string& file, const Place& place, Problems& problems);
     /// Whether a column can be taken; says once why not.
     bool IsTaken(const std::string& column, Problems& problems);

@@ -99,10 +99,12 @@ private:
             return;
         }
         const UndoScope undo;
-        const KeptTime time(record->mPath, record->mKeepsTime && !mRequest.mDryRun);
+        KeptTime time(record->mPath, record->mKeepsTime && !mRequest.mDryRun);
         const FileReport report = mRequest.mDryRun ? RehearseFileChange(record->mUndo) : ChangeFile(record->mUndo);
         if (report.mStatus == kFileStatus_Success) {
-            time.PutBack();
+            if (!time.PutBack()) {
+                result.Note(kTimeNotPutBack);
+            }
             Keep(entry, *record, undo, time, result);
             Print(*record, result);
         } else if (report.mStatus == kFileStatus_Changed) {

@@ -68,7 +68,7 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
         result.Fail(problem);
         return false;
     }
-    const KeptTimes time(file.Name(), mWriting.mKeepTime);
+    KeptTimes time(file.Name(), mWriting.mKeepTime);
     const XMPMetaPtr before = mBatch.mVerbose ? CloneXMPMeta(*MetaDataReadAccess(file.Provider())) : nullptr;
     const UndoScope undo;
     const EditReport report = ApplyEdits(file.Provider(), edits.mEdits);
@@ -84,7 +84,9 @@ bool FileEditor::Write(MediaFile& file, const FileEdits& edits, bool mayTryAgain
         result.Fail(Describe(FileReport{report.mStatus, report.mDetail}));
         return false;
     }
-    time.PutBack(file.Name());
+    if (!time.PutBack(file.Name())) {
+        result.Note(kTimeNotPutBack);
+    }
     mJournal->Record(undo, ChangedOf(edits, report), result, time);
     result.SetOutcome(report.IsChanged() ? Outcome::kWritten : Outcome::kUnchanged);
     std::vector<Change> changes;

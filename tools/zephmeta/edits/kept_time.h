@@ -12,20 +12,25 @@
 
 namespace zephmeta {
 
+/// Of a file that was written.
+constexpr const char* kTimeNotPutBack = "its time of modification could not be put back";
+
 /// The times of a file, to be put back after it was written.
 class KeptTime {
 public:
     KeptTime(const std::string& name, bool isKept)
         : mName(name), mIsKept(isKept && stat(name.c_str(), &mStatus) == 0) {}
 
-    void PutBack() const {
+    /// False when the system does not let it; the file has then those of the write.
+    bool PutBack() {
         const std::array times = {mStatus.st_atim, mStatus.st_mtim};
-        if (mIsKept) {
-            utimensat(AT_FDCWD, mName.c_str(), times.data(), 0);
-        }
+        const bool isDone = !mIsKept || utimensat(AT_FDCWD, mName.c_str(), times.data(), 0) == 0;
+        mIsKept = mIsKept && isDone;
+        return isDone;
     }
 
-    /// Has a change that was noted before they were put back expect them; false when it is not one of this file.
+    /// Has a change that was noted before they were put back expect them; false when it is not one of this file, or they
+    /// were not.
     bool Adopt(zephmetadata::FileChange& change) const {
         if (!mIsKept || zephcore::PathToNative(change.mPath) != mName) {
             return false;
@@ -48,7 +53,7 @@ public:
     KeptTimes(const std::string& name, bool isKept) { Add(name, isKept); }
 
     void Add(const std::string& name, bool isKept) { mTimes.try_emplace(name, name, isKept); }
-    void PutBack(const std::string& name) const { mTimes.at(name).PutBack(); }
+    bool PutBack(const std::string& name) { return mTimes.at(name).PutBack(); }
     bool Adopt(zephmetadata::FileChange& change) const {
         const auto time = mTimes.find(zephcore::PathToNative(change.mPath));
         return time != mTimes.end() && time->second.Adopt(change);

@@ -84,7 +84,7 @@ int TogetherEditor::Edit(std::vector<MediaFile> files, Problems& problems) const
     std::transform(files.begin(), files.end(), std::back_inserter(results),
                    [](const MediaFile& file) { return FileResult(file.Name()); });
     const bool isToWrite = problem.empty() && !mWriting.mDryRun;
-    const EditReport report = isToWrite ? Write(files, provider, edits, results.front()) : rehearsal.mReport;
+    const EditReport report = isToWrite ? Write(files, provider, edits, results) : rehearsal.mReport;
     int status = problems.ExitStatus();
     for (std::size_t i = 0; i < files.size(); ++i) {
         FileResult& result = results[i];
@@ -123,19 +123,19 @@ std::string TogetherEditor::Backup(const std::vector<MediaFile>& files) const {
 }
 
 EditReport TogetherEditor::Write(const std::vector<MediaFile>& files, const sp<MetaDataProvider>& provider,
-                                 const FileEdits& edits, FileResult& first) const {
+                                 const FileEdits& edits, std::vector<FileResult>& results) const {
     KeptTimes times;
     for (const MediaFile& file : files) {
         times.Add(file.Name(), mWriting.mKeepTime);
     }
     const UndoScope undo;
     EditReport report = ApplyEdits(provider, edits.mEdits);
-    for (const MediaFile& file : files) {
-        if (WhyNotWritten(file, report).empty()) {
-            times.PutBack(file.Name());
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        if (WhyNotWritten(files[i], report).empty() && !times.PutBack(files[i].Name())) {
+            results[i].Note(kTimeNotPutBack);
         }
     }
-    mEditor.Kept().Record(undo, ChangedOf(edits, report), first, times);
+    mEditor.Kept().Record(undo, ChangedOf(edits, report), results.front(), times);
     return report;
 }
 

@@ -22,7 +22,7 @@ private:
     std::string Backup(const std::vector<MediaFile>& files) const;
     zephmetadata::EditReport Write(const std::vector<MediaFile>& files,
                                    const zephmetadata::sp<zephmetadata::MetaDataProvider>& provider,
-                                   const FileEdits& edits, FileResult& first) const;
+                                   const FileEdits& edits, std::vector<FileResult>& results) const;
 
     const WritingOptions& mWriting;
     const BatchOptions& mBatch;
