@@ -70,6 +70,7 @@ INSTANTIATE_TEST_SUITE_P(
         ScanRow{"Instructions", "<?xpacket begin='' id='<rdf:Alt>'?>" + Packet(Alternative(1)) + "<?xpacket end='w'?>",
                 false},
         ScanRow{"AllOfUTF8", Packet("<dc:format>\u00E9\u20AC\U0001F600\x7F</dc:format>"), false},
+        ScanRow{"LongText", Packet("<dc:format>" + std::string(100000, 'x') + "</dc:format>"), false},
         ScanRow{"DeepEnough", Packet(Deep(kMaxPacketDepth - kLevelsAround - 2, "<own:a/>")), false},
         // What is changed.
         ScanRow{"Pair", Packet(Alternative(2)), true},
@@ -103,6 +104,12 @@ INSTANTIATE_TEST_SUITE_P(
         ScanRow{"Empty", "", true}, ScanRow{"Doctype", "<!DOCTYPE a>" + Packet(""), true},
         ScanRow{"CutOff", Packet("").substr(0, 100), true},
         ScanRow{"TooDeep", Packet(Deep(kMaxPacketDepth - kLevelsAround, "<own:a/>")), true},
+        // What takes a parser to count.
+        ScanRow{"ManyLines", Packet("<dc:format>" + std::string(20000, '\n') + "</dc:format>"), true},
+        ScanRow{"LongPaths",
+                Packet("<own:" + std::string(200000, 'n') + "/>" + Alternative(3) + Alternative(3) + Alternative(3) +
+                       std::string(1500, '\n')),
+                true},
         // What is changed by no one, but would take a parser to tell.
         ScanRow{"Comment", Packet("<!-- <rdf:Alt> -->"), true}, ScanRow{"CData", Packet("<![CDATA[ ]]>"), true}),
     LabelOf());

@@ -268,6 +268,28 @@ std::string Nested(int depth) {
     return Packet(begin + "<own:a>v</own:a>" + end);
 }
 
+std::string Repeated(std::string_view text, int count) {
+    std::string repeated;
+    for (int i = 0; i < count; ++i) {
+        repeated += text;
+    }
+    return repeated;
+}
+
+/// Each time with another number.
+std::string Numbered(const std::string& before, const std::string& after, int count) {
+    std::string repeated;
+    for (int i = 0; i < count; ++i) {
+        repeated.append(before).append(std::to_string(i)).append(after);
+    }
+    return repeated;
+}
+
+/// Items whose paths are as long as @p name.
+std::string ItemsOf(const std::string& name, int count) {
+    return Packet("<own:" + name + "><rdf:Bag>" + Repeated("<rdf:li/>", count) + "</rdf:Bag></own:" + name + ">");
+}
+
 const std::string kA = "<own:a>v</own:a>";
 const std::string kLaughs = "<!DOCTYPE a [<!ENTITY a 'aaaaaaaaaa'><!ENTITY b '&a;&a;&a;&a;&a;&a;&a;&a;'>]>";
 
@@ -294,7 +316,23 @@ INSTANTIATE_TEST_SUITE_P(
         PacketRow{"BrokenHalfWay", Packet(kA + "<own:b><rdf:Alt><own:x/></rdf:Alt></own:b>"), std::nullopt},
         PacketRow{"Entities", kLaughs + Packet("<own:a>&b;</own:a>"), std::nullopt},
         PacketRow{"DeepestNesting", Nested(static_cast<int>(kMaxPacketDepth) - 4), "none"},
-        PacketRow{"NestedTooDeep", Nested(100000), std::nullopt}),
+        PacketRow{"NestedTooDeep", Nested(100000), std::nullopt},
+        // Time and memory that a small file may cost.
+        PacketRow{"ManyProperties", Packet(Numbered("<own:p", " own:q='x'/>", 5000) + kA), "v"},
+        PacketRow{"TooManyProperties", Packet(Numbered("<own:p", "/>", 11000)), std::nullopt},
+        PacketRow{"TooManyFields", Packet("<own:s " + Numbered(" own:p", "=''", 11000) + "/>"), std::nullopt},
+        PacketRow{"TooManyPropertiesInParts",
+                  Packet(Numbered("<own:p", "/></rdf:Description><rdf:Description rdf:about=''>", 11000)),
+                  std::nullopt},
+        PacketRow{"TooManyNamespaces", Packet(Numbered("<n:p xmlns:n='http://n.test/", "/'/>", 11000)), std::nullopt},
+        PacketRow{"OneNamespaceDeclaredOften",
+                  Packet("<own:b><rdf:Bag>" + Repeated("<rdf:li xmlns:n='http://n.test/'/>", 20000) +
+                         "</rdf:Bag></own:b>" + kA),
+                  "v"},
+        PacketRow{"ManyItems", ItemsOf("i", 50000), "none"},
+        PacketRow{"PathsTooLongForManyItems", ItemsOf(std::string(50000, 'i'), 12000), std::nullopt},
+        PacketRow{"TooManyReferences", Packet("<own:a>" + Repeated("&#65;", 3000000) + "</own:a>"), std::nullopt},
+        PacketRow{"TooManyLines", Packet("<own:a>" + std::string(3000000, '\n') + "</own:a>"), std::nullopt}),
     LabelOf());
 
 TEST_F(TreeTest, WalksReturnWhatLiesBelowAPath) {

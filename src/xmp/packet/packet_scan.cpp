@@ -113,14 +113,29 @@ bool MayBeWidened(std::string_view packet) {
     return depth != 0;
 }
 
+/// Whether so much may be told that it takes a parser to tell whether it is within bounds.
+bool MayHoldTooMuch(std::string_view packet) {
+    constexpr std::size_t kSmall = 16'000;
+    constexpr std::size_t kFewNodes = 10'000;
+    static_assert(kSmall * (EstimatedNodeBytes(kSmall) + EstimatedTextBytes(0)) < kMaxPacketMemory);
+    static_assert(kFewNodes * kFewNodes <= 2 * kMaxSiblingSteps);
+    if (packet.size() <= kSmall) {
+        return false;
+    }
+    const auto makesNode = [](char c) { return c == '<' || c == '=' || c == '&' || c == '\n'; };
+    const auto nodes = static_cast<std::size_t>(std::count_if(packet.begin(), packet.end(), makesNode));
+    return nodes > kFewNodes || nodes * EstimatedNodeBytes(packet.size()) > kMaxPacketMemory / 2;
+}
+
 }  // namespace
 
 bool MayNeedWidening(std::string_view packet) {
     // Comments, CDATA sections and declarations begin with "<!", hexadecimal references with "&#x"; an XML declaration
     // or a byte order mark is taken off.
-    return packet.empty() || packet.size() > kMaxPacketBytes || packet.find("<!") != std::string_view::npos ||
-           packet.find("&#") != std::string_view::npos || packet.starts_with("<?xml") ||
-           packet.starts_with("\xEF\xBB\xBF") || !IsXMLText(packet) || MayHaveAbout(packet) || MayBeWidened(packet);
+    return packet.empty() || packet.size() > kMaxPacketBytes || MayHoldTooMuch(packet) ||
+           packet.find("<!") != std::string_view::npos || packet.find("&#") != std::string_view::npos ||
+           packet.starts_with("<?xml") || packet.starts_with("\xEF\xBB\xBF") || !IsXMLText(packet) ||
+           MayHaveAbout(packet) || MayBeWidened(packet);
 }
 
 bool MayNameUndetermined(std::string_view packet) {

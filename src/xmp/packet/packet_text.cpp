@@ -6,6 +6,7 @@
 #include <exception>
 #include <memory>
 #include <type_traits>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -39,8 +40,11 @@ struct Item {
 
 struct Element {
     bool mIsAlternative = false;
-    bool mIsRDF = false;       // the rdf:RDF
-    std::vector<Item> mItems;  // of an alternative
+    bool mIsRDF = false;          // the rdf:RDF
+    bool mHoldsTopLevel = false;  // an rdf:Description within it
+    std::size_t mNames = 0;       // attributes and elements within that the toolkit looks for by name
+    std::size_t mPathBytes = 0;   // of the path to it, and of the namespace that goes with the path
+    std::vector<Item> mItems;     // of an alternative
 };
 
 /// A part of the text, which may be empty, and what to put in its place.
@@ -82,13 +86,16 @@ public:
         XML_SetUserData(mParser.get(), this);
         XML_SetElementHandler(mParser.get(), &OnStart, &OnEnd);
         XML_SetStartDoctypeDeclHandler(mParser.get(), &OnDoctype);
+        XML_SetCharacterDataHandler(mParser.get(), &OnText);
+        XML_SetStartNamespaceDeclHandler(mParser.get(), &OnNamespace);
     }
 
     bool Read() {
         const auto size = static_cast<int>(mText.size());
         return XML_Parse(mParser.get(), mText.data(), size, XML_TRUE) == XML_STATUS_OK && !mException;
     }
-    bool IsTooDeep() const { return mTooDeep; }
+    /// What was exceeded, for the error; null for a packet that is not well-formed.
+    const char* Excess() const { return mExcess; }
     void Rethrow() const {
         if (mException) {
             std::rethrow_exception(mException);
@@ -103,6 +110,13 @@ private:
     }
     static void XMLCALL OnEnd(void* self, const XML_Char* /*name*/) {
         static_cast<Reader*>(self)->Guarded([](Reader& reader) { reader.End(); });
+    }
+    static void XMLCALL OnText(void* self, const XML_Char* /*text*/, int length) {
+        static_cast<Reader*>(self)->Guarded(
+            [&](Reader& reader) { reader.Spend(EstimatedTextBytes(static_cast<std::size_t>(length)), 0); });
+    }
+    static void XMLCALL OnNamespace(void* self, const XML_Char* prefix, const XML_Char* uri) {
+        static_cast<Reader*>(self)->Guarded([&](Reader& reader) { reader.NoteNamespace(prefix, uri); });
     }
     static void XMLCALL OnDoctype(void* self, const XML_Char* /*name*/, const XML_Char* /*systemId*/,
                                   const XML_Char* /*publicId*/, int /*hasInternalSubset*/) {
@@ -130,11 +144,11 @@ private:
 
     void Start(std::string_view name, const XML_Char** attributes) {
         if (mElements.size() >= kMaxPacketDepth) {
-            mTooDeep = true;
-            XML_StopParser(mParser.get(), XML_FALSE);
+            Refuse("packet that is nested too deep");
             return;
         }
-        if (!mElements.empty() && mElements.back().mIsRDF && IsRDF(name, "Description")) {
+        const bool holdsTopLevel = !mElements.empty() && mElements.back().mIsRDF && IsRDF(name, "Description");
+        if (holdsTopLevel) {
             NoteAbout(attributes);
         }
         if (mElements.empty() && IsRDF(name, "RDF")) {
@@ -151,7 +165,59 @@ private:
         if (isItem || IsRDF(name, "value")) {
             NoteLanguage(attributes);
         }
-        mElements.push_back({isAlternative, IsRDF(name, "RDF"), {}});
+        Element element{isAlternative, IsRDF(name, "RDF"), holdsTopLevel, 0, 0, {}};
+        if (!mElements.empty() && !mElements.back().mIsRDF) {
+            element.mPathBytes = PathBytes(mElements.back(), name);
+        }
+        if (!mElements.empty() && !IsRDF(name, "li")) {
+            SpendOnNames(1);
+        }
+        mElements.push_back(std::move(element));
+        SpendOnNodes();
+    }
+
+    /// The namespace of a property stands beside each path that begins with it.
+    std::size_t PathBytes(const Element& parent, std::string_view name) const {
+        const std::string_view tag = mText.substr(Position());
+        const std::size_t own = std::min(tag.find_first_of(" \t\r\n/>", 1), tag.size());
+        return parent.mHoldsTopLevel ? own + name.size() : parent.mPathBytes + own;
+    }
+
+    /// The element that begins and its attributes, each of which becomes a node below it.
+    void SpendOnNodes() {
+        const auto attributes = static_cast<std::size_t>(XML_GetSpecifiedAttributeCount(mParser.get())) / 2;
+        SpendOnNames(attributes);
+        Spend(((1 + attributes) * EstimatedNodeBytes(mElements.back().mPathBytes)) + (2 * (EventEnd() - Position())),
+              0);
+    }
+
+    /// Names within the element that is open. All that is told in the rdf:Descriptions of a packet becomes siblings.
+    void SpendOnNames(std::size_t count) {
+        Element& parent = mElements.back().mHoldsTopLevel ? mElements[mElements.size() - 2] : mElements.back();
+        Spend(0, count * (parent.mNames + (count / 2)));
+        parent.mNames += count;
+    }
+
+    /// The toolkit keeps namespaces, and looks one by one for a prefix that is free when one means several.
+    void NoteNamespace(const XML_Char* prefix, const XML_Char* uri) {
+        UTF8String name(prefix == nullptr ? "" : prefix);
+        name.append(1, kSeparator).append(uri == nullptr ? "" : uri);
+        if (mNamespaces.insert(std::move(name)).second) {
+            Spend(0, mNamespaces.size());
+        }
+    }
+
+    void Spend(std::size_t bytes, std::size_t steps) {
+        mBytes += bytes;
+        mSteps += steps;
+        if (mBytes > kMaxPacketMemory || mSteps > kMaxSiblingSteps) {
+            Refuse("packet that holds too much");
+        }
+    }
+
+    void Refuse(const char* excess) {
+        mExcess = excess;
+        XML_StopParser(mParser.get(), XML_FALSE);
     }
 
     void NoteAbout(const XML_Char** attributes) {
@@ -216,7 +282,10 @@ private:
     std::vector<Edit> mEdits;
     UTF8String mAbout;
     std::exception_ptr mException;
-    bool mTooDeep = false;
+    const char* mExcess = nullptr;
+    std::size_t mBytes = 0;
+    std::size_t mSteps = 0;
+    std::unordered_set<UTF8String> mNamespaces;  // prefix and URI
 };
 
 void ReadOrThrow(Reader& reader, std::string_view text) {
@@ -225,7 +294,8 @@ void ReadOrThrow(Reader& reader, std::string_view text) {
     }
     if (!reader.Read()) {
         reader.Rethrow();
-        ThrowError(XMPErr_BadXML, reader.IsTooDeep() ? "packet that is nested too deep" : "packet");
+        const bool isExcessive = reader.Excess() != nullptr;
+        ThrowError(isExcessive ? XMPErr_BadParse : XMPErr_BadXML, isExcessive ? reader.Excess() : "packet");
     }
 }
 
