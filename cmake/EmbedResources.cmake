@@ -16,10 +16,19 @@ endif()
 
 set(ZEPHMETADATA_EMBED_SCRIPT "${CMAKE_CURRENT_LIST_FILE}")
 
+function(zephmetadata_embed_file input output)
+  cmake_path(GET input FILENAME name)
+  add_custom_command(OUTPUT "${output}"
+    COMMAND "${CMAKE_COMMAND}" "-DINPUT=${input}" "-DOUTPUT=${output}" -P "${ZEPHMETADATA_EMBED_SCRIPT}"
+    DEPENDS "${input}" "${ZEPHMETADATA_EMBED_SCRIPT}"
+    COMMENT "Embedding ${name}"
+    VERBATIM)
+endfunction()
+
 # zephmetadata_embed_resources(<target> COMPILER <program> FILES <file>... TREE <folder> <file>...): builds the files into
 # the target. A resource's name is the file's name without extension, for the files of the tree with the way from its
-# folder to them; its type is the extension. XML documents are there a second time, as the compiler's output, of the type
-# "events". Once for each target.
+# folder to them; its type is the extension. XML documents are kept deflated, and are there a second time, as the
+# compiler's output, of the type "events". Once for each target.
 function(zephmetadata_embed_resources target)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "COMPILER" "FILES;TREE")
   list(POP_FRONT ARG_TREE tree)
@@ -40,22 +49,20 @@ function(zephmetadata_embed_resources target)
       message(FATAL_ERROR "The resource name ${name} has characters beyond letters, digits and -_./")
     endif()
     list(APPEND names "${name}")
-    add_custom_command(OUTPUT "${folder}/${name}.inc"
-      COMMAND "${CMAKE_COMMAND}" "-DINPUT=${file}" "-DOUTPUT=${folder}/${name}.inc" -P "${ZEPHMETADATA_EMBED_SCRIPT}"
-      DEPENDS "${file}" "${ZEPHMETADATA_EMBED_SCRIPT}"
-      COMMENT "Embedding ${name}"
-      VERBATIM)
+    set(embedded "${file}")
     if(name MATCHES "[.]xml$")
       string(REGEX REPLACE "[.]xml$" ".events" compiled "${name}")
       list(APPEND names "${compiled}")
-      add_custom_command(OUTPUT "${folder}/${compiled}.inc"
+      add_custom_command(OUTPUT "${folder}/${compiled}" "${folder}/${name}.z"
         COMMAND ${ARG_COMPILER} "${file}" "${folder}/${compiled}"
-        COMMAND "${CMAKE_COMMAND}" "-DINPUT=${folder}/${compiled}" "-DOUTPUT=${folder}/${compiled}.inc"
-          -P "${ZEPHMETADATA_EMBED_SCRIPT}"
-        DEPENDS "${file}" "${ZEPHMETADATA_EMBED_SCRIPT}" ${ARG_COMPILER}
+        COMMAND ${ARG_COMPILER} --deflate "${file}" "${folder}/${name}.z"
+        DEPENDS "${file}" ${ARG_COMPILER}
         COMMENT "Compiling ${name}"
         VERBATIM)
+      zephmetadata_embed_file("${folder}/${compiled}" "${folder}/${compiled}.inc")
+      set(embedded "${folder}/${name}.z")
     endif()
+    zephmetadata_embed_file("${embedded}" "${folder}/${name}.inc")
   endforeach()
   list(SORT names COMPARE STRING CASE SENSITIVE)
 
@@ -66,7 +73,11 @@ function(zephmetadata_embed_resources target)
   foreach(name IN LISTS names)
     string(APPEND arrays "constexpr unsigned char kBytes${index}[] = {\n#include \"${name}.inc\"\n};\n")
     string(REGEX MATCH "^(.+)[.]([^.]+)$" match "${name}")
-    string(APPEND rows "    {\"${CMAKE_MATCH_1}\", \"${CMAKE_MATCH_2}\", kBytes${index}},\n")
+    set(isDeflated false)
+    if(CMAKE_MATCH_2 STREQUAL "xml")
+      set(isDeflated true)
+    endif()
+    string(APPEND rows "    {\"${CMAKE_MATCH_1}\", \"${CMAKE_MATCH_2}\", kBytes${index}, ${isDeflated}},\n")
     list(APPEND outputs "${folder}/${name}.inc")
     math(EXPR index "${index} + 1")
   endforeach()

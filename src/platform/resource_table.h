@@ -10,6 +10,7 @@ struct EmbeddedResource {
     std::string_view mName;
     std::string_view mType;
     std::span<const unsigned char> mBytes;
+    bool mIsDeflated = false;  ///< the bytes are those that compile_documents writes for --deflate
 };
 
 /// In byte order of the names, each name and type once.

@@ -209,15 +209,17 @@ WriteReport MetaDataUpdateAccess::Commit() noexcept {
     mIsCommitted = true;
     WriteReport report{!changes.empty(), {}};
     try {
+        // Made before it is needed, when there may be no memory for it.
+        report.mFailures.resize(changes.empty() ? 0 : 1);
         if (mProvider) {
             return mProvider->WriteBack(changes);
         }
-        if (report.mHadChanges) {
-            report.mFailures.push_back({{}, FileStatus::kFileStatus_NoXMP, {}});
+        for (WriteFailure& failure : report.mFailures) {
+            failure.mStatus = FileStatus::kFileStatus_NoXMP;
         }
     } catch (...) {
-        // One of a provider that cannot even hand out its tree; or there is not even the memory for a report.
-        report.mHadChanges = false;
+        // Of a provider that cannot even hand out its tree. Without the memory for a failure nothing counts as written.
+        report.mHadChanges = !report.mFailures.empty();
     }
     return report;
 }

@@ -23,7 +23,9 @@ bool Start(MetaDataProvider& provider) {
 
 void TellOfWriting(WriteReport written, EditReport& report) {
     report.mFailures = std::move(written.mFailures);
-    if (!report.mFailures.empty()) {
+    if (report.mFailures.empty() && report.IsChanged() && !written.mHadChanges) {
+        report.mStatus = FileStatus::kFileStatus_NotWritten;
+    } else if (!report.mFailures.empty()) {
         report.mStatus = report.mFailures.front().mStatus;
         report.mDetail = report.mFailures.front().mDetail;
     }

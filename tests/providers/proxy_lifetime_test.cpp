@@ -146,10 +146,13 @@ TEST_F(ProxyLifetimes, AProviderThatThrowsWhenAskedWritesNothingTwice) {
     for (const sp<MetaDataProvider>& source : std::vector<sp<MetaDataProvider>>{first, second}) {
         EXPECT_EQ(CountArrayItems(*MetaDataReadAccess(source), At("dc:creator")), 2);
     }
+    MetaDataUpdateAccess throughAggregate(aggregate);
+    MetaDataUpdateAccess direct(second);
     second->mHidesTree = true;
-    MetaDataUpdateAccess access(aggregate);
-    access.AddChange(At("dc:creator"));
-    EXPECT_EQ(access.Commit().mFailures.at(0).mStatus, kFileStatus_NotWritten);
+    for (MetaDataUpdateAccess* const access : {&throughAggregate, &direct}) {
+        access->AddChange(At("dc:creator"));
+        EXPECT_EQ(access->Commit().mFailures.at(0).mStatus, kFileStatus_NotWritten);
+    }
 }
 
 /// Sources, proxies over any of them and accesses to all, dropped in a random order with edits and changes between.
