@@ -346,6 +346,8 @@ def test_takes_several_files_for_one(fixture):
     with z.merge([*names, names[0]]) as both:
         assert both["xmp:Label"] is z.MIXED and both["dc:subject"] is z.MIXED and both["xmp:Rating"] == 4
         both["xmp:Label"] = "Blue"
+        with pytest.raises(z.ValueRefused, match="name what x-default is to be"):
+            both["dc:description"] = {"de": "Alle"}
         both.update({"dc:creator": ["Ada Quay"], "dc:description": {"x-default": "All"}})
         assert both["dc:creator"] == ["Ada Quay"]
     for name, subject in zip(names, (["own", "two"], ["harbour", "boats", "dawn; early", "sea"])):

@@ -187,7 +187,7 @@ class Photo(MutableMapping[str, Any]):
     # What else is known.
 
     def display(self, path: str, lang: str = "") -> str:
-        """The value as it is shown to people, in the user's language or in @p lang; empty when there is none.
+        """The value as it is shown to people, in the user's language or in ``lang``; empty when there is none.
 
         >>> photo = zephmetadata.open(sample())
         >>> photo.label("exif:ExposureTime", lang="de"), photo.display("exif:ExposureTime", lang="fr")
@@ -244,7 +244,7 @@ class Photo(MutableMapping[str, Any]):
     def save(self, target: Writable | None = None) -> WriteReport:
         """Writes what changed, all at once; the file stays as it is when nothing did.
 
-        What was opened as bytes is changed in memory (``data``). With @p target, an object with ``write``, the whole of
+        What was opened as bytes is changed in memory (``data``). With ``target``, an object with ``write``, the whole of
         what was opened as bytes or as an object goes there, also when nothing changed; only what stands in the target
         after this has returned is to be kept. Edits of an object are saved once: open what was written to go on.
 

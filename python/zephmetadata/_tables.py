@@ -17,7 +17,8 @@ from ._files import Paths, files
 from ._photo import Photo, SidecarPolicy, no_view, open, policy_number
 
 FILE, ERROR = "file", "error"
-_BATCH = 64  # files that a worker takes at once
+_BATCH = 64  # files that a worker takes at once, fewer where there are few
+_BATCHES_PER_WORKER = 4
 
 Row = dict[str, Any]
 Frame = Literal["pandas", "arrow"]
@@ -32,14 +33,14 @@ def table(
     sidecar: SidecarPolicy = "auto",
     frame: Frame | None = None,
 ) -> Any:
-    """A row for each file, in the order of @p paths: ``"file"``, the values of the columns, and ``"error"``.
+    """A row for each file, in the order of ``paths``: ``"file"``, the values of the columns, and ``"error"``.
 
-    @p paths is a file, a folder (its files of known formats and those of the folders in it; hidden ones and sidecars are
+    ``paths`` is a file, a folder (its files of known formats and those of the folders in it; hidden ones and sidecars are
     passed over), a pattern such as ``"photos/**/*.jpg"``, or several of them. A column is a path; ``dc:title`` holds all
-    languages of a title, ``dc:title[?xml:lang="de"]`` one of them. With @p workers as many threads, else one for each
+    languages of a title, ``dc:title[?xml:lang="de"]`` one of them. With ``workers`` as many threads, else one for each
     processor.
 
-    With @p view the columns are also what a panel such as ``"camera"`` shows; its made values, such as
+    With ``view`` the columns are also what a panel such as ``"camera"`` shows; its made values, such as
     ``"corvid:ShutterSpeed"``, are texts.
 
     Where there is no value, and in the row of a file that cannot be read, the cells are None; ``"error"`` says why.
@@ -93,7 +94,8 @@ def _map(work: Callable[[Any], Row], items: Sequence[Any], workers: int | None) 
         raise ValueRefused(f"there cannot be {count} workers")
     if count == 1 or len(items) < 2:
         return [work(item) for item in items]
-    batches = [items[at : at + _BATCH] for at in range(0, len(items), _BATCH)]
+    size = min(_BATCH, len(items) // (count * _BATCHES_PER_WORKER) + 1)
+    batches = [items[at : at + size] for at in range(0, len(items), size)]
     with ThreadPoolExecutor(count) as pool:
         return [row for rows in pool.map(lambda batch: [work(item) for item in batch], batches) for row in rows]
 
@@ -108,7 +110,7 @@ _TYPES: dict[str, tuple[type, ...]] = {
 
 
 def _fits(cell: Any, dtype: str) -> bool:
-    """Whether a column of @p dtype can hold it; any can hold nothing."""
+    """Whether a column of ``dtype`` can hold it; any can hold nothing."""
     if cell is None:
         return True
     return type(cell) in _TYPES[dtype] and (dtype != "Int64" or -(2**63) <= cell < 2**63)
@@ -180,7 +182,7 @@ def apply(
     """Writes the cells of a table (a row, a list of rows, or a DataFrame) that differ from what the files hold.
 
     Each file is written once and stays as it is when nothing differs, so that a repetition does no harm. Rows with an
-    error are passed over. A cell without a value leaves the file's value alone, unless @p delete_missing is true. The
+    error are passed over. A cell without a value leaves the file's value alone, unless ``delete_missing`` is true. The
     result has a row for each: ``"file"``, ``"changed"`` and ``"error"``.
 
     >>> apply([{"file": sample(), "xmp:Rating": 2, "error": None}])[0]["changed"]

@@ -153,7 +153,7 @@ def kind_of(path: str) -> str:
 
 
 def from_raw(raw: Raw, path: str) -> Any:
-    """The Python value of what is stored at @p path."""
+    """The Python value of what is stored at ``path``."""
     if isinstance(raw, str):
         reader = _READERS.get(kind_of(path))
         return raw if reader is None else reader(raw)
@@ -174,7 +174,7 @@ def plain(value: Any) -> Any:
 
 
 def to_text(value: Any, path: str) -> str:
-    """The text that is stored for a single value; raises TypeRefused when the type of @p value does not fit."""
+    """The text that is stored for a single value; raises TypeRefused when the type of ``value`` does not fit."""
     if not isinstance(value, str) and definition(_ITEM.sub("[1]", path)) is None:
         raise ValueRefused("no definition describes it" + suggestion(path), path=path)
     kind = kind_of(path)
@@ -235,12 +235,14 @@ Edit = Tuple[str, str, str, str]  # kind, path, language, text
 
 
 def edits_for(path: str, old: Raw, new: Any) -> list[Edit]:
-    """What makes the stored value @p old the value @p new, and no more than that."""
+    """What makes the stored value ``old`` the value ``new``, and no more than that."""
     new = plain(new)
     if new is MIXED or new is None:
         raise TypeRefused(f"takes a value, not {new!r}; del removes one", path=path)
     if old is NotImplemented:
         whole = not isinstance(new, str)  # a text is one language of those that the files have
+        if isinstance(new, Mapping) and kind_of(path) == "alt" and _DEFAULT not in new:
+            raise ValueRefused("the files differ; name what x-default is to be", path=path)
         return [("delete", path, "", "")] * whole + edits_for(path, None, new)
     kind = kind_of(path)
     is_texts = kind == "alt" and not _is_structure(f"{path}[1]") and not isinstance(old, list)

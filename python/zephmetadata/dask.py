@@ -69,7 +69,7 @@ def _read_frame(names: Sequence[str], columns: Sequence[str], sidecar: SidecarPo
 
 
 def write(rows: Bag, *, sidecar: SidecarPolicy = "auto", delete_missing: bool = False) -> Bag:
-    """``zephmetadata.apply`` for each partition of @p rows, a bag or a dataframe, which are to name each file once: a bag of
+    """``zephmetadata.apply`` for each partition of ``rows``, a bag or a dataframe, which are to name each file once: a bag of
     what became of the files. A row of a file that could not be written has the reason in ``"error"``."""
     parts = [_dask.delayed(write_partition)(part, sidecar, delete_missing) for part in rows.to_delayed()]
     return _bag.from_delayed(parts)
