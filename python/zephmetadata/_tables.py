@@ -9,7 +9,7 @@ import os
 import warnings
 from collections.abc import Callable, Mapping, Sequence
 from concurrent.futures import ThreadPoolExecutor
-from typing import Any, Literal
+from typing import Any, Literal, overload
 
 from . import _core, _values
 from ._errors import Error, MetadataWarning, TypeRefused, ValueRefused, reason
@@ -24,6 +24,26 @@ Row = dict[str, Any]
 Frame = Literal["pandas", "arrow"]
 
 
+@overload
+def table(
+    paths: Paths,
+    columns: str | Sequence[str] = ...,
+    *,
+    view: str | None = ...,
+    workers: int | None = ...,
+    sidecar: SidecarPolicy = ...,
+    frame: None = None,
+) -> list[Row]: ...
+@overload
+def table(
+    paths: Paths,
+    columns: str | Sequence[str] = ...,
+    *,
+    view: str | None = ...,
+    workers: int | None = ...,
+    sidecar: SidecarPolicy = ...,
+    frame: Frame,
+) -> Any: ...
 def table(
     paths: Paths,
     columns: str | Sequence[str] = (),

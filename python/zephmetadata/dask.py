@@ -60,8 +60,7 @@ def read(
 
 def read_partition(names: Sequence[str], columns: Sequence[str], sidecar: SidecarPolicy = "auto") -> list[dict[str, Any]]:
     """What ``read`` has a worker do: any engine that maps functions over lists of names can map this one."""
-    rows: list[dict[str, Any]] = _tables.table(names, columns, workers=1, sidecar=sidecar)
-    return rows
+    return _tables.table(names, columns, workers=1, sidecar=sidecar)
 
 
 def _read_frame(names: Sequence[str], columns: Sequence[str], sidecar: SidecarPolicy) -> Any:
