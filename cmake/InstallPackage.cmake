@@ -9,7 +9,7 @@ install(TARGETS zephmetadata EXPORT zephmetadata-targets
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/zephmetadata
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development FILES_MATCHING PATTERN "*.h")
 # Of the platform component what exports something: the public headers need base.h and files.h, hosts the others.
-foreach(header IN ITEMS base environment files localizer text xml)
+foreach(header IN ITEMS base environment files language_tags localizer text xml)
   install(FILES ${PROJECT_SOURCE_DIR}/include/zephcore/${header}.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/zephcore COMPONENT development)
 endforeach()

@@ -12,6 +12,7 @@
 #include "zephmetadata/paths.h"
 #include "zephmetadata/providers.h"
 #include "zephmetadata/source_provider.h"
+#include "zephmetadata/suggestions.h"
 #include "zephmetadata/values.h"
 #include "zephmetadata/views.h"
 #include "zephmetadata/xmp_meta.h"

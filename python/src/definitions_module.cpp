@@ -2,9 +2,11 @@
 
 #include "module.h"
 #include "panel/sheet.h"
+#include "zephcore/language_tags.h"
 #include "zephcore/localizer.h"
 #include "zephmetadata/extensions.h"
 #include "zephmetadata/paths.h"
+#include "zephmetadata/suggestions.h"
 #include "zephmetadata/values.h"
 
 namespace zephpython {
@@ -103,6 +105,10 @@ void AddDefinitions(py::module_& module) {
     module.def("label", Label);
     module.def("schemas", Schemas);
     module.def("columns", Columns);
+    module.def("views", zephmeta::ViewNames);
+    module.def("nearest_name", NearestName);
+    module.def("nearest_path", [](const std::string& expression) { return Text(NearestExpression(expression)); });
+    module.def("is_known_language", zephcore::IsKnownLanguage);
     module.def("canonical", [](const std::string& expression) {
         const Path path = PathForExpression(expression);
         return Text(path.mNamespace.empty() ? std::string() : ExpressionForPath(path));

@@ -16,6 +16,10 @@ using namespace zephmetadata;
 
 namespace {
 
+class InUse : public std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 /// What Python holds. Calls without the GIL take turns by failing: two threads in one object are a mistake of the caller.
 class Handle {
 public:
@@ -32,7 +36,7 @@ private:
     public:
         explicit Turn(std::atomic<bool>& isBusy) : mIsBusy(isBusy) {
             if (mIsBusy.exchange(true)) {
-                throw std::runtime_error("the photo is in use by another thread");
+                throw InUse("the photo is in use by another thread");
             }
         }
         ~Turn() { mIsBusy = false; }
@@ -248,6 +252,23 @@ py::tuple ReadColumns(const std::string& name, int policy, const std::vector<std
     return py::make_tuple(StatusName(report.mStatus), Text(report.mDetail), cells);
 }
 
+/// The extensions of the formats, in lower case.
+std::set<std::string> Extensions() {
+    std::set<std::string> extensions;
+    for (const MediaFormat& format : MediaFormats()) {
+        extensions.insert(format.mExtensions.begin(), format.mExtensions.end());
+    }
+    return extensions;
+}
+
+void RaiseInUse(std::exception_ptr thrown) {
+    try {
+        std::rethrow_exception(std::move(thrown));
+    } catch (const InUse& error) {
+        PyErr_SetString(py::module_::import("zephmetadata._errors").attr("InUse").ptr(), error.what());
+    }
+}
+
 }  // namespace
 
 void AddMedia(py::module_& module) {
@@ -292,6 +313,8 @@ void AddMedia(py::module_& module) {
     module.def("open_object", OpenObject);
     module.def("open_together", OpenTogether);
     module.def("read_columns", ReadColumns);
+    module.def("extensions", Extensions);
+    py::register_local_exception_translator(RaiseInUse);
 }
 
 }  // namespace zephpython

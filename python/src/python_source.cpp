@@ -1,6 +1,7 @@
 #include "python_source.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace zephpython {
 
@@ -16,6 +17,12 @@ void Release(py::object& object) {
     const PyGILState_STATE state = PyGILState_Ensure();
     Py_XDECREF(object.release().ptr());
     PyGILState_Release(state);
+}
+
+/// What was raised, without the lines that say where.
+std::string Told(const std::exception& error) {
+    const std::string_view text = error.what();
+    return std::string(text.substr(0, text.find('\n')));
 }
 
 }  // namespace
@@ -86,7 +93,7 @@ bool PythonSource::Fetch(std::uint64_t number, std::string& bytes) const {
         return true;
     } catch (const std::exception& error) {
         // What Python raised: a source answers by its result alone.
-        mProblem = mProblem.empty() ? error.what() : mProblem;
+        mProblem = mProblem.empty() ? Told(error) : mProblem;
         return false;
     }
 }
@@ -111,7 +118,7 @@ bool PythonTarget::Append(const void* bytes, std::size_t size) {
         }
         return true;
     } catch (const std::exception& error) {
-        mProblem = error.what();  // a target answers by its result alone
+        mProblem = Told(error);  // a target answers by its result alone
         return false;
     }
 }

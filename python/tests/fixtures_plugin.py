@@ -20,9 +20,12 @@ def fixture(tmp_path):
 
 @pytest.fixture(autouse=True)
 def sample(doctest_namespace, tmp_path, monkeypatch):
-    """What the examples of the documentation call a sample, and the photo.jpg of the README."""
+    """What the examples of the documentation call a sample, and their photo.jpg and folder of photos."""
     monkeypatch.chdir(tmp_path)
     shutil.copy(FIXTURES / "harbour.jpg", "photo.jpg")
+    (tmp_path / "photos" / "2024").mkdir(parents=True)
+    for name, fixture in [("harbour.jpg", "harbour"), ("2024/boats.JPG", "plain"), ("2024/torn.jpg", "broken-packet")]:
+        shutil.copy(FIXTURES / f"{fixture}.jpg", tmp_path / "photos" / name)
 
     def sample():
         return str(shutil.copy(FIXTURES / "harbour.jpg", tmp_path / "sample.jpg"))

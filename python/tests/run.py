@@ -1,4 +1,4 @@
-"""Runs one kind of checks of the package in the folder that is given: run.py tests|types|install FOLDER."""
+"""Runs one kind of checks of the package in the folder that is given: run.py tests|types|stubs|install FOLDER."""
 
 import importlib.util
 import os
@@ -25,6 +25,11 @@ def types(package: pathlib.Path) -> list[str]:
     return ["mypy", "--strict", "--ignore-missing-imports", f"--cache-dir={package.parent / 'mypy'}", str(package)]
 
 
+def stubs(package: pathlib.Path) -> list[str]:
+    """Whether the types of the compiled part name what there is."""
+    return ["mypy.stubtest", "zephmetadata._core", f"--allowlist={HERE / 'stubs_allowed.txt'}"]
+
+
 def install(package: pathlib.Path, venv: str) -> int:
     """What pip installs from the source folder runs the README elsewhere. Takes what the build made."""
     subprocess.run([sys.executable, "-m", "venv", "--system-site-packages", venv], check=True)
@@ -38,7 +43,7 @@ def install(package: pathlib.Path, venv: str) -> int:
 
 def main() -> int:
     kind, package = sys.argv[1], pathlib.Path(sys.argv[2])
-    needed = {"tests": ["pytest"], "types": ["mypy"], "install": ["pytest", "pip", "wheel", "ensurepip"]}[kind]
+    needed = {"tests": ["pytest"], "types": ["mypy"], "stubs": ["mypy"], "install": ["pytest", "pip", "wheel", "ensurepip"]}[kind]
     for module in needed:
         if importlib.util.find_spec(module) is None:
             print(f"Skipped: {sys.executable} has no {module}")
@@ -47,9 +52,10 @@ def main() -> int:
         with tempfile.TemporaryDirectory() as folder:
             return install(package, folder)
     environment = {**os.environ, "PYTHONDONTWRITEBYTECODE": "1", "LC_ALL": "C.UTF-8"}
-    if kind == "tests":  # mypy takes the folder itself for the package
+    if kind != "types":  # mypy takes the folder itself for the package
         environment["PYTHONPATH"] = f"{package.parent}{os.pathsep}{HERE}"
-    command = (tests if kind == "tests" else types)(package)
+        environment["MYPYPATH"] = str(package.parent)
+    command = {"tests": tests, "types": types, "stubs": stubs}[kind](package)
     return subprocess.run([sys.executable, "-m", *command], env=environment, check=False).returncode
 
 

@@ -17,7 +17,7 @@ def test_a_collection_is_plotted_and_its_rights_are_put_right(tmp_path):
     def run(script, *arguments):
         return subprocess.run([sys.executable, EXAMPLES / script, *arguments], check=True, capture_output=True, text=True)
 
-    folder, picture = tmp_path / "photos", tmp_path / "collection.png"
+    folder, picture = tmp_path / "collection", tmp_path / "collection.png"
     run("make_collection.py", ROOT / "tests" / "data" / "harbour.jpg", folder)
     shown = run("collection.py", folder, "--plot", picture, "--rights", "© Calder Pictures").stdout
     assert shown == (EXAMPLES / "collection.txt").read_text(encoding="utf-8")

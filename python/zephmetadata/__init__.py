@@ -17,6 +17,7 @@ A path is a property with its prefix (``"dc:title"``), and goes on to items (``"
 from ._core import __version__
 from ._errors import (
     Error,
+    InUse,
     MetadataWarning,
     PathError,
     ReadError,
@@ -25,6 +26,7 @@ from ._errors import (
     WriteError,
     WriteReport,
 )
+from ._files import files
 from ._packages import Package, load_package, packages, remove_package
 from ._panels import Panel
 from ._photo import Finding, Photo, merge, open, parse
@@ -36,6 +38,7 @@ __all__ = [
     "MIXED",
     "Error",
     "Finding",
+    "InUse",
     "MetadataWarning",
     "Package",
     "Panel",
@@ -51,6 +54,7 @@ __all__ = [
     "WriteReport",
     "__version__",
     "apply",
+    "files",
     "load_package",
     "merge",
     "open",

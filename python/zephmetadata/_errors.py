@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 from dataclasses import dataclass, field
+from typing import Any
 
 
 class Error(Exception):
@@ -14,12 +15,23 @@ class Error(Exception):
         self.file = file
         self.path = path
 
+    def __reduce__(self) -> tuple[Any, ...]:
+        # By what it holds: pools of processes hand errors on, and take no keywords.
+        return _remade, (type(self), self.args, self.__dict__)
+
     def __str__(self) -> str:
         return ": ".join(part for part in (self.file, self.path, self.message) if part)
 
 
-class ReadError(Error):
-    """A file cannot be read. ``status`` is a name for programs, such as ``"no-file"``."""
+def _remade(kind: type[Error], arguments: tuple[Any, ...], state: dict[str, Any]) -> Error:
+    error = kind.__new__(kind, *arguments)
+    error.args = arguments
+    error.__dict__.update(state)
+    return error
+
+
+class ReadError(Error, OSError):
+    """A file cannot be read. ``status`` is a name for programs, such as ``"no-file"``. An OSError as well."""
 
     def __init__(self, message: str, *, file: str | None, status: str) -> None:
         super().__init__(message, file=file)
@@ -30,16 +42,19 @@ class ReadError(Error):
 class WriteReport:
     """How a write-back went. ``status`` is ``"success"`` or a name such as ``"changed"`` or ``"read-only"``."""
 
+    #: Whether anything was written; not when nothing differed.
     changed: bool
     status: str
+    #: More about the status, for people.
     detail: str = ""
+    #: Why values were refused.
     refusals: list[str] = field(default_factory=list)
     #: Of files that are edited together: how it went for each that was not written, by file name.
     files: dict[str, str] = field(default_factory=dict)
 
 
-class WriteError(Error):
-    """A file could not be written and is as it was. ``report`` has the whole answer."""
+class WriteError(Error, OSError):
+    """A file could not be written and is as it was. ``report`` has the whole answer. An OSError as well."""
 
     def __init__(self, message: str, *, file: str | None, report: WriteReport) -> None:
         super().__init__(message, file=file)
@@ -53,15 +68,20 @@ class PathError(Error, KeyError):
 
 
 class ValueRefused(Error, ValueError):
-    """A value that its definition does not allow. Nothing was changed."""
+    """A value that its definition does not allow, or an argument that is none of those it may be. Nothing was changed."""
 
 
 class TypeRefused(Error, TypeError):
     """A value of a type that does not fit; the message says which types do. Nothing was changed."""
 
 
+class InUse(Error, RuntimeError):
+    """A photo was used by two threads at once."""
+
+
 class MetadataWarning(UserWarning):
-    """A file that was read as far as it goes."""
+    """A file that was read as far as it goes, a package of which not all is right, a language that nobody knows, a column
+    that no definition describes though it is near to one."""
 
 
 REASONS = {
@@ -80,10 +100,14 @@ REASONS = {
 }
 
 
+def did_you_mean(near: str) -> str:
+    return f"; did you mean {near}?" if near else ""
+
+
 def reason(status: str, detail: str) -> str:
     text = REASONS.get(status, status)
     return f"{text} ({detail})" if detail else text
 
 
-for _public in (Error, ReadError, WriteReport, WriteError, PathError, ValueRefused, TypeRefused, MetadataWarning):
+for _public in (Error, ReadError, WriteReport, WriteError, PathError, ValueRefused, TypeRefused, InUse, MetadataWarning):
     _public.__module__ = "zephmetadata"  # where users find them

@@ -2,16 +2,29 @@
 
 from __future__ import annotations
 
+import io
 import json
 import os
 import warnings
-from collections.abc import Iterable, Iterator, MutableMapping
+from collections.abc import Iterator, MutableMapping
 from dataclasses import dataclass
 from types import TracebackType
 from typing import Any, Literal, Protocol, Union
 
 from . import _core, _values
-from ._errors import Error, MetadataWarning, PathError, ReadError, ValueRefused, WriteError, WriteReport, reason
+from ._errors import (
+    Error,
+    MetadataWarning,
+    PathError,
+    ReadError,
+    TypeRefused,
+    ValueRefused,
+    WriteError,
+    WriteReport,
+    did_you_mean,
+    reason,
+)
+from ._files import Paths, files
 from ._panels import Panel
 
 SidecarPolicy = Literal["auto", "never", "always"]
@@ -49,8 +62,14 @@ class Finding:
 
 def policy_number(sidecar: str) -> int:
     if sidecar not in POLICIES:
-        raise ValueError(f"sidecar is one of {', '.join(POLICIES)}, not {sidecar!r}")
+        raise ValueRefused(f"sidecar is one of {', '.join(POLICIES)}, not {sidecar!r}")
     return POLICIES[sidecar]
+
+
+def no_view(view: str, file: str | None = None) -> ValueRefused:
+    known = _core.views()
+    near = did_you_mean(_core.nearest_name(view, known)) or f"; there are {', '.join(known)}"
+    return ValueRefused(f"there is no view {view!r}{near}", file=file)
 
 
 class Photo(MutableMapping[str, Any]):
@@ -59,6 +78,19 @@ class Photo(MutableMapping[str, Any]):
     Values are ``str``, ``int``, ``float``, ``bool``, ``fractions.Fraction``, ``datetime`` (aware or naive, as it is
     stored), ``date``, ``PartialDate``, ``list``, and ``dict`` for structures and for texts by language. A text that is
     stored against its type comes as ``str``. Lists and dictionaries are copies: assign them to change the photo.
+
+    What is assigned takes the place of what was there: of a list all items, of a structure all fields. Texts by language
+    are those of the dictionary and no others, and a ``str`` is that of ``"x-default"`` alone, which leaves the others. A
+    dictionary without ``"x-default"``, the text for readers of any other language, leaves it, unless it says what one of
+    the languages said; then it goes on to say that. Where there is none yet, it becomes the first text.
+
+    >>> photo = zephmetadata.open("photo.jpg")
+    >>> photo["dc:title"] = {"en": "Boats at dawn", "de": "Boote im Morgengrauen"}
+    >>> photo["dc:title"]
+    {'x-default': 'Harbour at dawn', 'de': 'Boote im Morgengrauen', 'en': 'Boats at dawn'}
+    >>> photo["dc:title"] = {**photo["dc:title"], "fr": "Bateaux à l’aube"}
+    >>> list(photo["dc:title"])
+    ['x-default', 'de', 'en', 'fr']
 
     One thread at a time; different photos may be used by different threads.
     """
@@ -80,7 +112,9 @@ class Photo(MutableMapping[str, Any]):
         return os.fsdecode(self._media.sidecar()) or None
 
     def __repr__(self) -> str:
-        return f"<zephmetadata.Photo {self._name!r}, {len(self)} properties>"
+        together = f"of {len(self._parts)} file{'s' * (len(self._parts) > 1)}"
+        what = together if self._parts else repr(self._name) if self._name else "without a file"
+        return f"<zephmetadata.Photo {what}, {len(self)} properties{', not saved' * self.changed}>"
 
     def __enter__(self) -> Photo:
         return self
@@ -96,7 +130,7 @@ class Photo(MutableMapping[str, Any]):
     def __getitem__(self, path: str) -> Any:
         raw = self._raw(path)
         if raw is None:
-            raise PathError("there is no value", file=self._name, path=path)
+            raise self._no_value(path)
         return _values.from_raw(raw, path)
 
     def __contains__(self, path: object) -> bool:
@@ -116,8 +150,8 @@ class Photo(MutableMapping[str, Any]):
 
     def __delitem__(self, path: str) -> None:
         if self._raw(path) is None:
-            raise PathError("there is no value", file=self._name, path=path)
-        self._edit([("delete", _values.canonical(path), "", "")])
+            raise self._no_value(path)
+        self._edit([("delete", self._canonical(path), "", "")])
 
     def update(self, other: Any = (), /, **values: Any) -> None:
         """Sets all of the values, or, when one of them is refused, none."""
@@ -126,11 +160,17 @@ class Photo(MutableMapping[str, Any]):
             edits += self._edits(path, value)
         self._edit(edits)
 
+    def _canonical(self, path: str) -> str:
+        return _values.canonical(path, self._name)
+
     def _raw(self, path: str) -> Any:
-        return self._media.get(_values.canonical(path))
+        return self._media.get(self._canonical(path))
+
+    def _no_value(self, path: str) -> PathError:
+        return PathError("there is no value" + _values.suggestion(path), file=self._name, path=path)
 
     def _edits(self, path: str, value: Any) -> list[_values.Edit]:
-        path = _values.canonical(path)
+        path = self._canonical(path)
         raw = self._media.get(path)
         try:
             return _values.edits_for(path, raw, value)
@@ -140,22 +180,24 @@ class Photo(MutableMapping[str, Any]):
 
     def _edit(self, edits: list[_values.Edit]) -> None:
         for number, why in self._media.edit(edits) if edits else ():
-            raise ValueRefused(why, file=self._name, path=edits[number][1])
+            path = edits[number][1]
+            raise ValueRefused(why + _values.suggestion(path), file=self._name, path=path)
+        _values.warn_of_languages(edits, self._name, stacklevel=3)
 
     # What else is known.
 
     def display(self, path: str, lang: str = "") -> str:
-        """The value as it is shown to people, in the user's language or in @p lang; empty when there is none.
+        """The value as it is shown to people, in the user's language or in ``lang``; empty when there is none.
 
         >>> photo = zephmetadata.open(sample())
         >>> photo.label("exif:ExposureTime", lang="de"), photo.display("exif:ExposureTime", lang="fr")
         ('Belichtungszeit', '1/250 s')
         """
-        return self._media.display(_values.canonical(path), lang)
+        return self._media.display(self._canonical(path), lang)
 
     def label(self, path: str, lang: str = "") -> str:
         """The name of the property for people, likewise; the path where none is known."""
-        return _core.label(_values.canonical(path), lang) or path
+        return _core.label(self._canonical(path), lang) or path
 
     def panel(self, view: str = "overview", lang: str = "") -> Panel:
         """What a view shows, such as ``"camera"``, ``"gps"`` or ``"iptccore"``; the overview has what matters most.
@@ -165,13 +207,13 @@ class Photo(MutableMapping[str, Any]):
         """
         forms = self._media.panel(view, lang)
         if forms is None:
-            raise ValueError(f"there is no view {view!r}")
+            raise no_view(view, self._name)
         text, page, values = forms
         return Panel(view, text, page, json.loads(values))
 
     def origin(self, path: str) -> str:
         """Where the value was read from: ``"xmp"``, ``"native"`` (Exif, IPTC and the like) or ``"none"``."""
-        return _ORIGINS[self._media.origin(_values.canonical(path))]
+        return _ORIGINS[self._media.origin(self._canonical(path))]
 
     def validate(self) -> list[Finding]:
         """What does not agree with the definitions."""
@@ -202,7 +244,7 @@ class Photo(MutableMapping[str, Any]):
     def save(self, target: Writable | None = None) -> WriteReport:
         """Writes what changed, all at once; the file stays as it is when nothing did.
 
-        What was opened as bytes is changed in memory (``data``). With @p target, an object with ``write``, the whole of
+        What was opened as bytes is changed in memory (``data``). With ``target``, an object with ``write``, the whole of
         what was opened as bytes or as an object goes there, also when nothing changed; only what stands in the target
         after this has returned is to be kept. Edits of an object are saved once: open what was written to go on.
 
@@ -212,13 +254,13 @@ class Photo(MutableMapping[str, Any]):
         if target is None:
             return self._reported(self._media.save())
         if self._name is not None or self._parts:
-            raise TypeError("a target is for what was opened as bytes or as an object")
+            raise TypeRefused("a target is for what was opened as bytes or as an object", file=self._name)
         return self._reported(self._media.save_to(target))
 
     def _reported(self, outcome: _core._Outcome) -> WriteReport:
         changed, status, detail, refusals, failures = outcome
-        files = {name: reason(*why) for name, *why in failures} if self._parts else {}
-        report = WriteReport(changed, status, detail, refusals, files)
+        unwritten = {name: reason(*why) for name, *why in failures} if self._parts else {}
+        report = WriteReport(changed, status, detail, refusals, unwritten)
         if status != "success" or refusals:
             is_packet = status == "no-file" and not self._name and not self._parts
             why = "; ".join(refusals) or ("it is a packet, and only read" if is_packet else reason(status, detail))
@@ -228,9 +270,9 @@ class Photo(MutableMapping[str, Any]):
 
     def __reduce__(self) -> tuple[Any, ...]:
         if self._parts:
-            raise TypeError("photos that are edited together cannot be pickled")
+            raise TypeRefused("photos that are edited together cannot be pickled")
         if self.changed and not self.packet():
-            raise TypeError("this photo cannot be pickled: no packet can hold its metadata")
+            raise TypeRefused("this photo cannot be pickled: no packet can hold its metadata", file=self._name)
         return _unpickled, (self._name, self._policy, self.packet(), sorted(self._media.touched()))
 
 
@@ -254,9 +296,13 @@ def open(source: Source, *, sidecar: SidecarPolicy = "auto") -> Photo:
         return _checked(Photo(media, name, sidecar))
     if isinstance(source, (bytes, bytearray, memoryview)):
         return _checked(Photo(_core.open_bytes(bytes(source)), None))
-    if not hasattr(source, "read") or not hasattr(source, "seek"):
-        raise TypeError(f"takes a path, bytes or an object with read and seek, not {type(source).__name__}")
-    media, problem = _core.open_object(source)
+    if isinstance(source, io.TextIOBase) or not hasattr(source, "read") or not hasattr(source, "seek"):
+        kind = 'a file of text; open it with "rb"' if isinstance(source, io.TextIOBase) else type(source).__name__
+        raise TypeRefused(f"takes a path, bytes or an object with read and seek, not {kind}")
+    try:
+        media, problem = _core.open_object(source)
+    except Exception as error:  # of the object, which may be of any make
+        raise ReadError(f"its source cannot be read ({error})", file=None, status="unreadable") from error
     if problem:
         raise ReadError(problem, file=None, status="unreadable")
     return _checked(Photo(media, None))
@@ -291,17 +337,18 @@ def parse(packet: bytes) -> Photo:
     return Photo(media, None)
 
 
-def merge(sources: Iterable[str | os.PathLike[str]], *, sidecar: SidecarPolicy = "auto") -> Photo:
+def merge(sources: Paths, *, sidecar: SidecarPolicy = "auto") -> Photo:
     """Several files as one: where they differ, the value is ``MIXED``. What is assigned and saved goes to each of them,
-    and nothing that is an own value of one gets into another. A file that is named twice counts once.
+    and nothing that is an own value of one gets into another. A file that is named twice counts once. Files are named as
+    for ``table``.
 
     >>> merge([sample(), "photo.jpg"])["xmp:Label"]
     'Green'
     """
-    once = {os.path.realpath(source): source for source in sources}
+    once = {os.path.realpath(source): source for source in files(sources)}
     parts = [open(source, sidecar=sidecar) for source in once.values()]
     if not parts:
-        raise ValueError("merge takes at least one file")
+        raise ValueRefused("merge takes at least one file")
     together = _core.open_together([part._media for part in parts])
     if together is None:
         raise ReadError("one of the files has no metadata and can be given none", file=None, status="cannot-carry-xmp")

@@ -6,33 +6,61 @@ import importlib
 import json
 import math
 import os
-from collections.abc import Callable, Iterable, Mapping, Sequence
+import warnings
+from collections.abc import Callable, Mapping, Sequence
 from concurrent.futures import ThreadPoolExecutor
-from typing import Any, Literal
+from typing import Any, Literal, overload
 
 from . import _core, _values
-from ._errors import Error, reason
-from ._photo import Photo, SidecarPolicy, open, policy_number
+from ._errors import Error, MetadataWarning, TypeRefused, ValueRefused, reason
+from ._files import Paths, files
+from ._photo import Photo, SidecarPolicy, no_view, open, policy_number
 
 FILE, ERROR = "file", "error"
-_BATCH = 64  # files that a worker takes at once
+_BATCH = 64  # files that a worker takes at once, fewer where there are few
+_BATCHES_PER_WORKER = 4
 
 Row = dict[str, Any]
 Frame = Literal["pandas", "arrow"]
 
 
+@overload
 def table(
-    paths: Iterable[str | os.PathLike[str]],
-    columns: Sequence[str] = (),
+    paths: Paths,
+    columns: str | Sequence[str] = ...,
+    *,
+    view: str | None = ...,
+    workers: int | None = ...,
+    sidecar: SidecarPolicy = ...,
+    frame: None = None,
+) -> list[Row]: ...
+@overload
+def table(
+    paths: Paths,
+    columns: str | Sequence[str] = ...,
+    *,
+    view: str | None = ...,
+    workers: int | None = ...,
+    sidecar: SidecarPolicy = ...,
+    frame: Frame,
+) -> Any: ...
+def table(
+    paths: Paths,
+    columns: str | Sequence[str] = (),
     *,
     view: str | None = None,
     workers: int | None = None,
     sidecar: SidecarPolicy = "auto",
     frame: Frame | None = None,
 ) -> Any:
-    """A row for each file, in the order of @p paths: ``"file"``, the values of the columns, and ``"error"``.
+    """A row for each file, in the order of ``paths``: ``"file"``, the values of the columns, and ``"error"``.
 
-    With @p view the columns are also what a panel such as ``"camera"`` shows; its made values, such as
+    ``paths`` is a file, a folder (its files of known formats and those of the folders in it; hidden ones and sidecars are
+    passed over), a pattern such as ``"photos/**/*.jpg"``, or several of them. A column is a path; ``dc:title`` holds all
+    languages of a title, ``dc:title[?xml:lang="de"]`` one of them. With ``workers`` as many threads, else one for each
+    processor.
+
+    With ``view`` the columns are also what a panel such as ``"camera"`` shows; its made values, such as
     ``"corvid:ShutterSpeed"``, are texts.
 
     Where there is no value, and in the row of a file that cannot be read, the cells are None; ``"error"`` says why.
@@ -43,7 +71,9 @@ def table(
     """
     columns = columns_of(columns, view)
     wanted = [_values.canonical(column) for column in columns]
-    names = [os.fspath(path) for path in paths]
+    if frame is not None and frame not in _FRAMES:
+        raise ValueRefused(f"frame is one of {', '.join(_FRAMES)}, not {frame!r}")
+    names = files(paths)
     policy = policy_number(sidecar)
 
     def read(name: str) -> Row:
@@ -53,12 +83,16 @@ def table(
     return rows if frame is None else _FRAMES[frame](rows, columns, wanted)
 
 
-def columns_of(columns: Sequence[str], view: str | None) -> list[str]:
-    """The columns, with those of a view behind them."""
+def columns_of(columns: str | Sequence[str], view: str | None) -> list[str]:
+    """The columns, with those of a view behind them. Warns of those that are probably mistyped."""
     shown = [] if view is None else _core.columns(view)
     if shown is None:
-        raise ValueError(f"there is no view {view!r}")
-    return list(dict.fromkeys([*columns, *shown]))
+        raise no_view(str(view))
+    named = list(dict.fromkeys([columns] if isinstance(columns, str) else columns))
+    for column in named:
+        if near := _values.suggestion(_values.canonical(column)):
+            warnings.warn(f"{column}: no definition describes it{near}", MetadataWarning, stacklevel=3)
+    return list(dict.fromkeys([*named, *shown]))
 
 
 def _row(name: str, policy: int, columns: Sequence[str], wanted: list[str]) -> Row:
@@ -68,15 +102,20 @@ def _row(name: str, policy: int, columns: Sequence[str], wanted: list[str]) -> R
         row[column] = _values.from_raw(value, path)
     is_read = status in ("success", "no-xmp")
     row[ERROR] = None if is_read else reason(status, detail)
+    if status == "success" and detail:
+        warnings.warn(f"{name}: the file is damaged ({detail})", MetadataWarning, stacklevel=2)
     return row
 
 
 def _map(work: Callable[[Any], Row], items: Sequence[Any], workers: int | None) -> list[Row]:
     """In as many threads as wanted: the library reads and writes without Python's lock."""
     count = workers or os.cpu_count() or 1
+    if count < 0:
+        raise ValueRefused(f"there cannot be {count} workers")
     if count == 1 or len(items) < 2:
         return [work(item) for item in items]
-    batches = [items[at : at + _BATCH] for at in range(0, len(items), _BATCH)]
+    size = min(_BATCH, len(items) // (count * _BATCHES_PER_WORKER) + 1)
+    batches = [items[at : at + size] for at in range(0, len(items), size)]
     with ThreadPoolExecutor(count) as pool:
         return [row for rows in pool.map(lambda batch: [work(item) for item in batch], batches) for row in rows]
 
@@ -91,7 +130,7 @@ _TYPES: dict[str, tuple[type, ...]] = {
 
 
 def _fits(cell: Any, dtype: str) -> bool:
-    """Whether a column of @p dtype can hold it; any can hold nothing."""
+    """Whether a column of ``dtype`` can hold it; any can hold nothing."""
     if cell is None:
         return True
     return type(cell) in _TYPES[dtype] and (dtype != "Int64" or -(2**63) <= cell < 2**63)
@@ -124,7 +163,11 @@ def typed_frame(rows: list[Row], columns: Sequence[str]) -> Any:
 def records(rows: Any) -> list[Row]:
     """The rows of a table, whatever holds them, as dictionaries; cells without a value are None."""
     if not hasattr(rows, "to_dict"):
-        return list(rows)
+        listed = [rows] if isinstance(rows, Mapping) else list(rows)
+        wrong = next((row for row in listed if not isinstance(row, Mapping)), None)
+        if wrong is not None:
+            raise TypeRefused(f"takes rows as table makes them (dict), or a DataFrame, not {type(wrong).__name__}")
+        return [dict(row) for row in listed]
     return [{column: plain(cell) for column, cell in record.items()} for record in rows.to_dict("records")]
 
 
@@ -150,16 +193,16 @@ def as_text(cell: Any) -> str | None:
         return json.dumps(cell, ensure_ascii=False, default=as_text)
     if cell is None or isinstance(cell, str):
         return cell
-    return str(cell.isoformat()) if type(cell).__name__ in ("datetime", "date") else str(cell)
+    return str(cell.isoformat()) if hasattr(cell, "isoformat") else str(cell)
 
 
 def apply(
     rows: Any, *, workers: int | None = None, sidecar: SidecarPolicy = "auto", delete_missing: bool = False
 ) -> list[Row]:
-    """Writes the cells of a table (a list of rows, or a DataFrame) that differ from what the files hold.
+    """Writes the cells of a table (a row, a list of rows, or a DataFrame) that differ from what the files hold.
 
     Each file is written once and stays as it is when nothing differs, so that a repetition does no harm. Rows with an
-    error are passed over. A cell without a value leaves the file's value alone, unless @p delete_missing is true. The
+    error are passed over. A cell without a value leaves the file's value alone, unless ``delete_missing`` is true. The
     result has a row for each: ``"file"``, ``"changed"`` and ``"error"``.
 
     >>> apply([{"file": sample(), "xmp:Rating": 2, "error": None}])[0]["changed"]
@@ -167,9 +210,14 @@ def apply(
     """
     policy_number(sidecar)
     listed = records(rows)
-    names = [os.path.realpath(record[FILE]) for record in listed]
-    if len(set(names)) != len(names):
-        raise ValueError("a file has more than one row")
+    if any(_is_missing(record.get(FILE)) for record in listed):
+        raise ValueRefused(f'a row has no "{FILE}"')
+    names: set[str] = set()
+    for record in listed:
+        name = os.path.realpath(record[FILE])
+        if name in names:
+            raise ValueRefused("it has more than one row", file=os.fspath(record[FILE]))
+        names.add(name)
     return _map(lambda record: _write(record, sidecar, delete_missing), listed, workers)
 
 
@@ -190,10 +238,17 @@ def _write(record: Mapping[str, Any], sidecar: SidecarPolicy, delete_missing: bo
 
 
 def _stays(photo: Photo, path: str, cell: Any) -> bool:
-    """Whether a cell is nothing to write: no value, or one that a view makes of others to show it."""
+    """Whether a cell is nothing to write: no value, the text of the one that is there, as a CSV file has it, or a value that
+    a view makes of others to show it."""
     if cell is None or cell is _values.MIXED:
         return True
-    return isinstance(cell, str) and path not in photo and cell == photo.display(path)
+    if not isinstance(cell, str):
+        return False
+    if path not in photo:
+        return bool(cell == photo.display(path))
+    meant, stored = _values.from_raw(cell, path), photo[path]
+    same_kind = type(meant) is type(stored) and not isinstance(meant, str)
+    return same_kind and _values.to_text(meant, path) == _values.to_text(stored, path)
 
 
 def _is_missing(cell: Any) -> bool:
@@ -206,6 +261,6 @@ def plain(cell: Any) -> Any:
         return None
     if hasattr(cell, "to_pydatetime"):
         return cell.to_pydatetime()
-    return cell.item() if type(cell).__module__ == "numpy" and hasattr(cell, "item") else cell
+    return _values.plain(cell)
 
 

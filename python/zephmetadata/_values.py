@@ -7,11 +7,13 @@ import decimal
 import functools
 import math
 import re
+import warnings
+from collections.abc import Mapping
 from fractions import Fraction
 from typing import Any, Tuple, Union
 
 from . import _core
-from ._errors import PathError, TypeRefused, ValueRefused
+from ._errors import MetadataWarning, PathError, TypeRefused, ValueRefused, did_you_mean
 
 #: What a value of the package may be; lists and dictionaries hold such values.
 Value = Union[str, int, float, Fraction, bool, datetime.datetime, datetime.date, "list[Any]", "dict[str, Any]", "_Mixed"]
@@ -65,6 +67,9 @@ class PartialDate(datetime.date):
 
     def __str__(self) -> str:
         return f"{self.year:04}" if self.precision == "year" else f"{self.year:04}-{self.month:02}"
+
+    def isoformat(self) -> str:
+        return str(self)
 
     def __repr__(self) -> str:
         return f"PartialDate({self.year})" if self.precision == "year" else f"PartialDate({self.year}, {self.month})"
@@ -148,7 +153,7 @@ def kind_of(path: str) -> str:
 
 
 def from_raw(raw: Raw, path: str) -> Any:
-    """The Python value of what is stored at @p path."""
+    """The Python value of what is stored at ``path``."""
     if isinstance(raw, str):
         reader = _READERS.get(kind_of(path))
         return raw if reader is None else reader(raw)
@@ -163,8 +168,15 @@ def is_language(path: str) -> bool:
     return kind_of(path) == "alt"
 
 
+def plain(value: Any) -> Any:
+    """A number of numpy as Python has it."""
+    return value.item() if type(value).__module__ == "numpy" and getattr(value, "shape", None) == () else value
+
+
 def to_text(value: Any, path: str) -> str:
-    """The text that is stored for a single value; raises TypeRefused when the type of @p value does not fit."""
+    """The text that is stored for a single value; raises TypeRefused when the type of ``value`` does not fit."""
+    if not isinstance(value, str) and definition(_ITEM.sub("[1]", path)) is None:
+        raise ValueRefused("no definition describes it" + suggestion(path), path=path)
     kind = kind_of(path)
     fits, text_of = _WRITERS.get(kind, ((str,), str))
     if isinstance(value, bool) and bool not in fits:
@@ -216,30 +228,41 @@ _WRITERS: dict[str, tuple[tuple[type, ...], Any]] = {
     "rational": ((Fraction, float, int, decimal.Decimal, str), _rational_text),
 }
 
+_DEFAULT = "x-default"
+_LANGUAGE = re.compile(r'\[\?xml:lang="([^"]*)"\]$')
+
 Edit = Tuple[str, str, str, str]  # kind, path, language, text
 
 
 def edits_for(path: str, old: Raw, new: Any) -> list[Edit]:
-    """What makes the stored value @p old the value @p new, and no more than that."""
+    """What makes the stored value ``old`` the value ``new``, and no more than that."""
+    new = plain(new)
     if new is MIXED or new is None:
         raise TypeRefused(f"takes a value, not {new!r}; del removes one", path=path)
     if old is NotImplemented:
         whole = not isinstance(new, str)  # a text is one language of those that the files have
+        if isinstance(new, Mapping) and kind_of(path) == "alt" and _DEFAULT not in new:
+            raise ValueRefused("the files differ; name what x-default is to be", path=path)
         return [("delete", path, "", "")] * whole + edits_for(path, None, new)
     kind = kind_of(path)
-    if kind == "alt" and isinstance(new, (str, dict)):
+    is_texts = kind == "alt" and not _is_structure(f"{path}[1]") and not isinstance(old, list)
+    if is_texts and isinstance(new, (str, Mapping)):
         return _language_edits(path, old, new)
     if kind in ("bag", "seq", "alt"):
-        if isinstance(new, (str, bytes, dict)) or not hasattr(new, "__iter__"):
-            fits = "str or dict" if kind == "alt" else "list"
+        if is_texts or isinstance(new, (str, bytes, Mapping)) or not hasattr(new, "__iter__"):
+            fits = "str or dict" if is_texts else "list"
             raise TypeRefused(f"takes {fits}, not {type(new).__name__}", path=path)
         return _list_edits(path, old, list(new))
-    if isinstance(new, dict):
+    if isinstance(new, Mapping):
         return _field_edits(path, old, new)
-    if isinstance(old, dict) or (definition(_ITEM.sub("[1]", path)) or {}).get("kind") == "":
+    if isinstance(old, dict) or _is_structure(path):
         raise TypeRefused(f"takes dict, not {type(new).__name__}", path=path)
     same = isinstance(old, str) and _same(old, new, path)
     return [] if same else [("set", path, "", to_text(new, path))]
+
+
+def _is_structure(path: str) -> bool:
+    return (definition(_ITEM.sub("[1]", path)) or {}).get("kind") == ""
 
 
 def _same(old: str, new: Any, path: str) -> bool:
@@ -253,16 +276,43 @@ def _same(old: str, new: Any, path: str) -> bool:
     return type(stored) is type(new) and not isinstance(new, str) and to_text(stored, path) == text
 
 
-def _language_edits(path: str, old: Raw, new: str | dict[str, str]) -> list[Edit]:
+def _language_edits(path: str, old: Raw, new: str | Mapping[str, str]) -> list[Edit]:
     held: dict[str, str] = old if isinstance(old, dict) else {}
     if isinstance(new, str):
-        return [] if held.get("x-default") == new else [("set", path, "x-default", _checked(new, path))]
-    wrong = next((text for text in new.values() if not isinstance(text, str)), None)
+        return [] if held.get(_DEFAULT) == new else [("set", path, _DEFAULT, _checked(new, path))]
+    wrong = next((text for pair in new.items() for text in pair if not isinstance(text, str)), None)
     if wrong is not None:
         raise TypeRefused(f"takes str for each language, not {type(wrong).__name__}", path=path)
-    gone = [("delete", path, language, "") for language in held if language not in new]
-    changed = {language: text for language, text in new.items() if held.get(language) != text}
-    return gone + [("set", path, language, _checked(text, path)) for language, text in changed.items()]
+    spelled = {language.lower(): language for language in held}  # tags compare without letter case
+    wanted = {spelled.get(language.lower(), language): text for language, text in new.items()}
+    if wanted and _DEFAULT in held:
+        wanted.setdefault(_DEFAULT, _default_text(held, wanted))
+    gone = [("delete", path, language, "") for language in held if language not in wanted]
+    changed = {language: text for language, text in wanted.items() if held.get(language) != text}
+    return gone + [("set", path, _language(language, path), _checked(text, path)) for language, text in changed.items()]
+
+
+def _default_text(held: dict[str, str], wanted: dict[str, str]) -> str:
+    """What x-default is to be that was not named: as before, or the new text of the language whose text it was."""
+    default = held[_DEFAULT]
+    return next((wanted[language] for language in wanted if held.get(language) == default), default)
+
+
+def _language(tag: str, path: str) -> str:
+    if not tag:
+        raise ValueRefused('"" is not a language tag such as de, en-US or x-default', path=path)
+    return tag
+
+
+def warn_of_languages(edits: list[Edit], file: str | None, stacklevel: int) -> None:
+    """Tells of texts in languages that nobody will look for, though their tags have the form of one."""
+    for _, path, language, text in edits:
+        selected = _LANGUAGE.search(path)
+        tag = language or (selected[1] if selected else "")
+        if tag and text and not _core.is_known_language(_checked(tag, path)):
+            where = f"{file}: {path}" if file else path
+            message = f'{where}: "{tag}" is no language that is known; "de" and "en-US" are'
+            warnings.warn(message, MetadataWarning, stacklevel=stacklevel + 1)
 
 
 def _list_edits(path: str, old: Raw, new: list[Any]) -> list[Edit]:
@@ -271,7 +321,7 @@ def _list_edits(path: str, old: Raw, new: list[Any]) -> list[Edit]:
     kept = 0
     while kept < min(len(held), len(new)):
         part = edits_for(f"{path}[{kept + 1}]", held[kept], new[kept])
-        if part and not isinstance(new[kept], dict):
+        if part and not isinstance(new[kept], Mapping):
             break  # what belongs to an item, such as its language, is not to become that of another
         edits += part
         kept += 1
@@ -281,7 +331,7 @@ def _list_edits(path: str, old: Raw, new: list[Any]) -> list[Edit]:
     return edits
 
 
-def _field_edits(path: str, old: Raw, new: dict[str, Any]) -> list[Edit]:
+def _field_edits(path: str, old: Raw, new: Mapping[str, Any]) -> list[Edit]:
     held: dict[str, Raw] = old if isinstance(old, dict) else {}
     edits = [("delete", f"{path}/{name}", "", "") for name in held if name not in new]
     for name, value in new.items():
@@ -289,12 +339,19 @@ def _field_edits(path: str, old: Raw, new: dict[str, Any]) -> list[Edit]:
     return edits
 
 
-def canonical(path: str) -> str:
+def canonical(path: str, file: str | None = None) -> str:
     """The path as the library writes it; raises PathError for what is none."""
+    if not isinstance(path, str):
+        raise TypeRefused(f"a path is str, not {type(path).__name__}", file=file)
     found = _canonical(path)
     if not found:
-        raise PathError("no such path", path=path)
+        raise PathError("no such path" + suggestion(path), file=file, path=path)
     return found
+
+
+def suggestion(path: str) -> str:
+    """What was probably meant by a path that no definition describes."""
+    return did_you_mean(_core.nearest_path(path.encode(errors="replace").decode()))
 
 
 @functools.lru_cache(maxsize=10000)

@@ -12,16 +12,16 @@ from __future__ import annotations
 
 import contextlib
 import csv
-import glob
 import importlib
 import json
 import os
 import sqlite3
 import uuid
-from collections.abc import Callable, Iterable, Sequence
+from collections.abc import Callable, Sequence
 from typing import Any, Literal, TextIO
 
-from . import _tables, _values
+from . import _files, _tables
+from ._errors import ValueRefused
 from ._photo import SidecarPolicy
 
 # Dask has no types of its own.
@@ -32,36 +32,24 @@ Bag = Any
 FILES_PER_PARTITION = 300
 
 
-def files_of(patterns: str | Iterable[str | os.PathLike[str]]) -> list[str]:
-    """The files of names and of patterns such as ``"photos/**/*.jpg"``, each once, in order. A name without a file
-    stays, so that its row says so."""
-    names: dict[str, None] = {}
-    for pattern in [patterns] if isinstance(patterns, str) else patterns:
-        text = os.fspath(pattern)
-        is_pattern = glob.has_magic(text) and not os.path.lexists(text)
-        names.update(dict.fromkeys(sorted(glob.glob(text, recursive=True)) if is_pattern else [text]))
-    return list(names)
-
-
 def read(
-    patterns: str | Iterable[str | os.PathLike[str]],
-    columns: Sequence[str] = (),
+    paths: _files.Paths,
+    columns: str | Sequence[str] = (),
     *,
     view: str | None = None,
     files_per_partition: int = FILES_PER_PARTITION,
     sidecar: SidecarPolicy = "auto",
     frame: Literal["pandas"] | None = None,
 ) -> Bag:
-    """The rows of ``zephmetadata.table`` as a bag, or, with ``frame="pandas"``, as a dataframe of Dask. A file that cannot
-    be read costs its own row alone; a partition whose worker dies is read again by another.
+    """The rows of ``zephmetadata.table`` as a bag, or, with ``frame="pandas"``, as a dataframe of Dask. Files are named as
+    for that, and each counts once. A file that cannot be read costs its own row alone; a partition whose worker dies is
+    read again by another.
 
     In a dataframe the columns have the types of the definitions in every partition: a value that is stored against its type
     is then missing, and ``"error"`` of its row says so.
     """
-    columns = _tables.columns_of(columns, view)
-    for column in columns:
-        _values.canonical(column)  # a wrong path is told here, and not in every partition
-    names = files_of(patterns)
+    columns = _tables.columns_of(columns, view)  # a wrong path is told here, and not in every partition
+    names = list(dict.fromkeys(_files.files(paths)))
     parts = [names[at : at + files_per_partition] for at in range(0, len(names), files_per_partition)] or [[]]
     if frame is None:
         return _bag.from_delayed([_dask.delayed(read_partition)(part, columns, sidecar) for part in parts])
@@ -72,8 +60,7 @@ def read(
 
 def read_partition(names: Sequence[str], columns: Sequence[str], sidecar: SidecarPolicy = "auto") -> list[dict[str, Any]]:
     """What ``read`` has a worker do: any engine that maps functions over lists of names can map this one."""
-    rows: list[dict[str, Any]] = _tables.table(names, columns, workers=1, sidecar=sidecar)
-    return rows
+    return _tables.table(names, columns, workers=1, sidecar=sidecar)
 
 
 def _read_frame(names: Sequence[str], columns: Sequence[str], sidecar: SidecarPolicy) -> Any:
@@ -81,7 +68,7 @@ def _read_frame(names: Sequence[str], columns: Sequence[str], sidecar: SidecarPo
 
 
 def write(rows: Bag, *, sidecar: SidecarPolicy = "auto", delete_missing: bool = False) -> Bag:
-    """``zephmetadata.apply`` for each partition of @p rows, a bag or a dataframe, which are to name each file once: a bag of
+    """``zephmetadata.apply`` for each partition of ``rows``, a bag or a dataframe, which are to name each file once: a bag of
     what became of the files. A row of a file that could not be written has the reason in ``"error"``."""
     parts = [_dask.delayed(write_partition)(part, sidecar, delete_missing) for part in rows.to_delayed()]
     return _bag.from_delayed(parts)
@@ -99,7 +86,7 @@ def to_files(rows: Bag, folder: str | os.PathLike[str], kind: str = "jsonl") -> 
     a database with a table ``files`` (``"sqlite"``); their names, in order. A file is there as a whole or not at all: a
     repeated partition replaces its own. (Of a dataframe ``to_parquet`` is Dask's own.)"""
     if kind not in _WRITE:
-        raise ValueError(f"kind is one of {', '.join(_WRITE)}, not {kind!r}")
+        raise ValueRefused(f"kind is one of {', '.join(_WRITE)}, not {kind!r}")
     os.makedirs(folder, exist_ok=True)
     parts = rows.to_delayed()
     names = [os.path.join(os.fspath(folder), f"part-{number:06}.{kind}") for number in range(len(parts))]

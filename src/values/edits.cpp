@@ -6,6 +6,7 @@
 
 #include "values/refusals.h"
 #include "values/value_procedures.h"
+#include "xmp/core/xmp_paths.h"
 #include "xmp/tree/xmp_marks.h"
 #include "zephmetadata/library.h"
 #include "zephmetadata/xmp_meta.h"
@@ -38,9 +39,34 @@ std::optional<ItemPlace> ItemAt(const Path& path) {
     return ItemPlace{PathForExpression(expression.substr(0, open)), std::stoi(digits) - 1};
 }
 
-bool Delete(XMPMetaHandle tree, const ValueEdit& edit) {
+/// One text of an alternative.
+struct LanguagePlace {
+    Path mAlternative;
+    UTF8String mLanguage;
+};
+
+/// The one that an edit is about: it names the language itself, or its path does, or counts the items.
+std::optional<LanguagePlace> LanguageOf(XMPMetaHandle tree, const ValueEdit& edit) {
     if (!edit.mLanguage.empty()) {
-        return SetLanguage(tree, edit.mPath, edit.mLanguage, {});
+        return LanguagePlace{edit.mPath, edit.mLanguage};
+    }
+    const UTF8String expression = ExpressionForPath(edit.mPath);
+    const auto named = toolkit::LanguageItemAt(expression);
+    const std::optional<ItemPlace> counted = ItemAt(edit.mPath);
+    LanguagePlace place;
+    if (named) {
+        place = {PathForExpression(named->mArray), named->mLanguage};
+    } else if (counted) {
+        place.mAlternative = counted->mArray;
+        GetRawStringValue(tree, PathForExpression(expression + "/?xml:lang"), place.mLanguage);
+    }
+    const bool isText = !place.mLanguage.empty() && PrimitiveTypeOfPath(place.mAlternative) == kPrimitiveType_Alt;
+    return isText ? std::optional(std::move(place)) : std::nullopt;
+}
+
+bool Delete(XMPMetaHandle tree, const ValueEdit& edit) {
+    if (const std::optional<LanguagePlace> text = LanguageOf(tree, edit)) {
+        return SetLanguage(tree, text->mAlternative, text->mLanguage, {});
     }
     if (!HasValue(tree, edit.mPath)) {
         return false;

@@ -1,8 +1,10 @@
 #include "values/refusals.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "values/text_access.h"
+#include "xmp/core/xmp_paths.h"
 #include "zephcore/localizer.h"
 #include "zephcore/text.h"
 
@@ -13,6 +15,8 @@ namespace {
 constexpr std::u16string_view kNoDefinition = u"$$$/zephmetadata/value/NoDefinition=no definition describes it";
 constexpr std::u16string_view kNoList = u"$$$/zephmetadata/edit/NoList=it is no list; set its value";
 constexpr std::u16string_view kNoLanguages = u"$$$/zephmetadata/edit/NoLanguages=it holds no texts in languages";
+constexpr std::u16string_view kNoLanguageTag =
+    u"$$$/zephmetadata/edit/NoLanguageTag=#{quot}@0#{quot} is not a language tag such as de, en-US or x-default";
 constexpr std::u16string_view kEmptyItem = u"$$$/zephmetadata/edit/EmptyItem=an item cannot be empty";
 constexpr std::u16string_view kEmptyValue =
     u"$$$/zephmetadata/edit/EmptyValue=a value cannot be empty; delete it instead";
@@ -22,6 +26,35 @@ constexpr std::u16string_view kCannot = u"$$$/zephmetadata/edit/Cannot=it cannot
 
 Refusal Because(EditRefusal kind, std::u16string_view key) {
     return {kind, zephcore::ZString(key)};
+}
+
+/// The form of RFC 5646: up to eight letters, then up to eight letters and digits behind each hyphen.
+bool IsLanguageTag(std::string_view text) {
+    constexpr std::size_t kMostLetters = 8;
+    const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
+    const auto isAllowed = [&](char c) { return isLetter(c) || (c >= '0' && c <= '9'); };
+    for (std::size_t begin = 0;; ++begin) {
+        const std::string_view part = text.substr(begin, text.find('-', begin) - begin);
+        const bool isGood = begin == 0 ? std::all_of(part.begin(), part.end(), isLetter)
+                                       : std::all_of(part.begin(), part.end(), isAllowed);
+        if (part.empty() || part.size() > kMostLetters || !isGood) {
+            return false;
+        }
+        begin += part.size();
+        if (begin == text.size()) {
+            return true;
+        }
+    }
+}
+
+/// What would not be written, or as a tag that no reader looks for. One that is there already can be deleted.
+Refusal ConsiderLanguage(const ValueEdit& edit) {
+    const auto ofPath = toolkit::LanguageItemAt(edit.mPath.mPathDescription);
+    const UTF8String language = ofPath && edit.mLanguage.empty() ? ofPath->mLanguage : edit.mLanguage;
+    if (edit.mKind != EditKind::kEditKind_Set || (!ofPath && language.empty()) || IsLanguageTag(language)) {
+        return {};
+    }
+    return {EditRefusal::kEditRefusal_NotAllowed, zephcore::ZString(kNoLanguageTag, {zephcore::UTF8to16(language)})};
 }
 
 /// Not every format keeps an empty value, and an empty one says nothing.
@@ -66,6 +99,9 @@ Refusal Consider(const ValueEdit& edit) {
     }
     if (!edit.mLanguage.empty() && PrimitiveTypeOfPath(edit.mPath) != kPrimitiveType_Alt) {
         return Because(EditRefusal::kEditRefusal_NoSuchShape, kNoLanguages);
+    }
+    if (Refusal refusal = ConsiderLanguage(edit); !refusal.IsNone()) {
+        return refusal;
     }
     const bool isAboutItems = edit.mKind == EditKind::kEditKind_Add || edit.mKind == EditKind::kEditKind_Remove ||
                               edit.mKind == EditKind::kEditKind_Rename;

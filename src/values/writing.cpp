@@ -135,7 +135,8 @@ bool SetValue(XMPMetaHandle tree, const Path& path, const char* value) {
 }
 
 bool SetLanguage(XMPMetaHandle tree, const Path& path, const UTF8String& language, const UTF8String& value) {
-    if (tree == nullptr || !IsLanguageTag(language) || PrimitiveTypeOfPath(path) != kPrimitiveType_Alt) {
+    const bool isTag = IsLanguageTag(language) || (value.empty() && !language.empty());  // what is there can go
+    if (tree == nullptr || !isTag || PrimitiveTypeOfPath(path) != kPrimitiveType_Alt) {
         return false;
     }
     if (!TakesText(*PathEntryDefinition(path))) {

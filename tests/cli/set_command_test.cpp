@@ -168,7 +168,14 @@ const RefusalRow kRefusalRows[] = {
      "notes.txt: not a media file of a known format\n"
      "truncated.jpg: the file is damaged (a segment is damaged or cut off)\n" +
          kBrokenPacket + "broken.xmp: its XMP is damaged and left as it is\n"},
-    {"MistypedName", {"packet.png", "dc:titel=x"}, "packet.png: dc:titel: no such property; did you mean dc:title?\n"},
+    {"MistypedNames",
+     {"packet.png", "dc:titel=x", "cd:title[1]=x"},
+     "packet.png: dc:titel: no such property; did you mean dc:title?\n"
+     "packet.png: cd:title[1]: unknown prefix \"cd\"; did you mean dc:title[1]?\n"},
+    {"NoLanguageTag",
+     {"packet.png", "dc:title[?xml:lang=\"Deutsch!\"]=x", "dc:title[?xml:lang=\"en-\"]=x"},
+     "packet.png: dc:title[?xml:lang=\"Deutsch!\"]: \"Deutsch!\" is not a language tag such as de, en-US or x-default\n"
+     "packet.png: dc:title[?xml:lang=\"en-\"]: \"en-\" is not a language tag such as de, en-US or x-default\n"},
 };
 
 INSTANTIATE_TEST_SUITE_P(Rows, Refusing, ::testing::ValuesIn(kRefusalRows),

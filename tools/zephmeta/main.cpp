@@ -5,8 +5,8 @@
 #include "command_line.h"
 #include "console.h"
 #include "description.h"
-#include "suggestions.h"
 #include "zephmetadata/library.h"
+#include "zephmetadata/suggestions.h"
 
 namespace {
 
@@ -43,7 +43,7 @@ std::string WhyNoCommand(const CLI::App& app, int argc, char** argv) {
             next = command->get_name() == *word ? command : next;
         }
         if (next == nullptr) {
-            const std::string near = zephmeta::NearestOf(*word, names);
+            const std::string near = zephmetadata::NearestName(*word, names);
             return near.empty() ? near : "no such command: " + std::string(*word) + "; did you mean " + near + "?";
         }
         parent = next;

@@ -1,5 +1,6 @@
 #include <zephcore/environment.h>
 #include <zephcore/files.h>
+#include <zephcore/language_tags.h>
 #include <zephcore/localizer.h>
 #include <zephcore/text.h>
 
@@ -28,6 +29,8 @@ int CheckEnvironment() {
     SetSuiteClientName(u"Consumer 1.0");
     CHECK(GetSuiteClientName() == u"Consumer 1.0");
     CHECK(Locale::ApplicationLangauge() == u"nb_NO");
+    CHECK(IsKnownLanguage("de-AT") && IsKnownLanguage("x-default") && !IsKnownLanguage("german") &&
+          !IsKnownLanguage("zz"));
     return 0;
 }
 

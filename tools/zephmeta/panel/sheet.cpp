@@ -105,6 +105,14 @@ sp<ViewDefinition> FindView(const std::string& name) {
     return view ? view : GetViewDefinitionForName(std::string(kOwnViews) + name);
 }
 
+std::vector<std::string> ViewNames() {
+    std::vector<std::string> names = {kOverview};
+    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
+        names.push_back(view->mName.substr(view->mName.starts_with(kOwnViews) ? kOwnViews.size() : 0));
+    }
+    return names;
+}
+
 bool HasView(const std::string& name) {
     return name == kOverview || FindView(name) != nullptr;
 }

@@ -35,6 +35,8 @@ struct Sheet {
 
 /// The registered view of that name, or of the library's own with that end; null when there is none.
 zephmetadata::sp<zephmetadata::ViewDefinition> FindView(const std::string& name);
+/// What FindView takes, the shorter names of the library's own; the overview comes first.
+std::vector<std::string> ViewNames();
 /// Whether there is such a view, the overview among them.
 bool HasView(const std::string& name);
 
