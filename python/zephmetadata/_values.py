@@ -349,6 +349,7 @@ def canonical(path: str, file: str | None = None) -> str:
     return found
 
 
+@functools.lru_cache(maxsize=1000)
 def suggestion(path: str) -> str:
     """What was probably meant by a path that no definition describes."""
     return did_you_mean(_core.nearest_path(path.encode(errors="replace").decode()))
