@@ -48,6 +48,7 @@ def test_reads_python_values(fixture, path, value):
         ("dc:title", {"x-default": "A", "fr": "B"}, {"x-default": "A", "fr": "B"}),
         ("dc:title", {"en": "A", "DE": "B"}, {"x-default": "Harbour at dawn", "en": "A", "de": "B"}),
         ("dc:subject", ["harbour", "a; b"], ["harbour", "a; b"]),
+        ("dc:subject", {"sea", "pier", "harbour", "jetty"}, ["harbour", "sea", "jetty", "pier"]),
         ("dc:subject", ["new", "harbour", "boats", "dawn; early", "sea"], None),
         ("dc:creator", ["Ines Calder", "Tomas Wren", "Ada Quay"], None),
         ("xmp:Rating", 5, 5.0),

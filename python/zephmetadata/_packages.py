@@ -61,6 +61,7 @@ def remove_package(name: str) -> bool:
 
 def _forget() -> None:
     _values.definition.cache_clear()
+    _values.suggestion.cache_clear()
     _values._canonical.cache_clear()
 
 

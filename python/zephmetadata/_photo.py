@@ -12,6 +12,7 @@ from types import TracebackType
 from typing import Any, Literal, Protocol, Union
 
 from . import _core, _values
+from ._edits import Edit, edits_for, warn_of_languages
 from ._errors import (
     Error,
     MetadataWarning,
@@ -79,8 +80,8 @@ class Photo(MutableMapping[str, Any]):
     stored), ``date``, ``PartialDate``, ``list``, and ``dict`` for structures and for texts by language. A text that is
     stored against its type comes as ``str``. Lists and dictionaries are copies: assign them to change the photo.
 
-    What is assigned takes the place of what was there: of a list all items, of a structure all fields. Texts by language
-    are those of the dictionary and no others, and a ``str`` is that of ``"x-default"`` alone, which leaves the others. A
+    What is assigned takes the place of what was there: of a list all items (a set keeps their
+    order), of a structure all fields. Texts by language are those of the dictionary and no others, and a ``str`` is that of ``"x-default"`` alone, which leaves the others. A
     dictionary without ``"x-default"``, the text for readers of any other language, leaves it, unless it says what one of
     the languages said; then it goes on to say that. Where there is none yet, it becomes the first text.
 
@@ -155,7 +156,7 @@ class Photo(MutableMapping[str, Any]):
 
     def update(self, other: Any = (), /, **values: Any) -> None:
         """Sets all of the values, or, when one of them is refused, none."""
-        edits: list[_values.Edit] = []
+        edits: list[Edit] = []
         for path, value in dict(other, **values).items():
             edits += self._edits(path, value)
         self._edit(edits)
@@ -169,20 +170,20 @@ class Photo(MutableMapping[str, Any]):
     def _no_value(self, path: str) -> PathError:
         return PathError("there is no value" + _values.suggestion(path), file=self._name, path=path)
 
-    def _edits(self, path: str, value: Any) -> list[_values.Edit]:
+    def _edits(self, path: str, value: Any) -> list[Edit]:
         path = self._canonical(path)
         raw = self._media.get(path)
         try:
-            return _values.edits_for(path, raw, value)
+            return edits_for(path, raw, value)
         except Error as error:
             error.file = self._name
             raise
 
-    def _edit(self, edits: list[_values.Edit]) -> None:
+    def _edit(self, edits: list[Edit]) -> None:
         for number, why in self._media.edit(edits) if edits else ():
             path = edits[number][1]
             raise ValueRefused(why + _values.suggestion(path), file=self._name, path=path)
-        _values.warn_of_languages(edits, self._name, stacklevel=3)
+        warn_of_languages(edits, self._name, stacklevel=3)
 
     # What else is known.
 
