@@ -12,8 +12,9 @@ namespace zephmetadata {
 ZEPHMETADATA_EXPORT UTF8String NearestName(const UTF8String& word, const std::vector<UTF8String>& known);
 
 /// The expression (paths.h) that a mistyped one most likely stands for: "dc:title" for "dc:titel", "cd:title" and "title",
-/// which may be the label of the property as well. What is below the property stays as it is. Empty when the property is defined, and when nothing is near. Cost: linear
-/// in the registered properties.
+/// which may be the label of the property as well, and "tiff:Model" for "exif:Model", whose name is known elsewhere. What
+/// is below the property stays as it is. Empty when the property is defined, and when nothing is near. Cost: linear in
+/// the registered properties.
 ZEPHMETADATA_EXPORT UTF8String NearestExpression(const UTF8String& expression);
 
 }  // namespace zephmetadata

@@ -94,6 +94,20 @@ UTF8String NearestProperty(const UTF8String& prefix, const UTF8String& name) {
     return nearest;
 }
 
+/// The property of exactly this name in another schema than was meant.
+UTF8String Namesake(const UTF8String& name) {
+    sp<SchemaDefinition> best;
+    for (const sp<SchemaDefinition>& schema : RegisteredSchemaDefinitions()) {
+        const bool isThere =
+            std::any_of(schema->mProperties.begin(), schema->mProperties.end(),
+                        [&](const sp<PropertyDefinition>& property) { return property->mName == name; });
+        if (isThere && (!best || RankOf(*schema) < RankOf(*best))) {
+            best = schema;
+        }
+    }
+    return best ? best->mPrefix + ":" + name : UTF8String();
+}
+
 }  // namespace
 
 UTF8String NearestName(const UTF8String& word, const std::vector<UTF8String>& known) {
@@ -119,7 +133,8 @@ UTF8String NearestExpression(const UTF8String& expression) {
     if (PathEntryDefinition(PathForExpression(property))) {
         return {};
     }
-    const UTF8String nearest = NearestProperty(prefix, name);
+    const UTF8String near = NearestProperty(prefix, name);
+    const UTF8String nearest = near.empty() ? Namesake(name) : near;
     return nearest.empty() ? nearest : nearest + expression.substr(end);
 }
 

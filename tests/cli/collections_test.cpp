@@ -96,6 +96,10 @@ TEST_F(Collections, HearOfAWrongPathOnce) {
               (Outcome{1, "",
                        "zephmeta: dc:titel: no such property; did you mean dc:title?\n"
                        "zephmeta: xmp:Rating: \"9\" is more than 5\n"}));
+    Copy("packet.png", "b.png");
+    EXPECT_EQ(Zephmeta({"get", "packet.png", "b.png", "xmp:Rating", "exif:Model"}),
+              (Outcome{1, "packet.png: 4\t\nb.png: 4\t\n",
+                       "zephmeta: exif:Model: no such property; did you mean tiff:Model?\n"}));
 }
 
 TEST_F(Collections, AreSummedUp) {

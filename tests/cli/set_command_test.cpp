@@ -87,6 +87,7 @@ const SetRow kSetRows[] = {
      {"plain.png", "--from", "packet.png", "--only", "dc:title", "--only", "dc:subject"},
      {{"dc:title[?xml:lang=\"de\"]", "Ebbe"}, {"dc:subject", {"boats", "dawn; early"}}, {"xmp:Rating", nullptr}}},
     {"Template", {"packet.png", "dc:source={dc:title} {none} {xmp:Rating}"}, {{"dc:source", "Low tide {none} 4"}}},
+    {"TemplateOfATagOfTIFF", {"packet.jpg", "dc:source={exif:Model}"}, {{"dc:source", "Lumenta L40"}}},
     {"Position",
      {"plain.png", "--gps", "53.5461,-9.9661,-12.5m"},
      {{"exif:GPSLatitude", "53,32.766N"},
@@ -169,8 +170,9 @@ const RefusalRow kRefusalRows[] = {
      "truncated.jpg: the file is damaged (a segment is damaged or cut off)\n" +
          kBrokenPacket + "broken.xmp: its XMP is damaged and left as it is\n"},
     {"MistypedNames",
-     {"packet.png", "dc:titel=x", "cd:title[1]=x"},
+     {"packet.png", "dc:titel=x", "dc:source={dc:creater} {no:path}", "cd:title[1]=x"},
      "packet.png: dc:titel: no such property; did you mean dc:title?\n"
+     "packet.png: dc:creater: no such property; did you mean dc:creator?\n"
      "packet.png: cd:title[1]: unknown prefix \"cd\"; did you mean dc:title[1]?\n"},
     {"NoLanguageTag",
      {"packet.png", "dc:title[?xml:lang=\"Deutsch!\"]=x", "dc:title[?xml:lang=\"en-\"]=x"},

@@ -231,7 +231,7 @@ private:
         if (expression.empty()) {
             Fail("a path is missing at the end");
         }
-        if (const std::string problem = WhyUnknown(expression, target); !problem.empty()) {
+        if (const std::string problem = WhyUnreadable(expression, target); !problem.empty()) {
             Fail(problem);
         }
         return target;

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <atomic>
 #include <iostream>
 
 #include "arguments.h"
@@ -78,12 +79,15 @@ std::string CSVField(const std::string& text) {
 class GetCommand {
 public:
     GetCommand(const GetRequest& request, std::vector<Wanted> wanted, bool isTable)
-        : mRequest(request), mWanted(std::move(wanted)), mIsTable(isTable) {}
+        : mRequest(request), mWanted(std::move(wanted)), mWasFound(mWanted.size()), mIsTable(isTable) {}
 
     void ReadFile(XMPMetaHandle tree, const std::string& name, FileResult& result) const {
         std::vector<FoundValue> values;
         for (const Wanted& wanted : mWanted) {
             values.push_back(Find(tree, wanted.mTarget, mRequest.mRaw));
+            if (values.back().mIsThere) {
+                mWasFound[values.size() - 1] = true;
+            }
         }
         if (mRequest.mBatch.mJson) {
             result.Print(JsonLine(AsJson(name, values)));
@@ -98,6 +102,17 @@ public:
         for (std::size_t i = 0; i < values.size() && !mIsTable; ++i) {
             if (!values[i].mIsThere && !values[i].mIsMixed) {
                 result.Fail(WhyNothing(mWanted[i]));
+            }
+        }
+    }
+
+    /// Once for many files, what no file has and was probably mistyped.
+    void ReportUnknown(Problems& problems) const {
+        for (std::size_t i = 0; i < mWanted.size(); ++i) {
+            const std::string unknown =
+                mWasFound[i] ? std::string() : WhyUnknown(mWanted[i].mExpression, mWanted[i].mTarget);
+            if (!unknown.empty()) {
+                problems.Report({}, unknown);
             }
         }
     }
@@ -153,6 +168,7 @@ private:
 
     const GetRequest& mRequest;
     std::vector<Wanted> mWanted;
+    mutable std::vector<std::atomic<bool>> mWasFound;  // by several workers
     bool mIsTable;
 };
 
@@ -195,18 +211,18 @@ int Get(GetRequest request) {
     }
     const bool isSingle = request.mBatch.mFiles.mNames.size() == 1 && !request.mBatch.mFiles.mRecursive &&
                           request.mBatch.mFiles.mNames.front().find_first_of("@-") != 0;
-    for (const Wanted& one : isSingle ? std::vector<Wanted>() : wanted) {
-        if (!one.mTarget.mProblem.empty()) {
-            problems.Report({}, WhyUnknown(one.mExpression, one.mTarget));
-        }
-    }
-    const GetCommand command(request, wanted, !isSingle || request.mCSV || request.mTSV);
+    const bool isTable = !isSingle || request.mCSV || request.mTSV;
+    const GetCommand command(request, wanted, isTable);
     if ((request.mCSV || request.mTSV) && !request.mBatch.mJson) {
         std::cout << command.Header() << '\n';
     }
-    return Batch(request.mBatch, problems).Run([&](const MediaFile& file, FileResult& result) {
+    const int status = Batch(request.mBatch, problems).Run([&](const MediaFile& file, FileResult& result) {
         command.ReadFile(*zephmetadata::MetaDataReadAccess(file.Provider()), file.Name(), result);
     });
+    if (isTable) {
+        command.ReportUnknown(problems);
+    }
+    return status == 0 ? problems.ExitStatus() : status;
 }
 
 }  // namespace zephmeta

@@ -24,6 +24,18 @@ const std::regex& FieldPattern() {
 
 constexpr std::size_t kLongestTemplate = 4096;  // the matcher recurses
 
+/// What a field of a template names. Tags of TIFF are known by the Exif standard as well, which lists them among its own
+/// (CIPA DC-008, section 4.6.4).
+Target ResolveField(const std::string& expression) {
+    constexpr std::string_view kExif = "exif:";
+    const Target target = ResolveTarget(expression);
+    if (!expression.starts_with(kExif) || PathEntryDefinition(target.mPath)) {
+        return target;
+    }
+    const Target inTIFF = ResolveTarget("tiff:" + expression.substr(kExif.size()));
+    return PathEntryDefinition(inTIFF.mPath) ? inTIFF : target;
+}
+
 /// Whether a value has fields to fill in; braces around what is no path stand for themselves.
 bool IsTemplate(const std::string& value) {
     std::smatch match;
@@ -57,7 +69,7 @@ std::optional<std::string> Filled(const std::string& value, XMPMetaHandle tree, 
     auto rest = value.cbegin();
     std::smatch match;
     while (std::regex_search(rest, value.cend(), match, FieldPattern())) {
-        const Target target = ResolveTarget(match[1]);
+        const Target target = ResolveField(match[1]);
         const std::string text = target.mProblem.empty() ? FieldText(tree, target, match[2]) : match[0].str();
         if (text.empty()) {
             problem = match[1].str() + ": no value to fill in";
@@ -152,7 +164,22 @@ private:
         edit->mSource =
             IsTemplate(assignment->mValue) ? RequestedEdit::Source::kTemplate : RequestedEdit::Source::kValue;
         edit->mEdit.mValue = AsStored(edit->mEdit.mPath, assignment->mValue);
+        if (edit->mSource == RequestedEdit::Source::kTemplate) {
+            CheckFields(assignment->mValue);
+        }
         Check();
+    }
+
+    void CheckFields(const std::string& value) {
+        const std::sregex_iterator end;
+        for (std::sregex_iterator match(value.begin(), value.end(), FieldPattern()); match != end; ++match) {
+            const std::string field = (*match)[1];
+            const Target target = ResolveField(field);
+            const std::string problem = target.mProblem.empty() ? WhyUnreadable(field, target) : std::string();
+            if (!problem.empty()) {
+                Refuse(problem);
+            }
+        }
     }
 
     void ReadAddition(const std::string& argument) { ReadItem(kEditKind_Add, argument, "--add"); }
@@ -188,7 +215,7 @@ private:
     void ReadCopy(const std::string& argument) {
         const auto assignment = Split(argument, "--copy", "TO=FROM");
         const Target from = assignment ? ResolveTarget(assignment->mValue) : Target();
-        const std::string problem = assignment ? WhyUnknown(assignment->mValue, from) : std::string();
+        const std::string problem = assignment ? WhyUnreadable(assignment->mValue, from) : std::string();
         if (!problem.empty()) {
             Refuse(problem);
         } else if (RequestedEdit* const edit = assignment ? Begin(kEditKind_Set, assignment->mExpression) : nullptr) {
