@@ -35,6 +35,7 @@ struct XMPNode {
     UTF8String mValue;      ///< of a simple node
     NodeKind mKind = NodeKind::kNodeKind_Simple;
     bool mIsQualifier = false;
+    bool mIsNative = false;  ///< of a property that was read from native metadata (OriginOf)
 };
 
 /// All nodes in document order, a node before what is below it. Cost: linear in the tree.

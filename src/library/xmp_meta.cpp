@@ -1,5 +1,6 @@
 #include "zephmetadata/xmp_meta.h"
 
+#include "xmp/tree/xmp_marks.h"
 #include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata {
@@ -54,11 +55,15 @@ std::vector<XMPNode> XMPNodes(XMPMetaHandle tree) {
     if (tree == nullptr) {
         return nodes;
     }
+    bool isNative = false;
     for (toolkit::Node& node : toolkit::Nodes(tree, {}, {}, toolkit::Walk::kSubtree)) {
-        if ((node.mOptions & toolkit::kSchemaNode) == 0) {
-            nodes.push_back({std::move(node.mSchema), std::move(node.mPath), std::move(node.mValue),
-                             KindOf(node.mOptions), (node.mOptions & toolkit::kPropIsQualifier) != 0});
+        if ((node.mOptions & toolkit::kSchemaNode) != 0) {
+            continue;
         }
+        // What is below a property comes right behind it.
+        isNative = toolkit::IsTopLevel(node.mPath) ? toolkit::IsNativeProperty(tree, node) : isNative;
+        nodes.push_back({std::move(node.mSchema), std::move(node.mPath), std::move(node.mValue), KindOf(node.mOptions),
+                         (node.mOptions & toolkit::kPropIsQualifier) != 0, isNative});
     }
     return nodes;
 }

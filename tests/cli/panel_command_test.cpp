@@ -113,6 +113,8 @@ TEST_F(Panels, SayWhatCannotBeShown) {
     EXPECT_EQ(Zephmeta({"panel", "broken-packet.jpg"}), (Outcome{1, "", kBrokenPacket}));
     EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--view", "nope"}),
               (Outcome{1, "", "zephmeta: no view is named \"nope\"; \"zephmeta views\" lists them\n"}));
+    EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--view", "camra"}),
+              (Outcome{1, "", "zephmeta: no view is named \"camra\"; did you mean camera?\n"}));
     EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--format", "pdf"}).mStatus, 2);
     EXPECT_EQ(Zephmeta({"panel", "harbour.jpg", "--all", "--view", "gps"}).mStatus, 2);
 }

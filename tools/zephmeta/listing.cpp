@@ -104,7 +104,7 @@ void Describe(zephmetadata::XMPMetaHandle tree, const XMPNode& node, ListedValue
     value.mNamespace = node.mNamespace;
     value.mInternal = path.mInternal;
     value.mDefined = entry != nullptr;
-    value.mIsNative = zephmetadata::OriginOf(tree, path) == zephmetadata::kValueOrigin_Native;
+    value.mIsNative = node.mIsNative;
     value.mLabel = entry ? Shown(LabelOf(*entry)) : std::string();
     value.mType = entry ? entry->mType.value_or(std::string()) : TreeType(node.mKind);
     if (!entry || !zephmetadata::GetValue(tree, path, value.mDisplay) || value.mDisplay.empty()) {

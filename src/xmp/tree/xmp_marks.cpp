@@ -22,15 +22,19 @@ Place TopLevelOf(Place place) {
     return place;
 }
 
-bool IsTopLevel(const Place& place) {
-    return place.mPath.find_first_of("/[") == UTF8String::npos;
+}  // namespace
+
+bool IsTopLevel(std::string_view path) {
+    return path.find_first_of("/[") == std::string_view::npos;
 }
 
-}  // namespace
+bool IsNativeProperty(XMPMetaHandle tree, const Node& property) {
+    return tree->mNative.contains({property.mSchema, property.mPath});
+}
 
 void CopyMarks(XMPMetaHandle source, XMPMetaHandle destination, const UTF8String& schema, const UTF8String& path) {
     const Place place = NormalPlace(source, schema, path);
-    if (IsTopLevel(place) && source->mNative.contains(place)) {
+    if (IsTopLevel(place.mPath) && source->mNative.contains(place)) {
         destination->mNative.insert(place);
     }
     if (IsMixed(source, schema, path)) {

@@ -4,6 +4,12 @@
 
 namespace zephmetadata::toolkit {
 
+/// Whether a path, in normal form, is that of a property itself.
+bool IsTopLevel(std::string_view path);
+
+/// As IsNative, of a property that a walk came to.
+bool IsNativeProperty(XMPMetaHandle tree, const Node& property);
+
 /// Called at every change of what is at or below @p path, in normal form or not.
 void ClearNative(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 

@@ -9,6 +9,7 @@
 #include "console.h"
 #include "media_file.h"
 #include "panel/overview.h"
+#include "zephmetadata/suggestions.h"
 
 namespace zephmeta {
 
@@ -30,6 +31,17 @@ TextStyle TerminalStyle() {
     return style;
 }
 
+/// Views are called by their names or by what is behind the last dot of these.
+std::string WhyNoView(const std::string& name) {
+    std::vector<std::string> names = {kOverview};
+    for (const sp<ViewDefinition>& view : CommonViewDefinitions()) {
+        names.push_back(view->mName.substr(view->mName.rfind('.') + 1));
+    }
+    const std::string near = NearestName(name, names);
+    return "no view is named \"" + name + "\"; " +
+           (near.empty() ? "\"zephmeta views\" lists them" : "did you mean " + near + "?");
+}
+
 }  // namespace
 
 int ShowPanel(const PanelRequest& request) {
@@ -37,7 +49,7 @@ int ShowPanel(const PanelRequest& request) {
     LoadAllViewDefinitions();
     problems.ReportCollected({});
     if (!request.mWish.mAll && !HasView(request.mWish.mView)) {
-        problems.Report({}, "no view is named \"" + request.mWish.mView + "\"; \"zephmeta views\" lists them");
+        problems.Report({}, WhyNoView(request.mWish.mView));
         return problems.ExitStatus();
     }
     std::vector<SheetSubject> subjects;
@@ -96,7 +108,7 @@ int ShowViews(const std::string& name, bool json) {
     problems.ReportCollected({});
     const std::vector<sp<ViewDefinition>> views = NamedViews(name, json);
     if (!views.front()) {
-        problems.Report({}, "no view is named \"" + name + "\"; \"zephmeta views\" lists them");
+        problems.Report({}, WhyNoView(name));
         return problems.ExitStatus();
     }
     std::size_t columns = 0;
