@@ -79,7 +79,7 @@ public:
         }
         mFormat = format;
         mBlocks = format->mContainer().Read(file);
-        mBefore = JoinBlocks(mBlocks, Keep::kPacket);
+        mBefore = ContentOf(mBlocks);
         if (mBefore.mStatus == FileStatus::kFileStatus_DamagedXMP) {
             return RefusedEdit(mBefore.mStatus, mBefore.mDetail);
         }
@@ -109,15 +109,15 @@ public:
         if (UTF8String changed = Untouched(mBlocks, mBlockChanges).Changed(blocks); !changed.empty()) {
             return changed + " would not stay as it is";
         }
-        mAfter = JoinBlocks(blocks, Keep::kContents);
-        if (!mAfter.mJoined) {
+        mAfter = ContentOf(blocks);
+        if (!mAfter.mPacket) {
             return "the written metadata does not read back";
         }
         return WhyNotAsWanted(mChanges, mBefore, mAfter, mWanted);
     }
 
     void Follow() {
-        if (mAfter.mJoined) {
+        if (mAfter.mPacket) {
             FollowChanges(mChanges, mAfter, mWanted);
         }
     }
@@ -144,8 +144,8 @@ private:
     FileBlocks mBlocks;
     MediaChanges mChanges;
     BlockChanges mBlockChanges;
-    MediaTrees mBefore;
-    MediaTrees mAfter;
+    MediaContent mBefore;
+    MediaContent mAfter;
 };
 
 }  // namespace
@@ -157,7 +157,7 @@ MediaReading ReadMedia(const std::shared_ptr<const ByteSource>& source) {
         return ReadFailure(FileStatus::kFileStatus_UnknownFormat);
     }
     const FileBlocks blocks = reading.mFormat->mContainer().Read(source);
-    MediaTrees trees = JoinBlocks(blocks);
+    MediaTree trees = JoinBlocks(blocks);
     std::tie(reading.mWriteStatus, reading.mWriteDetail) = WriteRefusal(*reading.mFormat, blocks);
     reading.mStatus = trees.mStatus;
     reading.mDetail = trees.mStatus == FileStatus::kFileStatus_NoXMP ? reading.mWriteDetail : std::move(trees.mDetail);

@@ -8,6 +8,7 @@
 #include "media/native/iim/iim_edit.h"
 #include "media/native/iim/iim_values.h"
 #include "media/native/namespaces.h"
+#include "xmp/core/xmp_paths.h"
 
 namespace zephmetadata::media {
 
@@ -77,6 +78,7 @@ void UpdateTwins(const TiffFields& fields, MediaChanges& changes) {
                         [&](const Place& place) { return place.mSchema == schema && LocalName(place) == property; });
         if (isChanged && !isAsked && toolkit::PropertyExists(changes.mPacket.get(), schema, property)) {
             PutValue(changes.mPacket.get(), value);
+            changes.mPacketContent.Put(changes.mPacket.get(), toolkit::TopLevelPlace(schema, property));
         }
     }
 }
@@ -115,11 +117,11 @@ void MirrorInIIM(const FileBlocks& blocks, const Mirrored& mirrored, MediaChange
 }
 
 /// Why a property that was to change reads otherwise.
-UTF8String WhyNotRead(const Place& property, const MediaTrees& after, XMPMetaHandle wanted) {
+UTF8String WhyNotRead(const Place& property, const MediaContent& after, XMPMetaHandle wanted) {
     if (!toolkit::PropertyExists(wanted, property.mSchema, property.mPath)) {
         return "stands in fields of the file that are not written";
     }
-    if (!toolkit::IsNative(after.mJoined.get(), property.mSchema, property.mPath)) {
+    if (!after.IsNative(property)) {
         return "does not read back as it was written";
     }
     return IsStructural(property.mSchema, LocalName(property))
@@ -135,14 +137,16 @@ bool IsAmong(const std::vector<Place>& places, const Place& place) {
 
 }  // namespace
 
-MediaChanges ChangesFor(const FileBlocks& blocks, MediaTrees& before, XMPMetaHandle wanted,
+MediaChanges ChangesFor(const FileBlocks& blocks, MediaContent& before, XMPMetaHandle wanted,
                         const WritableBlocks& writable) {
     MediaChanges changes;
     changes.mWanted = TreeContent(wanted);
     changes.mProperties = ChangedProperties(before.mJoinedContent, changes.mWanted);
     changes.mPacket = std::move(before.mPacket);
+    changes.mPacketContent = before.mPacketContent;
     for (const Place& property : changes.mProperties) {
         CopyProperty(wanted, changes.mPacket.get(), property);
+        changes.mPacketContent.Put(changes.mPacket.get(), property);
     }
     const Mirrored mirrored(changes.mProperties, wanted);
     if (writable.mExif) {
@@ -154,9 +158,9 @@ MediaChanges ChangesFor(const FileBlocks& blocks, MediaTrees& before, XMPMetaHan
     return changes;
 }
 
-UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before, const MediaTrees& after,
+UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaContent& before, const MediaContent& after,
                           XMPMetaHandle wanted) {
-    const std::vector<Place> inPacket = ChangedProperties(TreeContent(changes.mPacket.get()), after.mPacketContent);
+    const std::vector<Place> inPacket = ChangedProperties(changes.mPacketContent, after.mPacketContent);
     if (!inPacket.empty()) {
         return inPacket.front().mPath + " would not stay as it is";
     }
@@ -171,17 +175,17 @@ UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before,
     });
     for (const Place& property : ChangedProperties(before.mJoinedContent, after.mJoinedContent)) {
         const bool isLost = !IsAmong(changes.mProperties, property) &&
-                            !toolkit::PropertyExists(after.mJoined.get(), property.mSchema, property.mPath);
-        if (isLost && !(isOfField && toolkit::IsNative(before.mJoined.get(), property.mSchema, property.mPath))) {
+                            !toolkit::PropertyExists(after.TreeWith(property), property.mSchema, property.mPath);
+        if (isLost && !(isOfField && before.IsNative(property))) {
             return property.mPath + " stands in the same native field and would be lost";
         }
     }
     return {};
 }
 
-void FollowChanges(const MediaChanges& changes, const MediaTrees& after, XMPMetaHandle tree) {
+void FollowChanges(const MediaChanges& changes, const MediaContent& after, XMPMetaHandle tree) {
     for (const Place& property : ChangedProperties(after.mJoinedContent, changes.mWanted)) {
-        CopyProperty(after.mJoined.get(), tree, property);
+        CopyProperty(after.TreeWith(property), tree, property);
     }
 }
 

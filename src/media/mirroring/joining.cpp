@@ -8,6 +8,8 @@
 #include "media/native/exif/exif_values.h"
 #include "media/native/iim/iim_values.h"
 #include "media/native/iim/image_resources.h"
+#include "xmp/core/xmp_paths.h"
+#include "xmp/tree/xmp_marks.h"
 
 namespace zephmetadata::media {
 
@@ -24,55 +26,69 @@ bool IsBlank(std::string_view packet) {
 /// Takes values of one kind of native metadata into a tree.
 class Joiner {
 public:
-    /// The tree of a file without a packet is empty: what is there later was taken from native metadata.
-    Joiner(XMPMetaHandle tree, bool hasPacket) : mTree(tree), mHasPacket(hasPacket) {}
+    /// The tree of a file without a packet is empty: what is there later was taken from native metadata. @p into may be
+    /// @p packet itself; if not, it is empty and gets what native metadata says.
+    Joiner(XMPMetaHandle packet, XMPMetaHandle into, bool hasPacket)
+        : mPacket(packet), mInto(into), mHasPacket(hasPacket) {}
 
     /// Native metadata wins unless the packet says the same, by @p agrees, which may say it in more detail.
     template <typename Agrees>
     void Prefer(const std::vector<NativeValue>& values, const Agrees& agrees) {
         for (const NativeValue& value : values) {
-            if (mTaken.contains({value.mNamespace, value.mProperty})) {
+            if (!mTaken.emplace(value.mNamespace, value.mProperty).second) {
                 continue;  // an earlier kind says it already
             }
-            const UTF8String schema(value.mNamespace);
-            const UTF8String property(value.mProperty);
-            const auto held = mHasPacket ? ValueIn(mTree, schema, property) : std::nullopt;
+            const Target target(value);
+            const auto held = mHasPacket ? ValueIn(Holder(target), target.mSchema, target.mProperty) : std::nullopt;
             if (!held || !agrees(*held)) {
-                Take(value, schema, property, held.has_value());
+                Take(value, target, held.has_value());
             }
-            mTaken.emplace(value.mNamespace, value.mProperty);
         }
     }
 
     /// Native metadata fills in what the tree lacks.
     void FillIn(const std::vector<NativeValue>& values) {
         for (const NativeValue& value : values) {
-            const UTF8String schema(value.mNamespace);
-            const UTF8String property(value.mProperty);
-            const bool isTaken = !mTaken.emplace(value.mNamespace, value.mProperty).second;
-            if (!isTaken && !(mHasPacket && toolkit::PropertyExists(mTree, schema, property))) {
-                Take(value, schema, property, false);
+            if (!mTaken.emplace(value.mNamespace, value.mProperty).second) {
+                continue;
+            }
+            const Target target(value);
+            if (!mHasPacket || !toolkit::PropertyExists(Holder(target), target.mSchema, target.mProperty)) {
+                Take(value, target, false);
             }
         }
     }
 
-    /// Makes the values know that they are native: last, because a change of a property takes its mark away.
-    void MarkTaken() const {
-        for (const auto& [schema, property] : mNative) {
-            toolkit::MarkNative(mTree, schema, property);
-        }
-    }
+    /// The properties that were taken, to be marked last: a change of a property takes its mark away.
+    std::set<toolkit::Place> TakePlaces() { return std::move(mPlaces); }
 
 private:
-    void Take(const NativeValue& value, const UTF8String& schema, const UTF8String& property, bool isHeld) {
-        isHeld ? PutValue(mTree, value) : AddValue(mTree, value);
-        mNative.emplace_back(schema, property);
+    struct Target {
+        explicit Target(const NativeValue& value)
+            : mSchema(value.mNamespace),
+              mProperty(value.mProperty),
+              mPlace(toolkit::TopLevelPlace(mSchema, mProperty)) {}
+
+        UTF8String mSchema;
+        UTF8String mProperty;
+        toolkit::Place mPlace;
+    };
+
+    XMPMetaHandle Holder(const Target& target) const { return mPlaces.contains(target.mPlace) ? mInto : mPacket; }
+
+    void Take(const NativeValue& value, const Target& target, bool isHeld) {
+        if (isHeld && Holder(target) != mInto && value.mForm == ValueForm::kLangAlt) {
+            toolkit::DuplicateSubtree(mPacket, mInto, target.mSchema, target.mProperty);  // keeps the other languages
+        }
+        isHeld ? PutValue(mInto, value) : AddValue(mInto, value);
+        mPlaces.insert(target.mPlace);
     }
 
-    XMPMetaHandle mTree;
+    XMPMetaHandle mPacket;
+    XMPMetaHandle mInto;
     bool mHasPacket;
     std::set<PropertyName> mTaken;
-    std::vector<std::pair<UTF8String, UTF8String>> mNative;
+    std::set<toolkit::Place> mPlaces;
 };
 
 void JoinExif(Joiner& joiner, const FileBlocks& blocks) {
@@ -99,47 +115,76 @@ bool ParsePackets(XMPMetaHandle tree, const FileBlocks& blocks) {
     return toolkit::ParsePacket(tree, *blocks.mXMP) && toolkit::MergeExtended(tree, blocks.mExtendedXMP);
 }
 
-MediaTrees DamagedTrees(UTF8String detail) {
-    MediaTrees trees;
-    trees.mStatus = FileStatus::kFileStatus_DamagedXMP;
-    trees.mDetail = std::move(detail);
-    return trees;
-}
-
-MediaTrees Joined(const FileBlocks& blocks, Keep keep) {
-    MediaTrees trees;
-    trees.mJoined = toolkit::NewTree();
-    const bool hasPacket = blocks.mXMP && !IsBlank(*blocks.mXMP);
-    if (hasPacket && !ParsePackets(trees.mJoined.get(), blocks)) {
-        return DamagedTrees({});
-    }
-    if (keep == Keep::kPacket) {
-        trees.mPacket = toolkit::CloneTree(trees.mJoined.get());
-    }
-    if (keep == Keep::kContents) {
-        trees.mPacketContent = TreeContent(trees.mJoined.get());
-    }
-    Joiner joiner(trees.mJoined.get(), hasPacket);
+/// All that native metadata says, into a tree; the places of what was taken.
+std::set<toolkit::Place> JoinNative(const FileBlocks& blocks, XMPMetaHandle packet, XMPMetaHandle into,
+                                    bool hasPacket) {
+    Joiner joiner(packet, into, hasPacket);
     JoinExif(joiner, blocks);
     JoinIIM(joiner, blocks);
     joiner.FillIn(blocks.mValues);
-    joiner.MarkTaken();
-    if (keep != Keep::kNothing) {
-        trees.mJoinedContent = TreeContent(trees.mJoined.get());
+    return joiner.TakePlaces();
+}
+
+bool HasPacket(const FileBlocks& blocks) {
+    return blocks.mXMP && !IsBlank(*blocks.mXMP);
+}
+
+FileStatus StatusOf(bool isEmpty) {
+    return isEmpty ? FileStatus::kFileStatus_NoXMP : FileStatus::kFileStatus_Success;
+}
+
+template <typename Media>
+Media Damaged(UTF8String detail) {
+    Media media;
+    media.mStatus = FileStatus::kFileStatus_DamagedXMP;
+    media.mDetail = std::move(detail);
+    return media;
+}
+
+MediaTree Joined(const FileBlocks& blocks) {
+    MediaTree media;
+    media.mJoined = toolkit::NewTree();
+    XMPMetaHandle const tree = media.mJoined.get();
+    const bool hasPacket = HasPacket(blocks);
+    if (hasPacket && !ParsePackets(tree, blocks)) {
+        return Damaged<MediaTree>({});
     }
-    const bool isEmpty =
-        !hasPacket && toolkit::Nodes(trees.mJoined.get(), {}, {}, toolkit::Walk::kJustChildren).empty();
-    trees.mStatus = isEmpty ? FileStatus::kFileStatus_NoXMP : FileStatus::kFileStatus_Success;
-    return trees;
+    toolkit::SetNative(tree, JoinNative(blocks, tree, tree, hasPacket));
+    media.mStatus = StatusOf(!hasPacket && toolkit::Nodes(tree, {}, {}, toolkit::Walk::kJustChildren).empty());
+    return media;
+}
+
+MediaContent Content(const FileBlocks& blocks) {
+    MediaContent media;
+    media.mPacket = toolkit::NewTree();
+    media.mNative = toolkit::NewTree();
+    const bool hasPacket = HasPacket(blocks);
+    if (hasPacket && !ParsePackets(media.mPacket.get(), blocks)) {
+        return Damaged<MediaContent>({});
+    }
+    media.mPacketContent = TreeContent(media.mPacket.get());
+    media.mNativePlaces = JoinNative(blocks, media.mPacket.get(), media.mNative.get(), hasPacket);
+    toolkit::SetNative(media.mNative.get(), media.mNativePlaces);
+    media.mJoinedContent = media.mPacketContent.With(TreeContent(media.mNative.get()), media.mNativePlaces);
+    media.mStatus = StatusOf(!hasPacket && media.mJoinedContent.IsEmpty());
+    return media;
 }
 
 }  // namespace
 
-MediaTrees JoinBlocks(const FileBlocks& blocks, Keep keep) {
+MediaTree JoinBlocks(const FileBlocks& blocks) {
     try {
-        return Joined(blocks, keep);
+        return Joined(blocks);
     } catch (const XMPError& error) {
-        return DamagedTrees(error.what());
+        return Damaged<MediaTree>(error.what());
+    }
+}
+
+MediaContent ContentOf(const FileBlocks& blocks) {
+    try {
+        return Content(blocks);
+    } catch (const XMPError& error) {
+        return Damaged<MediaContent>(error.what());
     }
 }
 

@@ -79,29 +79,39 @@ std::vector<NativeItem> Leaves(XMPMetaHandle tree, const UTF8String& schema, con
     return items;
 }
 
-bool IsOf(const Node& node, const Place& property) {
-    return toolkit::IsAtOrBelow(node.mPath, property.mPath) && node.mSchema == property.mSchema;
-}
-
 }  // namespace
 
-TreeContent::TreeContent(XMPMetaHandle tree) : mNodes(toolkit::ComparableNodes(tree)) {
-    auto property = mProperties.end();
-    for (std::size_t i = 0; i < mNodes.size(); ++i) {
-        const Node& node = mNodes[i];
-        if (property == mProperties.end() || !IsOf(node, property->first)) {
-            Place place{node.mSchema, node.mPath.substr(0, node.mPath.find_first_of("/["))};
-            property = mProperties.try_emplace(std::move(place)).first;
-        }
-        property->second.push_back(i);
+TreeContent::TreeContent(XMPMetaHandle tree) {
+    for (toolkit::WrittenProperty& property : toolkit::WrittenProperties(tree)) {
+        mProperties.insert(mProperties.end(), std::make_shared<const toolkit::WrittenProperty>(std::move(property)));
     }
 }
 
-bool TreeContent::HoldsTheSame(const std::vector<std::size_t>& nodes, const TreeContent& other,
-                               const std::vector<std::size_t>& otherNodes) const {
-    return std::equal(
-        nodes.begin(), nodes.end(), otherNodes.begin(), otherNodes.end(),
-        [&](std::size_t mine, std::size_t theirs) { return toolkit::SameNode(mNodes[mine], other.mNodes[theirs]); });
+bool TreeContent::IsChangedByWriting() const {
+    return std::any_of(mProperties.begin(), mProperties.end(),
+                       [](const Property& property) { return property->mIsChanged; });
+}
+
+void TreeContent::Put(XMPMetaHandle tree, const Place& place) {
+    if (const auto old = mProperties.find(place); old != mProperties.end()) {
+        mProperties.erase(old);
+    }
+    if (std::optional<toolkit::WrittenProperty> now = toolkit::WrittenPropertyAt(tree, place)) {
+        mProperties.insert(std::make_shared<const toolkit::WrittenProperty>(*std::move(now)));
+    }
+}
+
+TreeContent TreeContent::With(const TreeContent& other, const std::set<Place>& places) const {
+    TreeContent both = *this;
+    for (const Place& place : places) {
+        if (const auto old = both.mProperties.find(place); old != both.mProperties.end()) {
+            both.mProperties.erase(old);
+        }
+        if (const auto found = other.mProperties.find(place); found != other.mProperties.end()) {
+            both.mProperties.insert(*found);
+        }
+    }
+    return both;
 }
 
 void PutValue(XMPMetaHandle tree, const NativeValue& value) {
@@ -153,16 +163,15 @@ std::vector<Place> ChangedProperties(const TreeContent& before, const TreeConten
     auto old = before.mProperties.begin();
     auto now = after.mProperties.begin();
     while (old != before.mProperties.end() || now != after.mProperties.end()) {
-        const bool isGone =
-            now == after.mProperties.end() || (old != before.mProperties.end() && old->first < now->first);
-        const bool isNew = old == before.mProperties.end() || now->first < old->first;
+        const bool isGone = now == after.mProperties.end() || (old != before.mProperties.end() && **old < **now);
+        const bool isNew = old == before.mProperties.end() || (now != after.mProperties.end() && **now < **old);
         if (isGone) {
-            changed.push_back((old++)->first);
+            changed.push_back((*old++)->Place());
         } else if (isNew) {
-            changed.push_back((now++)->first);
+            changed.push_back((*now++)->Place());
         } else {
-            if (!before.HoldsTheSame(old->second, after, now->second)) {
-                changed.push_back(now->first);
+            if (*old != *now && !(**old == **now)) {
+                changed.push_back((*now)->Place());
             }
             ++old;
             ++now;

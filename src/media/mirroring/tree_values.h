@@ -1,12 +1,13 @@
 #pragma once
 
-#include <map>
+#include <memory>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "media/native/native_value.h"
 #include "xmp/tree/place.h"
-#include "xmp/tree/xmp_tree.h"
+#include "xmp/tree/written_properties.h"
 
 /// Between trees and the values that native metadata has.
 namespace zephmetadata::media {
@@ -21,25 +22,39 @@ void AddValue(XMPMetaHandle tree, const NativeValue& value);
 /// are to outlive it.
 std::optional<NativeValue> ValueIn(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& property);
 
-/// What a tree held when this was made. Walking a tree is what costs: one that is compared several times is walked once.
+/// What a tree held when this was made. Walking a tree is what costs: one that is compared several times is walked once, and
+/// contents share the properties that they have in common.
 class TreeContent {
 public:
     TreeContent() = default;  ///< of a tree that holds nothing
     explicit TreeContent(XMPMetaHandle tree);
+
+    bool IsEmpty() const { return mProperties.empty(); }
+    /// Whether the toolkit would change something in writing the tree.
+    bool IsChangedByWriting() const;
+
+    /// Takes over what @p tree, which goes its own way otherwise, now holds at @p place.
+    void Put(XMPMetaHandle tree, const toolkit::Place& place);
+    /// This with what @p other has at @p places, be it nothing.
+    TreeContent With(const TreeContent& other, const std::set<toolkit::Place>& places) const;
 
     /// The top-level properties in which the two differ, each once, in the order of their places; the path of each has its
     /// prefix.
     friend std::vector<toolkit::Place> ChangedProperties(const TreeContent& before, const TreeContent& after);
 
 private:
-    using Nodes = std::vector<toolkit::Node>;
-    using Properties = std::map<toolkit::Place, std::vector<std::size_t>>;  ///< with the numbers of their nodes
+    using Property = std::shared_ptr<const toolkit::WrittenProperty>;
+    struct ByPlace {
+        using is_transparent = void;
+        static const toolkit::WrittenProperty& Of(const Property& property) { return *property; }
+        static const toolkit::Place& Of(const toolkit::Place& place) { return place; }
+        template <typename Left, typename Right>
+        bool operator()(const Left& left, const Right& right) const {
+            return Of(left) < Of(right);
+        }
+    };
 
-    bool HoldsTheSame(const std::vector<std::size_t>& nodes, const TreeContent& other,
-                      const std::vector<std::size_t>& otherNodes) const;
-
-    Nodes mNodes;
-    Properties mProperties;
+    std::set<Property, ByPlace> mProperties;
 };
 
 std::vector<toolkit::Place> ChangedProperties(const TreeContent& before, const TreeContent& after);

@@ -82,14 +82,16 @@ std::vector<Alternative> Alternatives(XMPMetaHandle tree) {
     return Alternatives(Nodes(tree, {}, {}, Walk::kSubtree));
 }
 
+bool IsChangedByWriting(const Alternative& alternative) {
+    const bool isMoved = alternative.HasLanguage(kDefaultLanguage) &&
+                         !SameLanguage(alternative.mItems.front().mLanguage, kDefaultLanguage);
+    return isMoved || IsEndangeredPair(alternative);
+}
+
 bool IsChangedByWriting(XMPMetaHandle tree) {
     const std::vector<Alternative> alternatives = Alternatives(tree);
-    return std::any_of(alternatives.begin(), alternatives.end(), [](const Alternative& alternative) {
-        const std::vector<AlternativeItem>& items = alternative.mItems;
-        const bool isMoved =
-            alternative.HasLanguage(kDefaultLanguage) && !SameLanguage(items.front().mLanguage, kDefaultLanguage);
-        return isMoved || IsEndangeredPair(alternative);
-    });
+    return std::any_of(alternatives.begin(), alternatives.end(),
+                       [](const Alternative& alternative) { return IsChangedByWriting(alternative); });
 }
 
 void WidenTree(XMPMetaHandle tree) {

@@ -184,6 +184,12 @@ Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String
     return {kept.mSchema, normal.replace(0, length, kept.mPath)};
 }
 
+Place TopLevelPlace(const UTF8String& schema, const UTF8String& name) {
+    Place place = RememberedPlace(schema, CheckedSchema(schema, name) + ":" + name);
+    place.mPath.resize(FirstStepLength(place.mPath));
+    return place;
+}
+
 bool IsAtOrBelow(std::string_view path, std::string_view parent) {
     if (!path.starts_with(parent)) {
         return false;

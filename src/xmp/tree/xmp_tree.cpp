@@ -1,8 +1,6 @@
 #include "xmp/tree/xmp_tree.h"
 
-#include <algorithm>
 #include <memory>
-#include <tuple>
 
 #include "xmp/arrays/xmp_alternatives.h"
 #include "xmp/core/xmp_paths.h"
@@ -10,6 +8,7 @@
 #include "xmp/packet/packet_scan.h"
 #include "xmp/packet/packet_text.h"
 #include "xmp/tree/node_copy.h"
+#include "xmp/tree/written_properties.h"
 #include "xmp/tree/xmp_meta_handle.h"
 
 namespace zephmetadata::toolkit {
@@ -24,40 +23,6 @@ TreeHandle NewNative() {
         ThrowToolkitError("new tree");
     }
     return tree;
-}
-
-// The item that an item becomes when x-default moves to the front.
-std::size_t MovedItem(std::size_t item, std::size_t defaultItem) {
-    if (item > defaultItem) {
-        return item;
-    }
-    return item == defaultItem ? 1 : item + 1;
-}
-
-// The toolkit moves x-default to the front of an alternative when it writes: so does the comparison.
-void MoveDefaultsFirst(std::vector<Node>& nodes) {
-    auto node = nodes.begin();
-    for (const Alternative& alternative : Alternatives(nodes)) {
-        const auto isDefault = [](const auto& item) { return SameLanguage(item.mLanguage, kDefaultLanguage); };
-        const auto found = std::find_if(alternative.mItems.begin(), alternative.mItems.end(), isDefault);
-        if (found == alternative.mItems.begin() || found == alternative.mItems.end()) {
-            continue;
-        }
-        const auto defaultItem = static_cast<std::size_t>(found - alternative.mItems.begin()) + 1;
-        node = std::find_if(node, nodes.end(), [&](const Node& candidate) {
-            return candidate.mPath == alternative.mPath && candidate.mSchema == alternative.mSchema;
-        });
-        const std::size_t number = alternative.mPath.size() + 1;
-        auto below = node;
-        for (++below; below != nodes.end() && IsAtOrBelow(below->mPath, alternative.mPath); ++below) {
-            if (below->mPath[number - 1] == '[') {
-                const std::size_t end = below->mPath.find(']', number);
-                const std::size_t item = std::stoul(below->mPath.substr(number, end - number));
-                below->mPath.replace(number, end - number, std::to_string(MovedItem(item, defaultItem)));
-            }
-        }
-        node = below;
-    }
 }
 
 /// For packets that the toolkit does not read as they are meant; the tree is empty when there is no other way.
@@ -163,26 +128,13 @@ std::uint32_t KindOf(const Node& node) {
     return node.mOptions & ((kPropCompositeMask & ~kPropArrayIsAltText) | XMP_PROP_VALUE_IS_URI);
 }
 
-std::vector<Node> ComparableNodes(XMPMetaHandle tree) {
-    std::vector<Node> nodes = Nodes(tree, {}, {}, Walk::kSubtree);
-    MoveDefaultsFirst(nodes);
-    std::erase_if(nodes, [](const Node& node) { return (node.mOptions & kSchemaNode) != 0; });
-    std::sort(nodes.begin(), nodes.end(), [](const Node& left, const Node& right) {
-        return std::tie(left.mSchema, left.mPath) < std::tie(right.mSchema, right.mPath);
-    });
-    return nodes;
-}
-
 bool SameNode(const Node& left, const Node& right) {
     return left.mSchema == right.mSchema && left.mPath == right.mPath && left.mValue == right.mValue &&
            KindOf(left) == KindOf(right);
 }
 
 bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right) {
-    const std::vector<Node> leftNodes = ComparableNodes(left);
-    const std::vector<Node> rightNodes = ComparableNodes(right);
-    return left->mAbout == right->mAbout &&
-           std::equal(leftNodes.begin(), leftNodes.end(), rightNodes.begin(), rightNodes.end(), SameNode);
+    return left->mAbout == right->mAbout && WrittenProperties(left) == WrittenProperties(right);
 }
 
 }  // namespace zephmetadata::toolkit

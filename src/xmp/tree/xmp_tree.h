@@ -85,10 +85,7 @@ enum class Walk { kSubtree, kJustChildren };
 /// the whole tree.
 std::vector<Node> Nodes(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path, Walk walk);
 
-/// All nodes but those of schemas, in the order of their places and as a written packet would have them: trees that say
-/// the same have the same. Expressions have their prefix.
-std::vector<Node> ComparableNodes(XMPMetaHandle tree);
-/// Whether two nodes of that kind are the same.
+/// Whether two nodes are the same; see KindOf.
 bool SameNode(const Node& left, const Node& right);
 
 bool PropertyExists(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);

@@ -71,37 +71,49 @@ inline FileBlocks Blocks(const std::string& body, const std::vector<TiffEdit>& e
     return blocks;
 }
 
+/// What a file says, read in one way and in the other, which have to come to the same.
+struct FileSide {
+    explicit FileSide(const FileBlocks& blocks) : mContent(ContentOf(blocks)), mPacket(mContent.mPacket) {
+        MediaTree tree = JoinBlocks(blocks);
+        EXPECT_EQ(mContent.mStatus, tree.mStatus);
+        EXPECT_EQ(ChangedProperties(TreeContent(tree.mJoined.get()), mContent.mJoinedContent).size(), 0U);
+        mJoined = std::move(tree.mJoined);
+    }
+
+    MediaContent mContent;
+    XMPMetaPtr mPacket;
+    XMPMetaPtr mJoined;
+};
+
 /// A file that was edited.
 struct EditedFile {
-    MediaTrees mBefore;
+    FileSide mBefore;
     MediaChanges mChanges;
-    MediaTrees mAfter;
+    FileSide mAfter;
     UTF8String mWhyNot;
 };
 
 template <typename Edit>
 EditedFile EditBlocks(const FileBlocks& blocks, const Edit& edit) {
-    EditedFile file;
-    file.mBefore = JoinBlocks(blocks, Keep::kPacket);
-    const XMPMetaPtr wanted = toolkit::CloneTree(file.mBefore.mJoined.get());
+    const FileSide before(blocks);
+    const XMPMetaPtr wanted = toolkit::CloneTree(before.mJoined.get());
     edit(wanted.get());
-    MediaTrees before = JoinBlocks(blocks, Keep::kPacket);  // whose packet becomes the changed one
-    file.mChanges = ChangesFor(blocks, before, wanted.get(), {true, true});
+    MediaContent content = ContentOf(blocks);  // whose packet becomes the changed one
+    MediaChanges changes = ChangesFor(blocks, content, wanted.get(), {true, true});
     FileBlocks written = blocks;
-    written.mXMP = toolkit::SerializePacket(file.mChanges.mPacket.get(), toolkit::PacketForm::kBareRDF);
-    if (!file.mChanges.mExif.empty()) {
+    written.mXMP = toolkit::SerializePacket(changes.mPacket.get(), toolkit::PacketForm::kBareRDF);
+    if (!changes.mExif.empty()) {
         const ByteSource& stream = *blocks.mExif.at(0).mSource;
-        const auto edited = EditedExif(ReadRange(stream, {0, stream.Size()}), file.mChanges.mExif);
+        const auto edited = EditedExif(ReadRange(stream, {0, stream.Size()}), changes.mExif);
         written.mExif.at(0).mSource = std::make_shared<MemorySource>(edited.value_or("damaged"));
     }
-    if (file.mChanges.mIIM) {
-        written.mIIM = file.mChanges.mIIM;
+    if (changes.mIIM) {
+        written.mIIM = changes.mIIM;
         written.mIIMDigest = blocks.mIIMDigest ? std::optional(IIMDigest(*written.mIIM)) : std::nullopt;
     }
-    file.mAfter = JoinBlocks(written, Keep::kContents);
-    file.mAfter.mPacket = JoinBlocks(written, Keep::kPacket).mPacket;
-    file.mWhyNot = WhyNotAsWanted(file.mChanges, file.mBefore, file.mAfter, wanted.get());
-    return file;
+    const FileSide after(written);
+    UTF8String whyNot = WhyNotAsWanted(changes, before.mContent, after.mContent, wanted.get());
+    return {before, std::move(changes), after, std::move(whyNot)};
 }
 
 /// An edit of what nothing else depends on.
