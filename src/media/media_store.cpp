@@ -130,7 +130,8 @@ private:
     PlannedEdit PlanBlocks(const std::shared_ptr<const ByteSource>& file) {
         const Container& container = mFormat->mContainer();
         toolkit::SplitPacket packet =
-            toolkit::SerializeSplit(mChanges.mPacket.get(), container.MaxPacketBytes(), &ExtendedXMPGuid);
+            toolkit::SerializeSplit(mChanges.mPacket.get(), container.MaxPacketBytes(), &ExtendedXMPGuid,
+                                    mChanges.mPacketContent.IsChangedByWriting());
         mBlockChanges.mXMP = std::move(packet.mMain);
         mBlockChanges.mExtendedXMP = std::move(packet.mExtended);
         mBlockChanges.mExif = mChanges.mExif;

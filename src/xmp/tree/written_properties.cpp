@@ -43,9 +43,9 @@ bool IsBefore(const Node& left, const Node& right) {
 /// @p nodes in document order.
 WrittenProperty Written(std::vector<Node> nodes) {
     WrittenProperty property{std::move(nodes), false};
-    const bool mayHoldAlternatives =
-        std::any_of(property.mNodes.begin(), property.mNodes.end(),
-                    [](const Node& node) { return (node.mOptions & kPropArrayIsAlternate) != 0; });
+    const bool mayHoldAlternatives = std::any_of(property.mNodes.begin(), property.mNodes.end(), [](const Node& node) {
+        return (node.mOptions & kPropArrayIsAlternate) != 0;
+    });
     if (mayHoldAlternatives) {
         const std::vector<Alternative> alternatives = Alternatives(property.mNodes);
         // From the inside out, since a move changes the paths of what lies within.

@@ -42,6 +42,33 @@ bool ParseOtherwise(XMPMetaHandle tree, std::string_view text, const UTF8String&
     return false;
 }
 
+/// @p isCopied tells whether the tree itself would not stay as it is, or is not what goes into the packet.
+UTF8String Serialized(XMPMetaHandle tree, PacketForm form, bool isCopied) {
+    const XMPMetaPtr wide = isCopied ? CloneTree(tree) : tree;
+    if (tree->mAliases) {
+        PutAliases(*tree->mAliases, wide.get());
+    }
+    if (isCopied) {
+        WidenTree(wide.get());
+    }
+    const QuietToolkit quiet;
+    const ToolkitString written;
+    const std::uint32_t options =
+        form == PacketForm::kBareRDF ? XMP_SERIAL_OMITPACKETWRAPPER | XMP_SERIAL_USECOMPACTFORMAT : 0U;
+    if (!xmp_serialize(Native(wide.get()), written.Get(), options, 0)) {
+        ThrowToolkitError("packet");
+    }
+    UTF8String packet = written.Text();
+    if (form == PacketForm::kBareRDF) {
+        packet.resize(packet.find_last_of('>') + 1);
+    }
+    if (tree->mAliases) {
+        NameAliases(packet);
+    }
+    PutAbout(packet, tree->mAbout);
+    return packet;
+}
+
 }  // namespace
 
 XMPMetaPtr NewTree() {
@@ -83,31 +110,13 @@ bool ParsePacket(XMPMetaHandle tree, std::string_view packet) {
 }
 
 UTF8String SerializePacket(XMPMetaHandle tree, PacketForm form) {
-    const bool isCopied = tree->mAliases || IsChangedByWriting(tree);
-    const XMPMetaPtr wide = isCopied ? CloneTree(tree) : tree;
-    if (isCopied) {
-        if (tree->mAliases) {
-            PutAliases(*tree->mAliases, wide.get());
-        }
-        WidenTree(wide.get());
-    }
-    const QuietToolkit quiet;
-    const ToolkitString written;
-    const std::uint32_t options =
-        form == PacketForm::kBareRDF ? XMP_SERIAL_OMITPACKETWRAPPER | XMP_SERIAL_USECOMPACTFORMAT : 0U;
-    if (!xmp_serialize(Native(wide.get()), written.Get(), options, 0)) {
-        ThrowToolkitError("packet");
-    }
-    UTF8String packet = written.Text();
-    if (form == PacketForm::kBareRDF) {
-        packet.resize(packet.find_last_of('>') + 1);
-    }
-    if (tree->mAliases) {
-        NameAliases(packet);
-    }
-    PutAbout(packet, tree->mAbout);
+    UTF8String packet = Serialized(tree, form, tree->mAliases || IsChangedByWriting(tree));
     CheckPacket(packet);
     return packet;
+}
+
+UTF8String SerializeUnchecked(XMPMetaHandle tree, bool isChanged) {
+    return Serialized(tree, PacketForm::kBareRDF, tree->mAliases || (isChanged && IsChangedByWriting(tree)));
 }
 
 XMPMetaPtr CloneTree(XMPMetaHandle tree) {

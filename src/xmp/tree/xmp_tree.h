@@ -45,6 +45,9 @@ enum class PacketForm {
 };
 /// Leaves the tree as it is (the toolkit itself would drop texts of two-item alternatives).
 UTF8String SerializePacket(XMPMetaHandle tree, PacketForm form = PacketForm::kFull);
+/// The same in the bare form for one who parses the packet before it is used, so that nothing is checked here. @p isChanged
+/// is false when the toolkit is known to change nothing in writing the tree (WrittenProperty::mIsChanged), to spare a walk.
+UTF8String SerializeUnchecked(XMPMetaHandle tree, bool isChanged = true);
 
 /// A packet for where there is not room for all of it; both in the bare form.
 struct SplitPacket {
@@ -53,9 +56,11 @@ struct SplitPacket {
 };
 /// When the tree does not fit into @p maxMainBytes, top-level properties move to the extended packet until the rest does:
 /// the largest first, those of Dublin Core and of media management last. xmpNote:HasExtendedXMP of the main packet is then
-/// what @p identifierOf says of the extended one. Throws XMPError when not even that fits.
+/// what @p identifierOf says of the extended one. Throws XMPError when not even that fits. Both are to be parsed before
+/// they are used; @p isChanged as for SerializeUnchecked.
 SplitPacket SerializeSplit(XMPMetaHandle tree, std::size_t maxMainBytes,
-                           const std::function<UTF8String(std::string_view extended)>& identifierOf);
+                           const std::function<UTF8String(std::string_view extended)>& identifierOf,
+                           bool isChanged = true);
 /// The way back: takes those top-level properties out of @p packets that the tree lacks, and xmpNote:HasExtendedXMP out
 /// of the tree. False, with the tree as it was, when one of the packets cannot be read.
 bool MergeExtended(XMPMetaHandle tree, const std::vector<std::string>& packets);
