@@ -42,6 +42,13 @@ bool ParseOtherwise(XMPMetaHandle tree, std::string_view text, const UTF8String&
     return false;
 }
 
+void CopyWhatIsNoNode(XMPMetaHandle from, XMPMetaHandle to) {
+    to->mAbout = from->mAbout;
+    to->mAliases = from->mAliases;
+    to->mMixed = from->mMixed;
+    to->mNative = from->mNative;
+}
+
 /// @p isCopied tells whether the tree itself would not stay as it is, or is not what goes into the packet.
 UTF8String Serialized(XMPMetaHandle tree, PacketForm form, bool isCopied) {
     const XMPMetaPtr wide = isCopied ? CloneTree(tree) : tree;
@@ -126,11 +133,24 @@ XMPMetaPtr CloneTree(XMPMetaHandle tree) {
             CopyNode(clone.get(), node, node.mPath);
         }
     }
-    clone->mAbout = tree->mAbout;
-    clone->mAliases = tree->mAliases;
-    clone->mMixed = tree->mMixed;
-    clone->mNative = tree->mNative;
+    CopyWhatIsNoNode(tree, clone.get());
     return clone;
+}
+
+XMPMetaPtr ClonePart(XMPMetaHandle tree, const std::set<Place>& places) {
+    XMPMetaPtr part = NewTree();
+    for (const auto& [schema, path] : places) {
+        const std::optional<Property> root = GetProperty(tree, schema, path);
+        if (!root) {
+            continue;
+        }
+        CopyNode(part.get(), {schema, path, root->mValue, root->mOptions}, path);
+        for (const Node& node : Nodes(tree, schema, path, Walk::kSubtree)) {
+            CopyNode(part.get(), node, node.mPath);
+        }
+    }
+    CopyWhatIsNoNode(tree, part.get());
+    return part;
 }
 
 std::uint32_t KindOf(const Node& node) {

@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "xmp/core/toolkit.h"
+#include "xmp/tree/place.h"
 
 /// Reading and changing one XMP tree.
 ///
@@ -67,6 +69,8 @@ bool MergeExtended(XMPMetaHandle tree, const std::vector<std::string>& packets);
 
 /// A tree of its own with the same nodes, rdf:about and marks.
 XMPMetaPtr CloneTree(XMPMetaHandle tree);
+/// The same with those of the top-level properties alone that are at @p places.
+XMPMetaPtr ClonePart(XMPMetaHandle tree, const std::set<Place>& places);
 /// True when both are about the same (rdf:about) and hold the same nodes (namespace, path, value and kind), whatever the
 /// order of schemas, properties and fields.
 bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right);
