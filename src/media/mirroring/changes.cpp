@@ -78,7 +78,10 @@ void UpdateTwins(const TiffFields& fields, MediaChanges& changes) {
                         [&](const Place& place) { return place.mSchema == schema && LocalName(place) == property; });
         if (isChanged && !isAsked && toolkit::PropertyExists(changes.mPacket.get(), schema, property)) {
             PutValue(changes.mPacket.get(), value);
-            changes.mPacketContent.Put(changes.mPacket.get(), toolkit::TopLevelPlace(schema, property));
+            const Place place = toolkit::TopLevelPlace(schema, property);
+            std::optional<toolkit::WrittenProperty> now = toolkit::WrittenPropertyAt(changes.mPacket.get(), place);
+            changes.mPacketContent.Put(
+                place, now ? std::make_shared<const toolkit::WrittenProperty>(*std::move(now)) : nullptr);
         }
     }
 }
@@ -137,16 +140,20 @@ bool IsAmong(const std::vector<Place>& places, const Place& place) {
 
 }  // namespace
 
-MediaChanges ChangesFor(const FileBlocks& blocks, MediaContent& before, XMPMetaHandle wanted,
+MediaChanges ChangesFor(const FileBlocks& blocks, MediaContent& before, XMPMetaHandle wanted, TreeContent wantedContent,
                         const WritableBlocks& writable) {
     MediaChanges changes;
-    changes.mWanted = TreeContent(wanted);
-    changes.mProperties = ChangedProperties(before.mJoinedContent, changes.mWanted);
+    changes.mProperties = ChangedProperties(before.mJoinedContent, wantedContent);
+    changes.mWanted = std::move(wantedContent);
+    changes.mPacketContent = before.mPacketContent.With(changes.mWanted, changes.mProperties);
     changes.mPacket = std::move(before.mPacket);
-    changes.mPacketContent = before.mPacketContent;
-    for (const Place& property : changes.mProperties) {
-        CopyProperty(wanted, changes.mPacket.get(), property);
-        changes.mPacketContent.Put(changes.mPacket.get(), property);
+    if (changes.mPacket) {
+        for (const Place& property : changes.mProperties) {
+            CopyProperty(wanted, changes.mPacket.get(), property);
+        }
+    } else {
+        changes.mPacket = changes.mPacketContent.Tree();
+        toolkit::CopyAbout(wanted, changes.mPacket.get());
     }
     const Mirrored mirrored(changes.mProperties, wanted);
     if (writable.mExif) {

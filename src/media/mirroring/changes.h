@@ -24,9 +24,9 @@ struct MediaChanges {
 };
 
 /// What has to change in a file that reads as @p before so that it reads as @p wanted: the properties that differ in the
-/// packet, and the native fields that mirror them. Takes the tree of the packet out of @p before, which has to have it. May
-/// throw XMPError.
-MediaChanges ChangesFor(const FileBlocks& blocks, MediaContent& before, XMPMetaHandle wanted,
+/// packet, and the native fields that mirror them. Takes the tree of the packet out of @p before, or makes it anew. May throw
+/// XMPError.
+MediaChanges ChangesFor(const FileBlocks& blocks, MediaContent& before, XMPMetaHandle wanted, TreeContent wantedContent,
                         const WritableBlocks& writable);
 
 /// Why a file that now reads as @p after is not what the changes were to make of it; empty when it is: the packet holds

@@ -61,6 +61,8 @@ public:
 
     /// The properties that were taken, to be marked last: a change of a property takes its mark away.
     std::set<toolkit::Place> TakePlaces() { return std::move(mPlaces); }
+    /// What the packet held at some of them, where it is the packet's tree that they were put into.
+    std::vector<std::shared_ptr<const toolkit::WrittenProperty>> TakeDisplaced() { return std::move(mDisplaced); }
 
 private:
     struct Target {
@@ -80,6 +82,11 @@ private:
         if (isHeld && Holder(target) != mInto && value.mForm == ValueForm::kLangAlt) {
             toolkit::DuplicateSubtree(mPacket, mInto, target.mSchema, target.mProperty);  // keeps the other languages
         }
+        if (isHeld && mPacket == mInto && !mPlaces.contains(target.mPlace)) {
+            if (std::optional<toolkit::WrittenProperty> held = toolkit::WrittenPropertyAt(mPacket, target.mPlace)) {
+                mDisplaced.push_back(std::make_shared<const toolkit::WrittenProperty>(*std::move(held)));
+            }
+        }
         isHeld ? PutValue(mInto, value) : AddValue(mInto, value);
         mPlaces.insert(target.mPlace);
     }
@@ -89,6 +96,7 @@ private:
     bool mHasPacket;
     std::set<PropertyName> mTaken;
     std::set<toolkit::Place> mPlaces;
+    std::vector<std::shared_ptr<const toolkit::WrittenProperty>> mDisplaced;
 };
 
 void JoinExif(Joiner& joiner, const FileBlocks& blocks) {
@@ -115,14 +123,11 @@ bool ParsePackets(XMPMetaHandle tree, const FileBlocks& blocks) {
     return toolkit::ParsePacket(tree, *blocks.mXMP) && toolkit::MergeExtended(tree, blocks.mExtendedXMP);
 }
 
-/// All that native metadata says, into a tree; the places of what was taken.
-std::set<toolkit::Place> JoinNative(const FileBlocks& blocks, XMPMetaHandle packet, XMPMetaHandle into,
-                                    bool hasPacket) {
-    Joiner joiner(packet, into, hasPacket);
+/// Takes all that native metadata says.
+void JoinNative(Joiner& joiner, const FileBlocks& blocks) {
     JoinExif(joiner, blocks);
     JoinIIM(joiner, blocks);
     joiner.FillIn(blocks.mValues);
-    return joiner.TakePlaces();
 }
 
 bool HasPacket(const FileBlocks& blocks) {
@@ -149,7 +154,14 @@ MediaTree Joined(const FileBlocks& blocks) {
     if (hasPacket && !ParsePackets(tree, blocks)) {
         return Damaged<MediaTree>({});
     }
-    toolkit::SetNative(tree, JoinNative(blocks, tree, tree, hasPacket));
+    Joiner joiner(tree, tree, hasPacket);
+    JoinNative(joiner, blocks);
+    const std::set<toolkit::Place> places = joiner.TakePlaces();
+    toolkit::SetNative(tree, places);
+    if (CanKeepState(blocks, tree)) {
+        media.mState = std::make_shared<const ReadState>(
+            ReadState{toolkit::BeginJournal(tree), DigestOf(blocks), places, joiner.TakeDisplaced()});
+    }
     media.mStatus = StatusOf(!hasPacket && toolkit::Nodes(tree, {}, {}, toolkit::Walk::kJustChildren).empty());
     return media;
 }
@@ -163,7 +175,9 @@ MediaContent Content(const FileBlocks& blocks) {
         return Damaged<MediaContent>({});
     }
     media.mPacketContent = TreeContent(media.mPacket.get());
-    media.mNativePlaces = JoinNative(blocks, media.mPacket.get(), media.mNative.get(), hasPacket);
+    Joiner joiner(media.mPacket.get(), media.mNative.get(), hasPacket);
+    JoinNative(joiner, blocks);
+    media.mNativePlaces = joiner.TakePlaces();
     toolkit::SetNative(media.mNative.get(), media.mNativePlaces);
     media.mJoinedContent = media.mPacketContent.With(TreeContent(media.mNative.get()), media.mNativePlaces);
     media.mStatus = StatusOf(!hasPacket && media.mJoinedContent.IsEmpty());
@@ -186,6 +200,28 @@ MediaContent ContentOf(const FileBlocks& blocks) {
     } catch (const XMPError& error) {
         return Damaged<MediaContent>(error.what());
     }
+}
+
+std::optional<MediaContent> ContentAsRead(const FileBlocks& blocks, const ReadState* state, XMPMetaHandle tree,
+                                          const TreeContent& now) {
+    if (state == nullptr || toolkit::JournalOf(tree) != state->mJournal.get() || DigestOf(blocks) != state->mDigest) {
+        return std::nullopt;
+    }
+    MediaContent media;
+    media.mNativePlaces = state->mNativePlaces;
+    media.mJoinedContent = now;
+    for (const auto& [place, before] : state->mJournal->mBefore) {
+        media.mJoinedContent.Put(place, before);
+    }
+    media.mPacketContent = media.mJoinedContent;
+    for (const toolkit::Place& place : state->mNativePlaces) {
+        media.mPacketContent.Put(place, nullptr);
+    }
+    for (const auto& displaced : state->mDisplaced) {
+        media.mPacketContent.Put(displaced->Place(), displaced);
+    }
+    media.mStatus = FileStatus::kFileStatus_Success;
+    return media;
 }
 
 bool IsIIMChanged(const FileBlocks& blocks) {

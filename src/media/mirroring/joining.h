@@ -1,6 +1,7 @@
 #pragma once
 
 #include "media/containers/container.h"
+#include "media/mirroring/read_state.h"
 #include "media/mirroring/tree_values.h"
 
 /// What a file says, of its packet and its native metadata together. docs/decisions/native-metadata.md says what wins where
@@ -15,6 +16,7 @@ struct MediaTree {
     UTF8String mDetail;
     XMPMetaPtr
         mJoined;  ///< the packet with what native metadata says; its values know which they are (toolkit::IsNative)
+    std::shared_ptr<const ReadState> mState;  ///< where one can be kept
 };
 
 /// Throws nothing.
@@ -24,7 +26,7 @@ MediaTree JoinBlocks(const FileBlocks& blocks);
 struct MediaContent {
     FileStatus mStatus = FileStatus::kFileStatus_NoXMP;  ///< as that of a MediaTree
     UTF8String mDetail;
-    XMPMetaPtr mPacket;  ///< what the packet holds and nothing else
+    XMPMetaPtr mPacket;  ///< what the packet holds and nothing else; null where its content is told alone
     XMPMetaPtr mNative;  ///< holds the properties at these places, or nothing there when the file says nothing of one
     std::set<toolkit::Place> mNativePlaces;
     TreeContent mPacketContent;
@@ -37,6 +39,10 @@ struct MediaContent {
 
 /// Throws nothing.
 MediaContent ContentOf(const FileBlocks& blocks);
+/// The same for blocks that say what they said when they were read as @p tree with @p state, without its trees: what the
+/// tree, which holds @p now, was before it was changed. Absent for other blocks, and when the tree cannot tell.
+std::optional<MediaContent> ContentAsRead(const FileBlocks& blocks, const ReadState* state, XMPMetaHandle tree,
+                                          const TreeContent& now);
 
 /// Whether the IIM datasets were changed since a writer brought them into step with the XMP, by the digest that it left.
 bool IsIIMChanged(const FileBlocks& blocks);

@@ -83,7 +83,7 @@ std::vector<NativeItem> Leaves(XMPMetaHandle tree, const UTF8String& schema, con
 
 TreeContent::TreeContent(XMPMetaHandle tree) {
     for (toolkit::WrittenProperty& property : toolkit::WrittenProperties(tree)) {
-        mProperties.insert(mProperties.end(), std::make_shared<const toolkit::WrittenProperty>(std::move(property)));
+        mProperties.insert(std::make_shared<const toolkit::WrittenProperty>(std::move(property)));
     }
 }
 
@@ -92,26 +92,31 @@ bool TreeContent::IsChangedByWriting() const {
                        [](const Property& property) { return property->mIsChanged; });
 }
 
-void TreeContent::Put(XMPMetaHandle tree, const Place& place) {
+void TreeContent::Put(const Place& place, Property property) {
     if (const auto old = mProperties.find(place); old != mProperties.end()) {
         mProperties.erase(old);
     }
-    if (std::optional<toolkit::WrittenProperty> now = toolkit::WrittenPropertyAt(tree, place)) {
-        mProperties.insert(std::make_shared<const toolkit::WrittenProperty>(*std::move(now)));
+    if (property) {
+        mProperties.insert(std::move(property));
     }
 }
 
-TreeContent TreeContent::With(const TreeContent& other, const std::set<Place>& places) const {
-    TreeContent both = *this;
-    for (const Place& place : places) {
-        if (const auto old = both.mProperties.find(place); old != both.mProperties.end()) {
-            both.mProperties.erase(old);
-        }
-        if (const auto found = other.mProperties.find(place); found != other.mProperties.end()) {
-            both.mProperties.insert(*found);
-        }
+TreeContent::Property TreeContent::At(const Place& place) const {
+    const auto found = mProperties.find(place);
+    return found == mProperties.end() ? nullptr : *found;
+}
+
+XMPMetaPtr TreeContent::Tree() const {
+    std::vector<const toolkit::WrittenProperty*> ordered;
+    std::transform(mProperties.begin(), mProperties.end(), std::back_inserter(ordered),
+                   [](const Property& property) { return property.get(); });
+    std::stable_sort(ordered.begin(), ordered.end(),
+                     [](const auto* left, const auto* right) { return left->mPosition < right->mPosition; });
+    XMPMetaPtr tree = toolkit::NewTree();
+    for (const toolkit::WrittenProperty* const property : ordered) {
+        toolkit::AddProperty(tree.get(), *property);
     }
-    return both;
+    return tree;
 }
 
 void PutValue(XMPMetaHandle tree, const NativeValue& value) {

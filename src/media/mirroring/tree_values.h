@@ -33,17 +33,27 @@ public:
     /// Whether the toolkit would change something in writing the tree.
     bool IsChangedByWriting() const;
 
-    /// Takes over what @p tree, which goes its own way otherwise, now holds at @p place.
-    void Put(XMPMetaHandle tree, const toolkit::Place& place);
+    using Property = std::shared_ptr<const toolkit::WrittenProperty>;
+
+    /// Has @p property, null for none, at its place.
+    void Put(const toolkit::Place& place, Property property);
     /// This with what @p other has at @p places, be it nothing.
-    TreeContent With(const TreeContent& other, const std::set<toolkit::Place>& places) const;
+    template <typename Places>
+    TreeContent With(const TreeContent& other, const Places& places) const {
+        TreeContent both = *this;
+        for (const toolkit::Place& place : places) {
+            both.Put(place, other.At(place));
+        }
+        return both;
+    }
+    /// A tree that holds this.
+    XMPMetaPtr Tree() const;
 
     /// The top-level properties in which the two differ, each once, in the order of their places; the path of each has its
     /// prefix.
     friend std::vector<toolkit::Place> ChangedProperties(const TreeContent& before, const TreeContent& after);
 
 private:
-    using Property = std::shared_ptr<const toolkit::WrittenProperty>;
     struct ByPlace {
         using is_transparent = void;
         static const toolkit::WrittenProperty& Of(const Property& property) { return *property; }
@@ -53,6 +63,8 @@ private:
             return Of(left) < Of(right);
         }
     };
+
+    Property At(const toolkit::Place& place) const;
 
     std::set<Property, ByPlace> mProperties;
 };

@@ -334,6 +334,10 @@ sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
     return aliases->mMeant.empty() ? nullptr : aliases;
 }
 
+bool HasAliases(XMPMetaHandle tree) {
+    return tree->mAliases != nullptr;
+}
+
 bool ParseByNames(XMPMetaHandle tree, std::string_view packet) {
     const XMPMetaPtr shadow = MayHoldAliases(tree, packet) ? ShadowTree(packet) : nullptr;
     if (!shadow) {

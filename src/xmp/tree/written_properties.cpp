@@ -5,6 +5,7 @@
 
 #include "xmp/arrays/xmp_alternatives.h"
 #include "xmp/core/xmp_paths.h"
+#include "xmp/tree/node_copy.h"
 
 namespace zephmetadata::toolkit {
 namespace {
@@ -36,34 +37,43 @@ void MoveDefaultFirst(std::vector<Node>& nodes, const Alternative& alternative) 
     }
 }
 
-bool IsBefore(const Node& left, const Node& right) {
-    return left.mPath < right.mPath;
+bool HoldsAlternatives(const std::vector<Node>& nodes) {
+    return std::any_of(nodes.begin(), nodes.end(),
+                       [](const Node& node) { return (node.mOptions & kPropArrayIsAlternate) != 0; });
 }
 
-/// @p nodes in document order.
-WrittenProperty Written(std::vector<Node> nodes) {
-    WrittenProperty property{std::move(nodes), false};
-    const bool mayHoldAlternatives = std::any_of(property.mNodes.begin(), property.mNodes.end(), [](const Node& node) {
-        return (node.mOptions & kPropArrayIsAlternate) != 0;
-    });
-    if (mayHoldAlternatives) {
-        const std::vector<Alternative> alternatives = Alternatives(property.mNodes);
+/// The nodes as a written packet has them, in the order of their paths.
+std::vector<Node> Comparable(std::vector<Node> nodes) {
+    if (HoldsAlternatives(nodes)) {
+        const std::vector<Alternative> alternatives = Alternatives(nodes);
         // From the inside out, since a move changes the paths of what lies within.
         for (auto alternative = alternatives.rbegin(); alternative != alternatives.rend(); ++alternative) {
-            property.mIsChanged = property.mIsChanged || IsChangedByWriting(*alternative);
-            MoveDefaultFirst(property.mNodes, *alternative);
+            MoveDefaultFirst(nodes, *alternative);
         }
     }
-    if (!std::is_sorted(property.mNodes.begin(), property.mNodes.end(), &IsBefore)) {
-        std::sort(property.mNodes.begin(), property.mNodes.end(), &IsBefore);
+    std::sort(nodes.begin(), nodes.end(), [](const Node& left, const Node& right) { return left.mPath < right.mPath; });
+    return nodes;
+}
+
+bool HoldSame(const std::vector<Node>& left, const std::vector<Node>& right) {
+    return std::equal(left.begin(), left.end(), right.begin(), right.end(), SameNode);
+}
+
+WrittenProperty Written(std::vector<Node> nodes, std::size_t position) {
+    bool isChanged = false;
+    if (HoldsAlternatives(nodes)) {
+        const std::vector<Alternative> alternatives = Alternatives(nodes);
+        isChanged = std::any_of(alternatives.begin(), alternatives.end(),
+                                [](const Alternative& alternative) { return IsChangedByWriting(alternative); });
     }
-    return property;
+    return {std::move(nodes), isChanged, position};
 }
 
 }  // namespace
 
 bool operator==(const WrittenProperty& left, const WrittenProperty& right) {
-    return std::equal(left.mNodes.begin(), left.mNodes.end(), right.mNodes.begin(), right.mNodes.end(), SameNode);
+    return left.mNodes.size() == right.mNodes.size() &&
+           (HoldSame(left.mNodes, right.mNodes) || HoldSame(Comparable(left.mNodes), Comparable(right.mNodes)));
 }
 
 bool operator<(const WrittenProperty& left, const WrittenProperty& right) {
@@ -83,7 +93,7 @@ std::vector<WrittenProperty> WrittenProperties(XMPMetaHandle tree) {
     std::vector<Node> nodes;
     const auto finish = [&] {
         if (!nodes.empty()) {
-            properties.push_back(Written(std::exchange(nodes, {})));
+            properties.push_back(Written(std::exchange(nodes, {}), properties.size()));
         }
     };
     for (Node& node : Nodes(tree, {}, {}, Walk::kSubtree)) {
@@ -96,7 +106,6 @@ std::vector<WrittenProperty> WrittenProperties(XMPMetaHandle tree) {
         }
     }
     finish();
-    std::sort(properties.begin(), properties.end());
     return properties;
 }
 
@@ -107,7 +116,13 @@ std::optional<WrittenProperty> WrittenPropertyAt(XMPMetaHandle tree, const Place
     }
     std::vector<Node> nodes = Nodes(tree, place.mSchema, place.mPath, Walk::kSubtree);
     nodes.insert(nodes.begin(), {place.mSchema, place.mPath, std::move(root->mValue), root->mOptions});
-    return Written(std::move(nodes));
+    return Written(std::move(nodes), 0);
+}
+
+void AddProperty(XMPMetaHandle tree, const WrittenProperty& property) {
+    for (const Node& node : property.mNodes) {
+        CopyNode(tree, node, node.mPath);
+    }
 }
 
 }  // namespace zephmetadata::toolkit

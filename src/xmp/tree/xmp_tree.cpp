@@ -1,5 +1,6 @@
 #include "xmp/tree/xmp_tree.h"
 
+#include <algorithm>
 #include <memory>
 
 #include "xmp/arrays/xmp_alternatives.h"
@@ -87,6 +88,7 @@ bool ParsePacket(XMPMetaHandle tree, std::string_view packet) {
     TreeHandle parsed = NewNative();
     tree->mMixed.clear();
     tree->mNative.clear();
+    tree->mJournal = nullptr;
     tree->mAbout.clear();
     tree->mAliases = nullptr;
     tree->mTree = NewNative();
@@ -139,18 +141,17 @@ XMPMetaPtr CloneTree(XMPMetaHandle tree) {
 
 XMPMetaPtr ClonePart(XMPMetaHandle tree, const std::set<Place>& places) {
     XMPMetaPtr part = NewTree();
-    for (const auto& [schema, path] : places) {
-        const std::optional<Property> root = GetProperty(tree, schema, path);
-        if (!root) {
-            continue;
-        }
-        CopyNode(part.get(), {schema, path, root->mValue, root->mOptions}, path);
-        for (const Node& node : Nodes(tree, schema, path, Walk::kSubtree)) {
-            CopyNode(part.get(), node, node.mPath);
+    for (const Place& place : places) {
+        if (const std::optional<WrittenProperty> property = WrittenPropertyAt(tree, place)) {
+            AddProperty(part.get(), *property);
         }
     }
     CopyWhatIsNoNode(tree, part.get());
     return part;
+}
+
+void CopyAbout(XMPMetaHandle from, XMPMetaHandle to) {
+    to->mAbout = from->mAbout;
 }
 
 std::uint32_t KindOf(const Node& node) {
@@ -163,7 +164,11 @@ bool SameNode(const Node& left, const Node& right) {
 }
 
 bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right) {
-    return left->mAbout == right->mAbout && WrittenProperties(left) == WrittenProperties(right);
+    std::vector<WrittenProperty> leftProperties = WrittenProperties(left);
+    std::vector<WrittenProperty> rightProperties = WrittenProperties(right);
+    std::sort(leftProperties.begin(), leftProperties.end());
+    std::sort(rightProperties.begin(), rightProperties.end());
+    return left->mAbout == right->mAbout && leftProperties == rightProperties;
 }
 
 }  // namespace zephmetadata::toolkit

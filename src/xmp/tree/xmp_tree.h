@@ -71,6 +71,8 @@ bool MergeExtended(XMPMetaHandle tree, const std::vector<std::string>& packets);
 XMPMetaPtr CloneTree(XMPMetaHandle tree);
 /// The same with those of the top-level properties alone that are at @p places.
 XMPMetaPtr ClonePart(XMPMetaHandle tree, const std::set<Place>& places);
+/// Makes a tree be about what another one is about (rdf:about).
+void CopyAbout(XMPMetaHandle from, XMPMetaHandle to);
 /// True when both are about the same (rdf:about) and hold the same nodes (namespace, path, value and kind), whatever the
 /// order of schemas, properties and fields.
 bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right);

@@ -6,6 +6,7 @@
 #include "media/mirroring/changes.h"
 #include "media/native/iim/image_resources.h"
 #include "media/native/tiff/tiff_stream.h"
+#include "xmp/packet/packet_aliases.h"
 
 /// Files that are their blocks alone, and edits of them.
 namespace zephmetadata::media {
@@ -93,13 +94,39 @@ struct EditedFile {
     UTF8String mWhyNot;
 };
 
+/// A tree that is changed tells what the file held as well as the file does, but for the old names of properties and for
+/// another file.
+template <typename Edit>
+void ExpectToldByTree(const FileBlocks& blocks, const Edit& edit) {
+    const MediaTree read = JoinBlocks(blocks);
+    ASSERT_EQ(read.mState != nullptr, blocks.mExtendedXMP.empty() && !toolkit::HasAliases(read.mJoined.get()));
+    edit(read.mJoined.get());
+    const TreeContent now(read.mJoined.get());
+    const auto told = ContentAsRead(blocks, read.mState.get(), read.mJoined.get(), now);
+    ASSERT_EQ(told.has_value(), read.mState != nullptr);
+    if (told) {
+        const MediaContent content = ContentOf(blocks);
+        EXPECT_EQ(ChangedProperties(told->mJoinedContent, content.mJoinedContent).size(), 0U);
+        EXPECT_EQ(ChangedProperties(told->mPacketContent, content.mPacketContent).size(), 0U);
+        EXPECT_EQ(ChangedProperties(TreeContent(told->mPacketContent.Tree().get()), content.mPacketContent).size(), 0U);
+        EXPECT_TRUE(std::equal(told->mNativePlaces.begin(), told->mNativePlaces.end(), content.mNativePlaces.begin(),
+                               content.mNativePlaces.end(),
+                               [](const auto& left, const auto& right) { return !(left < right) && !(right < left); }));
+        FileBlocks other = blocks;
+        other.mXMP = blocks.mXMP.value_or("") + " ";
+        EXPECT_FALSE(ContentAsRead(other, read.mState.get(), read.mJoined.get(), now));
+    }
+    EXPECT_FALSE(ContentAsRead(blocks, read.mState.get(), toolkit::CloneTree(read.mJoined.get()).get(), now));
+}
+
 template <typename Edit>
 EditedFile EditBlocks(const FileBlocks& blocks, const Edit& edit) {
+    ExpectToldByTree(blocks, edit);
     const FileSide before(blocks);
     const XMPMetaPtr wanted = toolkit::CloneTree(before.mJoined.get());
     edit(wanted.get());
     MediaContent content = ContentOf(blocks);  // whose packet becomes the changed one
-    MediaChanges changes = ChangesFor(blocks, content, wanted.get(), {true, true});
+    MediaChanges changes = ChangesFor(blocks, content, wanted.get(), TreeContent(wanted.get()), {true, true});
     FileBlocks written = blocks;
     written.mXMP = toolkit::SerializePacket(changes.mPacket.get(), toolkit::PacketForm::kBareRDF);
     if (!changes.mExif.empty()) {
