@@ -79,9 +79,7 @@ void UpdateTwins(const TiffFields& fields, MediaChanges& changes) {
         if (isChanged && !isAsked && toolkit::PropertyExists(changes.mPacket.get(), schema, property)) {
             PutValue(changes.mPacket.get(), value);
             const Place place = toolkit::TopLevelPlace(schema, property);
-            std::optional<toolkit::WrittenProperty> now = toolkit::WrittenPropertyAt(changes.mPacket.get(), place);
-            changes.mPacketContent.Put(
-                place, now ? std::make_shared<const toolkit::WrittenProperty>(*std::move(now)) : nullptr);
+            changes.mPacketContent.Put(place, PropertyAt(changes.mPacket.get(), place));
         }
     }
 }
@@ -138,6 +136,18 @@ bool IsAmong(const std::vector<Place>& places, const Place& place) {
     });
 }
 
+/// Makes a property what the file now says, or takes it away.
+void PutProperty(XMPMetaHandle tree, const Place& place, const toolkit::WrittenProperty* now, bool isNative) {
+    toolkit::DeleteProperty(tree, place.mSchema, place.mPath);
+    toolkit::ClearMixed(tree, place.mSchema, place.mPath);
+    if (now != nullptr) {
+        toolkit::AddProperty(tree, *now);
+    }
+    if (now != nullptr && isNative) {
+        toolkit::MarkNative(tree, place.mSchema, place.mPath);
+    }
+}
+
 }  // namespace
 
 MediaChanges ChangesFor(const FileBlocks& blocks, MediaContent& before, XMPMetaHandle wanted, TreeContent wantedContent,
@@ -181,8 +191,7 @@ UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaContent& befor
         return place.mSchema == kEXIF || place.mSchema == kEXIFEX || place.mSchema == kTIFF || place.mSchema == kAUX;
     });
     for (const Place& property : ChangedProperties(before.mJoinedContent, after.mJoinedContent)) {
-        const bool isLost = !IsAmong(changes.mProperties, property) &&
-                            !toolkit::PropertyExists(after.TreeWith(property), property.mSchema, property.mPath);
+        const bool isLost = !IsAmong(changes.mProperties, property) && !after.mJoinedContent.Holds(property);
         if (isLost && !(isOfField && before.IsNative(property))) {
             return property.mPath + " stands in the same native field and would be lost";
         }
@@ -192,7 +201,7 @@ UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaContent& befor
 
 void FollowChanges(const MediaChanges& changes, const MediaContent& after, XMPMetaHandle tree) {
     for (const Place& property : ChangedProperties(after.mJoinedContent, changes.mWanted)) {
-        CopyProperty(after.TreeWith(property), tree, property);
+        PutProperty(tree, property, after.mJoinedContent.At(property).get(), after.IsNative(property));
     }
 }
 

@@ -26,10 +26,12 @@ bool IsBlank(std::string_view packet) {
 /// Takes values of one kind of native metadata into a tree.
 class Joiner {
 public:
-    /// The tree of a file without a packet is empty: what is there later was taken from native metadata. @p into may be
-    /// @p packet itself; if not, it is empty and gets what native metadata says.
-    Joiner(XMPMetaHandle packet, XMPMetaHandle into, bool hasPacket)
-        : mPacket(packet), mInto(into), mHasPacket(hasPacket) {}
+    /// Takes values into the packet's own tree. That of a file without a packet is empty: what is there later was taken
+    /// from native metadata.
+    Joiner(XMPMetaHandle packet, bool hasPacket) : mPacket(packet), mHasPacket(hasPacket) {}
+    /// Leaves the tree as it is: what is taken goes into @p joined, which begins with what the packet holds.
+    Joiner(XMPMetaHandle packet, bool hasPacket, TreeContent& joined)
+        : mPacket(packet), mHasPacket(hasPacket), mJoined(&joined), mBeside(toolkit::NewTree()) {}
 
     /// Native metadata wins unless the packet says the same, by @p agrees, which may say it in more detail.
     template <typename Agrees>
@@ -39,7 +41,8 @@ public:
                 continue;  // an earlier kind says it already
             }
             const Target target(value);
-            const auto held = mHasPacket ? ValueIn(Holder(target), target.mSchema, target.mProperty) : std::nullopt;
+            const auto held =
+                MayHold(target) ? ValueIn(Holder(target), target.mSchema, target.mProperty) : std::nullopt;
             if (!held || !agrees(*held)) {
                 Take(value, target, held.has_value());
             }
@@ -53,7 +56,7 @@ public:
                 continue;
             }
             const Target target(value);
-            if (!mHasPacket || !toolkit::PropertyExists(Holder(target), target.mSchema, target.mProperty)) {
+            if (!MayHold(target) || !toolkit::PropertyExists(Holder(target), target.mSchema, target.mProperty)) {
                 Take(value, target, false);
             }
         }
@@ -76,27 +79,54 @@ private:
         toolkit::Place mPlace;
     };
 
-    XMPMetaHandle Holder(const Target& target) const { return mPlaces.contains(target.mPlace) ? mInto : mPacket; }
+    bool MayHold(const Target& target) const {
+        return mHasPacket && (mJoined == nullptr || mJoined->Holds(target.mPlace));
+    }
+    /// The tree that has what is there by now.
+    XMPMetaHandle Holder(const Target& target) {
+        if (mJoined == nullptr || !mPlaces.contains(target.mPlace)) {
+            return mPacket;
+        }
+        const TreeContent::Property taken = mJoined->At(target.mPlace);
+        if (taken && !toolkit::PropertyExists(mBeside.get(), target.mPlace.mSchema, target.mPlace.mPath)) {
+            toolkit::AddProperty(mBeside.get(), *taken);
+        }
+        return mBeside.get();
+    }
 
     void Take(const NativeValue& value, const Target& target, bool isHeld) {
-        if (isHeld && Holder(target) != mInto && value.mForm == ValueForm::kLangAlt) {
-            toolkit::DuplicateSubtree(mPacket, mInto, target.mSchema, target.mProperty);  // keeps the other languages
-        }
-        if (isHeld && mPacket == mInto && !mPlaces.contains(target.mPlace)) {
-            if (std::optional<toolkit::WrittenProperty> held = toolkit::WrittenPropertyAt(mPacket, target.mPlace)) {
-                mDisplaced.push_back(std::make_shared<const toolkit::WrittenProperty>(*std::move(held)));
-            }
-        }
-        isHeld ? PutValue(mInto, value) : AddValue(mInto, value);
+        mJoined == nullptr ? TakeInto(value, target, isHeld) : TakeBeside(value, target, isHeld);
         mPlaces.insert(target.mPlace);
     }
 
+    void TakeInto(const NativeValue& value, const Target& target, bool isHeld) {
+        const bool isPackets = isHeld && !mPlaces.contains(target.mPlace);
+        if (const auto displaced = isPackets ? PropertyAt(mPacket, target.mPlace) : nullptr) {
+            mDisplaced.push_back(displaced);
+        }
+        isHeld ? PutValue(mPacket, value) : AddValue(mPacket, value);
+    }
+
+    void TakeBeside(const NativeValue& value, const Target& target, bool isHeld) {
+        std::optional<toolkit::WrittenProperty> plain = PlainProperty(value, target.mPlace);
+        if (plain && !mPlaces.contains(target.mPlace)) {
+            mJoined->Put(target.mPlace, std::make_shared<const toolkit::WrittenProperty>(*std::move(plain)));
+            return;
+        }
+        if (isHeld && Holder(target) == mPacket && value.mForm == ValueForm::kLangAlt) {
+            toolkit::DuplicateSubtree(mPacket, mBeside.get(), target.mSchema, target.mProperty);  // the other languages
+        }
+        isHeld ? PutValue(mBeside.get(), value) : AddValue(mBeside.get(), value);
+        mJoined->Put(target.mPlace, PropertyAt(mBeside.get(), target.mPlace));
+    }
+
     XMPMetaHandle mPacket;
-    XMPMetaHandle mInto;
     bool mHasPacket;
+    TreeContent* mJoined = nullptr;
+    XMPMetaPtr mBeside;  // what was taken, where it does not go into the packet's tree
     std::set<PropertyName> mTaken;
     std::set<toolkit::Place> mPlaces;
-    std::vector<std::shared_ptr<const toolkit::WrittenProperty>> mDisplaced;
+    std::vector<TreeContent::Property> mDisplaced;
 };
 
 void JoinExif(Joiner& joiner, const FileBlocks& blocks) {
@@ -154,7 +184,7 @@ MediaTree Joined(const FileBlocks& blocks) {
     if (hasPacket && !ParsePackets(tree, blocks)) {
         return Damaged<MediaTree>({});
     }
-    Joiner joiner(tree, tree, hasPacket);
+    Joiner joiner(tree, hasPacket);
     JoinNative(joiner, blocks);
     const std::set<toolkit::Place> places = joiner.TakePlaces();
     toolkit::SetNative(tree, places);
@@ -169,17 +199,15 @@ MediaTree Joined(const FileBlocks& blocks) {
 MediaContent Content(const FileBlocks& blocks) {
     MediaContent media;
     media.mPacket = toolkit::NewTree();
-    media.mNative = toolkit::NewTree();
     const bool hasPacket = HasPacket(blocks);
     if (hasPacket && !ParsePackets(media.mPacket.get(), blocks)) {
         return Damaged<MediaContent>({});
     }
     media.mPacketContent = TreeContent(media.mPacket.get());
-    Joiner joiner(media.mPacket.get(), media.mNative.get(), hasPacket);
+    media.mJoinedContent = media.mPacketContent;
+    Joiner joiner(media.mPacket.get(), hasPacket, media.mJoinedContent);
     JoinNative(joiner, blocks);
     media.mNativePlaces = joiner.TakePlaces();
-    toolkit::SetNative(media.mNative.get(), media.mNativePlaces);
-    media.mJoinedContent = media.mPacketContent.With(TreeContent(media.mNative.get()), media.mNativePlaces);
     media.mStatus = StatusOf(!hasPacket && media.mJoinedContent.IsEmpty());
     return media;
 }

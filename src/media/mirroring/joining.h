@@ -27,14 +27,12 @@ struct MediaContent {
     FileStatus mStatus = FileStatus::kFileStatus_NoXMP;  ///< as that of a MediaTree
     UTF8String mDetail;
     XMPMetaPtr mPacket;  ///< what the packet holds and nothing else; null where its content is told alone
-    XMPMetaPtr mNative;  ///< holds the properties at these places, or nothing there when the file says nothing of one
-    std::set<toolkit::Place> mNativePlaces;
+    std::set<toolkit::Place>
+        mNativePlaces;  ///< where native metadata goes before the packet, or fills in what it lacks
     TreeContent mPacketContent;
     TreeContent mJoinedContent;  ///< what the joined tree would hold
 
     bool IsNative(const toolkit::Place& place) const { return mNativePlaces.contains(place); }
-    /// The tree that has the property as the file says it.
-    XMPMetaHandle TreeWith(const toolkit::Place& place) const { return (IsNative(place) ? mNative : mPacket).get(); }
 };
 
 /// Throws nothing.

@@ -53,6 +53,10 @@ ValueForm FormOf(std::uint32_t options) {
     return (options & toolkit::kPropValueIsArray) != 0 ? ValueForm::kBag : ValueForm::kSimple;
 }
 
+bool IsPlain(const NativeItem& item) {
+    return std::all_of(item.mText.begin(), item.mText.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
 bool IsQualifier(const Node& node) {
     return node.mPath.find('?') != UTF8String::npos;
 }
@@ -106,6 +110,11 @@ TreeContent::Property TreeContent::At(const Place& place) const {
     return found == mProperties.end() ? nullptr : *found;
 }
 
+TreeContent::Property PropertyAt(XMPMetaHandle tree, const Place& place) {
+    std::optional<toolkit::WrittenProperty> held = toolkit::WrittenPropertyAt(tree, place);
+    return held ? std::make_shared<const toolkit::WrittenProperty>(*std::move(held)) : nullptr;
+}
+
 XMPMetaPtr TreeContent::Tree() const {
     std::vector<const toolkit::WrittenProperty*> ordered;
     std::transform(mProperties.begin(), mProperties.end(), std::back_inserter(ordered),
@@ -145,6 +154,27 @@ void AddValue(XMPMetaHandle tree, const NativeValue& value) {
                               isItem ? toolkit::ItemPath(property, 1) : property);
         }
     }
+}
+
+std::optional<toolkit::WrittenProperty> PlainProperty(const NativeValue& value, const Place& place) {
+    const auto* const array = std::find_if(kArrayForms.begin(), kArrayForms.end(),
+                                           [&](const FormRow& candidate) { return candidate.mForm == value.mForm; });
+    const bool isArray = array != kArrayForms.end();
+    const bool isItself = place.mSchema == value.mNamespace && place.mPath.ends_with(value.mProperty);
+    if ((!isArray && value.mForm != ValueForm::kSimple) || !isItself || value.mItems.empty() ||
+        !std::all_of(value.mItems.begin(), value.mItems.end(), &IsPlain)) {
+        return std::nullopt;
+    }
+    toolkit::WrittenProperty property;
+    if (!isArray) {
+        property.mNodes.push_back({place.mSchema, place.mPath, value.mItems.front().mText, 0});
+        return property;
+    }
+    property.mNodes.push_back({place.mSchema, place.mPath, {}, array->mOptions});
+    for (std::size_t i = 0; i < value.mItems.size(); ++i) {
+        property.mNodes.push_back({place.mSchema, toolkit::ItemPath(place.mPath, i + 1), value.mItems[i].mText, 0});
+    }
+    return property;
 }
 
 std::optional<NativeValue> ValueIn(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& property) {

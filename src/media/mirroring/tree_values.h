@@ -18,6 +18,10 @@ void PutValue(XMPMetaHandle tree, const NativeValue& value);
 /// The same where the tree does not hold the property.
 void AddValue(XMPMetaHandle tree, const NativeValue& value);
 
+/// The same as it would be in a tree that lacks it, where that needs no toolkit to tell: it takes printable ASCII as it is.
+/// @p place is that of the property.
+std::optional<toolkit::WrittenProperty> PlainProperty(const NativeValue& value, const toolkit::Place& place);
+
 /// The property as a value; absent when the tree does not hold it. The value refers to @p schema and @p property, which
 /// are to outlive it.
 std::optional<NativeValue> ValueIn(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& property);
@@ -35,6 +39,8 @@ public:
 
     using Property = std::shared_ptr<const toolkit::WrittenProperty>;
 
+    bool Holds(const toolkit::Place& place) const { return At(place) != nullptr; }
+    Property At(const toolkit::Place& place) const;  ///< null for none
     /// Has @p property, null for none, at its place.
     void Put(const toolkit::Place& place, Property property);
     /// This with what @p other has at @p places, be it nothing.
@@ -64,12 +70,13 @@ private:
         }
     };
 
-    Property At(const toolkit::Place& place) const;
-
     std::set<Property, ByPlace> mProperties;
 };
 
 std::vector<toolkit::Place> ChangedProperties(const TreeContent& before, const TreeContent& after);
+
+/// What a tree holds at @p place; null for nothing.
+TreeContent::Property PropertyAt(XMPMetaHandle tree, const toolkit::Place& place);
 
 /// Makes a property of one tree what it is in another, whether that holds it or not.
 void CopyProperty(XMPMetaHandle from, XMPMetaHandle to, const toolkit::Place& property);
