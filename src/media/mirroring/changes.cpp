@@ -78,7 +78,7 @@ void UpdateTwins(const TiffFields& fields, MediaChanges& changes) {
                         [&](const Place& place) { return place.mSchema == schema && LocalName(place) == property; });
         if (isChanged && !isAsked && toolkit::PropertyExists(changes.mPacket.get(), schema, property)) {
             PutValue(changes.mPacket.get(), value);
-            const Place place = toolkit::TopLevelPlace(schema, property);
+            const Place& place = toolkit::TopLevelPlace(schema, property);
             changes.mPacketContent.Put(place, PropertyAt(changes.mPacket.get(), place));
         }
     }

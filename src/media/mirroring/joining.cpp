@@ -76,7 +76,7 @@ private:
 
         UTF8String mSchema;
         UTF8String mProperty;
-        toolkit::Place mPlace;
+        const toolkit::Place& mPlace;
     };
 
     bool MayHold(const Target& target) const {
