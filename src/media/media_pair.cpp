@@ -32,6 +32,7 @@ void MediaPair::LaySidecar(MediaReading& reading) {
 MediaReading MediaPair::Read() {
     MediaReading reading = ReadMedia(mPath);
     mStamp = reading.mStamp;
+    mState = reading.mState;
     mCanWrite = reading.mWriteStatus == FileStatus::kFileStatus_Success;
     mSidecar = {};
     const bool wasRead =
@@ -53,8 +54,8 @@ MediaReading MediaPair::Read() {
 
 WriteOutcome MediaPair::Write(XMPMetaHandle tree) {
     try {
-        WriteOutcome outcome =
-            mSidecar.mPath.empty() ? WriteMedia(mPath, tree, mStamp) : WriteSidecar(mSidecar, mPath, mStamp, tree);
+        WriteOutcome outcome = mSidecar.mPath.empty() ? WriteMedia(mPath, tree, mStamp, mState.get())
+                                                      : WriteSidecar(mSidecar, mPath, mStamp, tree);
         if (outcome.IsSuccess()) {
             mStamp = outcome.mStamp;
         }

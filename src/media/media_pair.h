@@ -27,8 +27,9 @@ private:
     UTF16String mPath;
     SidecarPolicy mPolicy;
     bool mCanWrite = false;
-    FileStamp mStamp;  // of the media file as it was read or written last
-    Sidecar mSidecar;  // its path is empty when changes go into the file
+    FileStamp mStamp;                         // of the media file as it was read or written last
+    std::shared_ptr<const ReadState> mState;  // of the same reading
+    Sidecar mSidecar;                         // its path is empty when changes go into the file
 };
 
 }  // namespace zephmetadata::media

@@ -70,7 +70,7 @@ private:
 /// One write: what was read, what is to become of it, and whether it did.
 class MediaEdit {
 public:
-    explicit MediaEdit(XMPMetaHandle wanted) : mWanted(wanted) {}
+    explicit MediaEdit(XMPMetaHandle wanted, const ReadState* state = nullptr) : mWanted(wanted), mState(state) {}
 
     PlannedEdit PlanFor(const std::shared_ptr<const ByteSource>& file) {
         const FormatRow* const format = FormatOf(*file);
@@ -79,7 +79,9 @@ public:
         }
         mFormat = format;
         mBlocks = format->mContainer().Read(file);
-        mBefore = JoinBlocks(mBlocks, Keep::kPacket);
+        TreeContent wanted(mWanted);
+        std::optional<MediaContent> asRead = ContentAsRead(mBlocks, mState, mWanted, wanted);
+        mBefore = asRead ? *std::move(asRead) : ContentOf(mBlocks);
         if (mBefore.mStatus == FileStatus::kFileStatus_DamagedXMP) {
             return RefusedEdit(mBefore.mStatus, mBefore.mDetail);
         }
@@ -87,7 +89,7 @@ public:
         if (refusal != FileStatus::kFileStatus_Success) {
             return RefusedEdit(refusal, std::move(detail));
         }
-        mChanges = ChangesFor(mBlocks, mBefore, mWanted, WritableOf(*format));
+        mChanges = ChangesFor(mBlocks, mBefore, mWanted, std::move(wanted), WritableOf(*format));
         if (!mChanges.mRefused.empty()) {
             return RefusedEdit(FileStatus::kFileStatus_NotWritten,
                                mChanges.mRefused + " cannot be stored in the file's native metadata like this");
@@ -109,15 +111,16 @@ public:
         if (UTF8String changed = Untouched(mBlocks, mBlockChanges).Changed(blocks); !changed.empty()) {
             return changed + " would not stay as it is";
         }
-        mAfter = JoinBlocks(blocks, Keep::kContents);
-        if (!mAfter.mJoined) {
+        mAfter = ContentOf(blocks);
+        if (!mAfter.mPacket) {
             return "the written metadata does not read back";
         }
         return WhyNotAsWanted(mChanges, mBefore, mAfter, mWanted);
     }
 
     void Follow() {
-        if (mAfter.mJoined) {
+        if (mAfter.mPacket) {
+            toolkit::EndJournal(mWanted);  // it tells of what the file held before
             FollowChanges(mChanges, mAfter, mWanted);
         }
     }
@@ -130,7 +133,8 @@ private:
     PlannedEdit PlanBlocks(const std::shared_ptr<const ByteSource>& file) {
         const Container& container = mFormat->mContainer();
         toolkit::SplitPacket packet =
-            toolkit::SerializeSplit(mChanges.mPacket.get(), container.MaxPacketBytes(), &ExtendedXMPGuid);
+            toolkit::SerializeSplit(mChanges.mPacket.get(), container.MaxPacketBytes(), &ExtendedXMPGuid,
+                                    mChanges.mPacketContent.IsChangedByWriting());
         mBlockChanges.mXMP = std::move(packet.mMain);
         mBlockChanges.mExtendedXMP = std::move(packet.mExtended);
         mBlockChanges.mExif = mChanges.mExif;
@@ -140,12 +144,13 @@ private:
     }
 
     XMPMetaHandle mWanted;
+    const ReadState* mState;
     const FormatRow* mFormat = nullptr;
     FileBlocks mBlocks;
     MediaChanges mChanges;
     BlockChanges mBlockChanges;
-    MediaTrees mBefore;
-    MediaTrees mAfter;
+    MediaContent mBefore;
+    MediaContent mAfter;
 };
 
 }  // namespace
@@ -157,12 +162,13 @@ MediaReading ReadMedia(const std::shared_ptr<const ByteSource>& source) {
         return ReadFailure(FileStatus::kFileStatus_UnknownFormat);
     }
     const FileBlocks blocks = reading.mFormat->mContainer().Read(source);
-    MediaTrees trees = JoinBlocks(blocks);
+    MediaTree trees = JoinBlocks(blocks);
     std::tie(reading.mWriteStatus, reading.mWriteDetail) = WriteRefusal(*reading.mFormat, blocks);
     reading.mStatus = trees.mStatus;
     reading.mDetail = trees.mStatus == FileStatus::kFileStatus_NoXMP ? reading.mWriteDetail : std::move(trees.mDetail);
     if (trees.mStatus == FileStatus::kFileStatus_Success) {
         reading.mTree = std::move(trees.mJoined);
+        reading.mState = std::move(trees.mState);
         reading.mDetail = blocks.mStatus == FileStatus::kFileStatus_Success ? UTF8String() : blocks.mDetail;
     } else if (trees.mStatus == FileStatus::kFileStatus_DamagedXMP) {
         std::tie(reading.mWriteStatus, reading.mWriteDetail) = std::pair(reading.mStatus, reading.mDetail);
@@ -183,9 +189,9 @@ MediaReading ReadMedia(const UTF16String& path) {
     return reading;
 }
 
-WriteOutcome WriteMedia(const UTF16String& path, XMPMetaHandle tree, const FileStamp& stamp) {
+WriteOutcome WriteMedia(const UTF16String& path, XMPMetaHandle tree, const FileStamp& stamp, const ReadState* state) {
     try {
-        MediaEdit edit(tree);
+        MediaEdit edit(tree, state);
         WriteOutcome outcome = ReplaceMedia(
             zephcore::PathToNative(path), stamp, [&](const auto& file) { return edit.PlanFor(file); },
             [&](const CarriedEdit& carried) { return edit.Check(carried); });

@@ -10,6 +10,7 @@ struct FileProvider::FileState {
     UTF16String mPath;
     bool mCanWrite = false;
     media::FileStamp mStamp;  // of the file as it was read or written last
+    std::shared_ptr<const media::ReadState> mState;
     FileReport mLastRead;
     FileReport mLastWrite{FileStatus::kFileStatus_Success, {}};
 };
@@ -42,6 +43,7 @@ void FileProvider::ReloadFile() {
     mFile->mLastRead = {file.mStatus, file.mDetail};
     mFile->mCanWrite = file.mWriteStatus == FileStatus::kFileStatus_Success;
     mFile->mStamp = file.mStamp;
+    mFile->mState = file.mState;
     ResetMetaData(file.mTree.get(), true);
 }
 
@@ -70,7 +72,8 @@ void FileProvider::WriteChanges(const std::vector<Path>& /*changes*/) {
     if (IsXMPWritingDisabled()) {
         mFile->mLastWrite = {FileStatus::kFileStatus_WritingDisabled, {}};
     } else {
-        const media::WriteOutcome outcome = media::WriteMedia(mFile->mPath, tree.get(), mFile->mStamp);
+        const media::WriteOutcome outcome =
+            media::WriteMedia(mFile->mPath, tree.get(), mFile->mStamp, mFile->mState.get());
         mFile->mLastWrite = {outcome.mStatus, outcome.mDetail};
         mFile->mStamp = outcome.mStatus == FileStatus::kFileStatus_Success ? outcome.mStamp : mFile->mStamp;
     }

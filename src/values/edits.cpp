@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <unordered_set>
 
 #include "values/refusals.h"
@@ -9,7 +10,6 @@
 #include "xmp/core/xmp_paths.h"
 #include "xmp/tree/xmp_marks.h"
 #include "zephmetadata/library.h"
-#include "zephmetadata/xmp_meta.h"
 
 namespace zephmetadata {
 
@@ -202,6 +202,23 @@ EditReport Considered(const std::vector<ValueEdit>& edits) {
     return report;
 }
 
+/// The tree as far as the edits see it: each the property that its path leads into.
+XMPMetaPtr ConcernedPart(XMPMetaHandle tree, const std::vector<ValueEdit>& edits) {
+    std::set<toolkit::Place> places;
+    for (const ValueEdit& edit : edits) {
+        const UTF8String& path = edit.mPath.mPathDescription;
+        const UTF8String property = path.substr(0, path.find_first_of("/["));
+        try {
+            toolkit::Place place = toolkit::NormalPlace(tree, edit.mPath.mNamespace, property);
+            place.mPath.resize(std::min(place.mPath.find_first_of("/["), place.mPath.size()));
+            places.insert(std::move(place));
+        } catch (const XMPError&) {
+            // What cannot be named is in no tree.
+        }
+    }
+    return toolkit::ClonePart(tree, places);
+}
+
 bool HasOutcome(const EditReport& report, EditResult result) {
     return std::any_of(report.mOutcomes.begin(), report.mOutcomes.end(),
                        [&](const EditOutcome& outcome) { return outcome.mResult == result; });
@@ -222,8 +239,12 @@ EditReport RehearseEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits
     if (report.IsRefused()) {
         return report;
     }
-    const XMPMetaPtr copy = CloneXMPMeta(tree);
-    return copy ? CarryOutAll(copy.get(), edits) : AllRefused(edits, NoTree());
+    try {
+        const XMPMetaPtr part = tree == nullptr ? nullptr : ConcernedPart(tree, edits);
+        return part ? CarryOutAll(part.get(), edits) : AllRefused(edits, NoTree());
+    } catch (const XMPError&) {
+        return AllRefused(edits, NoTree());
+    }
 }
 
 EditReport ApplyEdits(XMPMetaHandle tree, const std::vector<ValueEdit>& edits) {

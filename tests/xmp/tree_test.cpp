@@ -3,6 +3,7 @@
 
 #include "support/growth.h"
 #include "xmp/toolkit_fixture.h"
+#include "xmp/tree/tree_journal.h"
 
 namespace zephmetadata::toolkit {
 namespace {
@@ -418,7 +419,7 @@ TEST_F(TreeTest, SubtreesAreCopiedWholeIntoTheirPlace) {
     EXPECT_EQ(Listing(target.get()), "own:b=\nown:b[1]=\nown:b[1]/own:f=1\nown:b[1]/own:f/?xml:lang=de\n");
 }
 
-TEST_F(TreeTest, AnyChangeOfAPropertyClearsItsNativeMark) {
+TEST_F(TreeTest, AnyChangeOfAPropertyIsNotedAndClearsItsNativeMark) {
     const std::string body =
         "<own:v>a</own:v><own:b><rdf:Bag><rdf:li>1</rdf:li></rdf:Bag></own:b><own:s rdf:parseType='Resource'>"
         "<own:f>f</own:f></own:s><dc:title><rdf:Alt><rdf:li xml:lang='x-default'>T</rdf:li></rdf:Alt></dc:title>";
@@ -439,7 +440,8 @@ TEST_F(TreeTest, AnyChangeOfAPropertyClearsItsNativeMark) {
         {"s", [&](XMPMetaHandle t) { DuplicateSubtree(other.get(), t, kOwn, "s/own:f"); }},
         {"dc:title", [](XMPMetaHandle t) { SetLocalizedText(t, kDC, "title", {}, "de", "D"); }},
         {"dc:title", [](XMPMetaHandle t) { DeleteLocalizedText(t, kDC, "title", "x-default"); }},
-        {"", [](XMPMetaHandle t) { SetProperty(t, kOwn, "vv", "new"); }}};
+        {"dc:title", [](XMPMetaHandle t) { SetProperty(t, "http://ns.adobe.com/pdf/1.3/", "Title", "U"); }},
+        {"vv", [](XMPMetaHandle t) { SetProperty(t, kOwn, "vv", "new"); }}};
     for (std::size_t i = 0; i < changes.size(); ++i) {
         const XMPMetaPtr marked = Parsed(Packet(body));
         for (const char* const path : {"v", "own:b", "s"}) {
@@ -447,11 +449,19 @@ TEST_F(TreeTest, AnyChangeOfAPropertyClearsItsNativeMark) {
         }
         MarkNative(marked.get(), kDC, "title[1]");
         const XMPMetaPtr tree = CloneTree(marked.get());
+        const auto journal = BeginJournal(tree.get());
         changes[i].second(tree.get());
-        for (const std::string path : {"v", "b", "s", "dc:title"}) {
-            const std::string& schema = path == "dc:title" ? kDC : kOwn;
-            EXPECT_EQ(IsNative(tree.get(), schema, path), path != changes[i].first) << i << " " << path;
+        EXPECT_EQ(journal->mBefore.size(), 1U) << i;
+        for (const std::string path : {"v", "b", "s", "dc:title", "vv"}) {
+            const Place place = path == "dc:title" ? Place{kDC, path} : Place{kOwn, "own:" + path};
+            const bool isChanged = path == changes[i].first;
+            EXPECT_EQ(IsNative(tree.get(), place.mSchema, path), path != "vv" && !isChanged) << i << " " << path;
+            const auto before = WrittenPropertyAt(marked.get(), place);
+            const auto noted = journal->mBefore.find(place);
+            ASSERT_EQ(noted != journal->mBefore.end(), isChanged) << i << " " << path;
+            EXPECT_TRUE(!isChanged || (before ? *noted->second == *before : !noted->second)) << i << " " << path;
         }
+        EXPECT_EQ(JournalOf(CloneTree(tree.get()).get()), nullptr);
         DuplicateSubtree(marked.get(), tree.get(), kOwn, "v");
         EXPECT_TRUE(IsNative(tree.get(), kOwn, "own:v/?own:q") && !IsNative(other.get(), kOwn, "v"));
         EXPECT_FALSE(IsNative(Parsed(SerializePacket(tree.get())).get(), kOwn, "v"));

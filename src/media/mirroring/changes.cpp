@@ -8,6 +8,7 @@
 #include "media/native/iim/iim_edit.h"
 #include "media/native/iim/iim_values.h"
 #include "media/native/namespaces.h"
+#include "xmp/core/xmp_paths.h"
 
 namespace zephmetadata::media {
 
@@ -77,6 +78,8 @@ void UpdateTwins(const TiffFields& fields, MediaChanges& changes) {
                         [&](const Place& place) { return place.mSchema == schema && LocalName(place) == property; });
         if (isChanged && !isAsked && toolkit::PropertyExists(changes.mPacket.get(), schema, property)) {
             PutValue(changes.mPacket.get(), value);
+            const Place& place = toolkit::TopLevelPlace(schema, property);
+            changes.mPacketContent.Put(place, PropertyAt(changes.mPacket.get(), place));
         }
     }
 }
@@ -115,11 +118,11 @@ void MirrorInIIM(const FileBlocks& blocks, const Mirrored& mirrored, MediaChange
 }
 
 /// Why a property that was to change reads otherwise.
-UTF8String WhyNotRead(const Place& property, const MediaTrees& after, XMPMetaHandle wanted) {
+UTF8String WhyNotRead(const Place& property, const MediaContent& after, XMPMetaHandle wanted) {
     if (!toolkit::PropertyExists(wanted, property.mSchema, property.mPath)) {
         return "stands in fields of the file that are not written";
     }
-    if (!toolkit::IsNative(after.mJoined.get(), property.mSchema, property.mPath)) {
+    if (!after.IsNative(property)) {
         return "does not read back as it was written";
     }
     return IsStructural(property.mSchema, LocalName(property))
@@ -133,16 +136,34 @@ bool IsAmong(const std::vector<Place>& places, const Place& place) {
     });
 }
 
+/// Makes a property what the file now says, or takes it away.
+void PutProperty(XMPMetaHandle tree, const Place& place, const toolkit::WrittenProperty* now, bool isNative) {
+    toolkit::DeleteProperty(tree, place.mSchema, place.mPath);
+    toolkit::ClearMixed(tree, place.mSchema, place.mPath);
+    if (now != nullptr) {
+        toolkit::AddProperty(tree, *now);
+    }
+    if (now != nullptr && isNative) {
+        toolkit::MarkNative(tree, place.mSchema, place.mPath);
+    }
+}
+
 }  // namespace
 
-MediaChanges ChangesFor(const FileBlocks& blocks, MediaTrees& before, XMPMetaHandle wanted,
+MediaChanges ChangesFor(const FileBlocks& blocks, MediaContent& before, XMPMetaHandle wanted, TreeContent wantedContent,
                         const WritableBlocks& writable) {
     MediaChanges changes;
-    changes.mWanted = TreeContent(wanted);
-    changes.mProperties = ChangedProperties(before.mJoinedContent, changes.mWanted);
+    changes.mProperties = ChangedProperties(before.mJoinedContent, wantedContent);
+    changes.mWanted = std::move(wantedContent);
+    changes.mPacketContent = before.mPacketContent.With(changes.mWanted, changes.mProperties);
     changes.mPacket = std::move(before.mPacket);
-    for (const Place& property : changes.mProperties) {
-        CopyProperty(wanted, changes.mPacket.get(), property);
+    if (changes.mPacket) {
+        for (const Place& property : changes.mProperties) {
+            CopyProperty(wanted, changes.mPacket.get(), property);
+        }
+    } else {
+        changes.mPacket = changes.mPacketContent.Tree();
+        toolkit::CopyAbout(wanted, changes.mPacket.get());
     }
     const Mirrored mirrored(changes.mProperties, wanted);
     if (writable.mExif) {
@@ -154,9 +175,9 @@ MediaChanges ChangesFor(const FileBlocks& blocks, MediaTrees& before, XMPMetaHan
     return changes;
 }
 
-UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before, const MediaTrees& after,
+UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaContent& before, const MediaContent& after,
                           XMPMetaHandle wanted) {
-    const std::vector<Place> inPacket = ChangedProperties(TreeContent(changes.mPacket.get()), after.mPacketContent);
+    const std::vector<Place> inPacket = ChangedProperties(changes.mPacketContent, after.mPacketContent);
     if (!inPacket.empty()) {
         return inPacket.front().mPath + " would not stay as it is";
     }
@@ -170,18 +191,17 @@ UTF8String WhyNotAsWanted(const MediaChanges& changes, const MediaTrees& before,
         return place.mSchema == kEXIF || place.mSchema == kEXIFEX || place.mSchema == kTIFF || place.mSchema == kAUX;
     });
     for (const Place& property : ChangedProperties(before.mJoinedContent, after.mJoinedContent)) {
-        const bool isLost = !IsAmong(changes.mProperties, property) &&
-                            !toolkit::PropertyExists(after.mJoined.get(), property.mSchema, property.mPath);
-        if (isLost && !(isOfField && toolkit::IsNative(before.mJoined.get(), property.mSchema, property.mPath))) {
+        const bool isLost = !IsAmong(changes.mProperties, property) && !after.mJoinedContent.Holds(property);
+        if (isLost && !(isOfField && before.IsNative(property))) {
             return property.mPath + " stands in the same native field and would be lost";
         }
     }
     return {};
 }
 
-void FollowChanges(const MediaChanges& changes, const MediaTrees& after, XMPMetaHandle tree) {
+void FollowChanges(const MediaChanges& changes, const MediaContent& after, XMPMetaHandle tree) {
     for (const Place& property : ChangedProperties(after.mJoinedContent, changes.mWanted)) {
-        CopyProperty(after.mJoined.get(), tree, property);
+        PutProperty(tree, property, after.mJoinedContent.At(property).get(), after.IsNative(property));
     }
 }
 

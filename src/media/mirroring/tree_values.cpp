@@ -53,6 +53,10 @@ ValueForm FormOf(std::uint32_t options) {
     return (options & toolkit::kPropValueIsArray) != 0 ? ValueForm::kBag : ValueForm::kSimple;
 }
 
+bool IsPlain(const NativeItem& item) {
+    return std::all_of(item.mText.begin(), item.mText.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
 bool IsQualifier(const Node& node) {
     return node.mPath.find('?') != UTF8String::npos;
 }
@@ -79,29 +83,49 @@ std::vector<NativeItem> Leaves(XMPMetaHandle tree, const UTF8String& schema, con
     return items;
 }
 
-bool IsOf(const Node& node, const Place& property) {
-    return toolkit::IsAtOrBelow(node.mPath, property.mPath) && node.mSchema == property.mSchema;
-}
-
 }  // namespace
 
-TreeContent::TreeContent(XMPMetaHandle tree) : mNodes(toolkit::ComparableNodes(tree)) {
-    auto property = mProperties.end();
-    for (std::size_t i = 0; i < mNodes.size(); ++i) {
-        const Node& node = mNodes[i];
-        if (property == mProperties.end() || !IsOf(node, property->first)) {
-            Place place{node.mSchema, node.mPath.substr(0, node.mPath.find_first_of("/["))};
-            property = mProperties.try_emplace(std::move(place)).first;
-        }
-        property->second.push_back(i);
+TreeContent::TreeContent(XMPMetaHandle tree) {
+    for (toolkit::WrittenProperty& property : toolkit::WrittenProperties(tree)) {
+        mProperties.insert(std::make_shared<const toolkit::WrittenProperty>(std::move(property)));
     }
 }
 
-bool TreeContent::HoldsTheSame(const std::vector<std::size_t>& nodes, const TreeContent& other,
-                               const std::vector<std::size_t>& otherNodes) const {
-    return std::equal(
-        nodes.begin(), nodes.end(), otherNodes.begin(), otherNodes.end(),
-        [&](std::size_t mine, std::size_t theirs) { return toolkit::SameNode(mNodes[mine], other.mNodes[theirs]); });
+bool TreeContent::IsChangedByWriting() const {
+    return std::any_of(mProperties.begin(), mProperties.end(),
+                       [](const Property& property) { return property->mIsChanged; });
+}
+
+void TreeContent::Put(const Place& place, Property property) {
+    if (const auto old = mProperties.find(place); old != mProperties.end()) {
+        mProperties.erase(old);
+    }
+    if (property) {
+        mProperties.insert(std::move(property));
+    }
+}
+
+TreeContent::Property TreeContent::At(const Place& place) const {
+    const auto found = mProperties.find(place);
+    return found == mProperties.end() ? nullptr : *found;
+}
+
+TreeContent::Property PropertyAt(XMPMetaHandle tree, const Place& place) {
+    std::optional<toolkit::WrittenProperty> held = toolkit::WrittenPropertyAt(tree, place);
+    return held ? std::make_shared<const toolkit::WrittenProperty>(*std::move(held)) : nullptr;
+}
+
+XMPMetaPtr TreeContent::Tree() const {
+    std::vector<const toolkit::WrittenProperty*> ordered;
+    std::transform(mProperties.begin(), mProperties.end(), std::back_inserter(ordered),
+                   [](const Property& property) { return property.get(); });
+    std::stable_sort(ordered.begin(), ordered.end(),
+                     [](const auto* left, const auto* right) { return left->mPosition < right->mPosition; });
+    XMPMetaPtr tree = toolkit::NewTree();
+    for (const toolkit::WrittenProperty* const property : ordered) {
+        toolkit::AddProperty(tree.get(), *property);
+    }
+    return tree;
 }
 
 void PutValue(XMPMetaHandle tree, const NativeValue& value) {
@@ -132,6 +156,27 @@ void AddValue(XMPMetaHandle tree, const NativeValue& value) {
     }
 }
 
+std::optional<toolkit::WrittenProperty> PlainProperty(const NativeValue& value, const Place& place) {
+    const auto* const array = std::find_if(kArrayForms.begin(), kArrayForms.end(),
+                                           [&](const FormRow& candidate) { return candidate.mForm == value.mForm; });
+    const bool isArray = array != kArrayForms.end();
+    const bool isItself = place.mSchema == value.mNamespace && place.mPath.ends_with(value.mProperty);
+    if ((!isArray && value.mForm != ValueForm::kSimple) || !isItself || value.mItems.empty() ||
+        !std::all_of(value.mItems.begin(), value.mItems.end(), &IsPlain)) {
+        return std::nullopt;
+    }
+    toolkit::WrittenProperty property;
+    if (!isArray) {
+        property.mNodes.push_back({place.mSchema, place.mPath, value.mItems.front().mText, 0});
+        return property;
+    }
+    property.mNodes.push_back({place.mSchema, place.mPath, {}, array->mOptions});
+    for (std::size_t i = 0; i < value.mItems.size(); ++i) {
+        property.mNodes.push_back({place.mSchema, toolkit::ItemPath(place.mPath, i + 1), value.mItems[i].mText, 0});
+    }
+    return property;
+}
+
 std::optional<NativeValue> ValueIn(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& property) {
     const std::optional<toolkit::Property> found = toolkit::GetProperty(tree, schema, property);
     if (!found) {
@@ -153,16 +198,15 @@ std::vector<Place> ChangedProperties(const TreeContent& before, const TreeConten
     auto old = before.mProperties.begin();
     auto now = after.mProperties.begin();
     while (old != before.mProperties.end() || now != after.mProperties.end()) {
-        const bool isGone =
-            now == after.mProperties.end() || (old != before.mProperties.end() && old->first < now->first);
-        const bool isNew = old == before.mProperties.end() || now->first < old->first;
+        const bool isGone = now == after.mProperties.end() || (old != before.mProperties.end() && **old < **now);
+        const bool isNew = old == before.mProperties.end() || (now != after.mProperties.end() && **now < **old);
         if (isGone) {
-            changed.push_back((old++)->first);
+            changed.push_back((*old++)->Place());
         } else if (isNew) {
-            changed.push_back((now++)->first);
+            changed.push_back((*now++)->Place());
         } else {
-            if (!before.HoldsTheSame(old->second, after, now->second)) {
-                changed.push_back(now->first);
+            if (*old != *now && !(**old == **now)) {
+                changed.push_back((*now)->Place());
             }
             ++old;
             ++now;

@@ -82,14 +82,16 @@ std::vector<Alternative> Alternatives(XMPMetaHandle tree) {
     return Alternatives(Nodes(tree, {}, {}, Walk::kSubtree));
 }
 
+bool IsChangedByWriting(const Alternative& alternative) {
+    const bool isMoved = alternative.HasLanguage(kDefaultLanguage) &&
+                         !SameLanguage(alternative.mItems.front().mLanguage, kDefaultLanguage);
+    return isMoved || IsEndangeredPair(alternative);
+}
+
 bool IsChangedByWriting(XMPMetaHandle tree) {
     const std::vector<Alternative> alternatives = Alternatives(tree);
-    return std::any_of(alternatives.begin(), alternatives.end(), [](const Alternative& alternative) {
-        const std::vector<AlternativeItem>& items = alternative.mItems;
-        const bool isMoved =
-            alternative.HasLanguage(kDefaultLanguage) && !SameLanguage(items.front().mLanguage, kDefaultLanguage);
-        return isMoved || IsEndangeredPair(alternative);
-    });
+    return std::any_of(alternatives.begin(), alternatives.end(),
+                       [](const Alternative& alternative) { return IsChangedByWriting(alternative); });
 }
 
 void WidenTree(XMPMetaHandle tree) {
@@ -105,8 +107,9 @@ void WidenTree(XMPMetaHandle tree) {
         const UTF8String language = LanguagePath(ItemPath(alternative.mPath, 3));
         const UTF8String value(kUndeterminedLanguage);
         const char* const schema = alternative.mSchema.c_str();
-        if (!xmp_append_array_item(Native(tree), schema, alternative.mPath.c_str(), 0, text.c_str(), 0) ||
-            !xmp_set_property(Native(tree), schema, language.c_str(), value.c_str(), 0)) {
+        const XmpPtr native = NativeToChange(tree, alternative.mSchema, alternative.mPath);
+        if (!xmp_append_array_item(native, schema, alternative.mPath.c_str(), 0, text.c_str(), 0) ||
+            !xmp_set_property(native, schema, language.c_str(), value.c_str(), 0)) {
             ThrowToolkitError("\"" + alternative.mPath + "\"");
         }
     }
@@ -119,7 +122,8 @@ void DropTwins(XMPMetaHandle tree) {
         for (std::size_t i = alternative.mItems.size(); i > 0; --i) {
             if (SameLanguage(alternative.mItems[i - 1].mLanguage, kTwinLanguage)) {
                 const QuietToolkit quiet;
-                xmp_delete_property(Native(tree), alternative.mSchema.c_str(), ItemPath(alternative.mPath, i).c_str());
+                xmp_delete_property(NativeToChange(tree, alternative.mSchema, alternative.mPath),
+                                    alternative.mSchema.c_str(), ItemPath(alternative.mPath, i).c_str());
             }
         }
     }
@@ -131,7 +135,8 @@ void NarrowTree(XMPMetaHandle tree) {
         if (added < alternative.mItems.size()) {
             const QuietToolkit quiet;
             const UTF8String path = ItemPath(alternative.mPath, added + 1);
-            xmp_delete_property(Native(tree), alternative.mSchema.c_str(), path.c_str());
+            xmp_delete_property(NativeToChange(tree, alternative.mSchema, alternative.mPath),
+                                alternative.mSchema.c_str(), path.c_str());
         }
     }
 }

@@ -30,4 +30,10 @@ std::vector<Alternative> Alternatives(const std::vector<Node>& nodes);
 /// The same for a whole tree.
 std::vector<Alternative> Alternatives(XMPMetaHandle tree);
 
+/// Whether the toolkit would change one that it writes: a pair of which it keeps one text, or an x-default that is not the
+/// first item.
+bool IsChangedByWriting(const Alternative& alternative);
+/// Whether a tree holds such a one.
+bool IsChangedByWriting(XMPMetaHandle tree);
+
 }  // namespace zephmetadata::toolkit

@@ -84,7 +84,7 @@ void InsertArrayItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8Str
     const UTF8String text = CheckedValue(value);
     const char* const itemValue = ItemValue(text, options);
     const QuietToolkit quiet;
-    if (!xmp_set_array_item(Native(tree), schema.c_str(), path.c_str(), index, itemValue,
+    if (!xmp_set_array_item(NativeToChange(tree, schema, path), schema.c_str(), path.c_str(), index, itemValue,
                             options | kInsertBeforeItem)) {
         ThrowToolkitError("\"" + path + "\"");
     }
@@ -106,7 +106,8 @@ void AppendArrayItem(XMPMetaHandle tree, const UTF8String& schema, const UTF8Str
     CountArrayItems(tree, schema, path);  // throws for a property that is no array
     const UTF8String array = NormalPath(tree, schema, path);
     const QuietToolkit quiet;
-    if (!xmp_append_array_item(Native(tree), schema.c_str(), array.c_str(), arrayOptions, itemValue, itemOptions)) {
+    if (!xmp_append_array_item(NativeToChange(tree, schema, array), schema.c_str(), array.c_str(), arrayOptions,
+                               itemValue, itemOptions)) {
         ThrowToolkitError("\"" + path + "\"");
     }
     ClearNative(tree, schema, array);

@@ -76,27 +76,30 @@ void SetItem(XMPMetaHandle tree, const Place& place, const std::vector<Alternati
     AddItem(tree, schema, path, isDefault ? 1 : count + 1, language, text);
 }
 
-bool IsAlternativeOfTexts(XMPMetaHandle tree, const Place& place, const Property& property) {
-    if ((property.mOptions & kPropArrayIsAlternate) == 0) {
-        return false;
-    }
-    const std::optional<std::vector<AlternativeItem>> items = Items(tree, place.mSchema, place.mPath);
-    return items && std::all_of(items->begin(), items->end(), IsText);
-}
-
-/// Of a property of another shape: a text becomes the x-default item; anything else is replaced by x-default, and refused
-/// for the other languages, which are not the whole of it.
-void MakeAlternative(XMPMetaHandle tree, const Place& place, std::string_view language) {
+/// The items of what is to be an alternative of texts; empty optional when there is no such property. Of a property of another
+/// shape: a text becomes the x-default item; anything else is replaced by x-default, and refused for the other languages,
+/// which are not the whole of it.
+std::optional<std::vector<AlternativeItem>> MakeAlternative(XMPMetaHandle tree, const Place& place,
+                                                            std::string_view language) {
     const std::optional<Property> present = GetProperty(tree, place.mSchema, place.mPath);
-    const bool isDefault = SameLanguage(language, kDefaultLanguage);
-    const bool isText = present && (present->mOptions & kPropCompositeMask) == 0;
-    if (!present || IsAlternativeOfTexts(tree, place, *present) || (!isDefault && !isText)) {
-        return;
+    if (!present) {
+        return std::nullopt;
     }
-    Reshape(tree, place.mSchema, place.mPath, kLanguageAlternative);
-    if (!isDefault) {
+    if ((present->mOptions & kPropArrayIsAlternate) != 0) {
+        auto items = Items(tree, place.mSchema, place.mPath);
+        if (items && std::all_of(items->begin(), items->end(), IsText)) {
+            return items;
+        }
+    }
+    const bool isDefault = SameLanguage(language, kDefaultLanguage);
+    const bool isText = (present->mOptions & kPropCompositeMask) == 0;
+    if (isDefault || isText) {
+        Reshape(tree, place.mSchema, place.mPath, kLanguageAlternative);
+    }
+    if (!isDefault && isText) {
         AddItem(tree, place.mSchema, place.mPath, 1, UTF8String(kDefaultLanguage), present->mValue);
     }
+    return TextItems(tree, place);
 }
 
 /// Keeps the mixed marks of an alternative with its languages over an edit, which may move the items: a language that
@@ -225,8 +228,7 @@ void SetLocalizedText(XMPMetaHandle tree, const UTF8String& givenSchema, const U
     CheckWritable(givenSchema, givenPath);
     CheckLanguage(specificLanguage);
     const Place place = NormalPlace(tree, givenSchema, givenPath);
-    MakeAlternative(tree, place, specificLanguage);
-    std::optional<std::vector<AlternativeItem>> items = TextItems(tree, place);
+    std::optional<std::vector<AlternativeItem>> items = MakeAlternative(tree, place, specificLanguage);
     if (!items) {
         SetProperty(tree, place.mSchema, place.mPath, {}, kLanguageAlternative);
         items.emplace();

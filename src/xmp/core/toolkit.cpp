@@ -27,7 +27,6 @@ struct Inventions {
 // Made when the library is loaded, so that it outlives a host's object that stops the library at exit.
 Inventions inventions;
 
-/// How often the toolkit was started and stopped: what is remembered of it is worth nothing afterwards.
 std::atomic<std::size_t> phase{0};
 
 /// Answers of the toolkit about namespaces, which are asked for again with every path. What has a prefix keeps it until
@@ -143,6 +142,10 @@ void Stop() noexcept {
     RemoveQuietFilter();
     const std::lock_guard inventionsLock(inventions.mMutex);
     inventions.mCounts.clear();
+}
+
+std::size_t Phase() noexcept {
+    return phase;
 }
 
 bool IsRunning() noexcept {

@@ -12,6 +12,8 @@ namespace zephmetadata::toolkit {
 void Start();
 void Stop() noexcept;
 bool IsRunning() noexcept;
+/// How often the toolkit was started and stopped: what is remembered of it is worth nothing afterwards.
+std::size_t Phase() noexcept;
 
 UTF8String CoreVersion();
 UTF8String FilesVersion();

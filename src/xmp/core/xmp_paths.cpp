@@ -184,6 +184,23 @@ Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String
     return {kept.mSchema, normal.replace(0, length, kept.mPath)};
 }
 
+const Place& TopLevelPlace(const UTF8String& schema, const UTF8String& name) {
+    using Names = std::pair<UTF8String, UTF8String>;  // the property's first: many share a namespace
+    thread_local std::map<Names, Place> places;
+    thread_local std::size_t phase = 0;
+    if (phase != Phase()) {
+        places.clear();
+        phase = Phase();
+    }
+    Names names(name, schema);
+    if (const auto known = places.find(names); known != places.end()) {
+        return known->second;
+    }
+    Place place = RememberedPlace(schema, CheckedSchema(schema, name) + ":" + name);
+    place.mPath.resize(FirstStepLength(place.mPath));
+    return places.emplace(std::move(names), std::move(place)).first->second;
+}
+
 bool IsAtOrBelow(std::string_view path, std::string_view parent) {
     if (!path.starts_with(parent)) {
         return false;

@@ -37,6 +37,10 @@ UTF8String NormalPath(XMPMetaHandle tree, const UTF8String& schema, const UTF8St
 /// that stand for the x-default item of an alternative (tiff:ImageDescription) lead to the whole of it.
 Place NormalPlace(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
 
+/// The same of the top-level property @p name, without prefix, as a whole. For names of the library's own tables, all of
+/// which are remembered.
+const Place& TopLevelPlace(const UTF8String& schema, const UTF8String& name);
+
 /// True when @p path is @p parent or lies below it, by whole steps.
 bool IsAtOrBelow(std::string_view path, std::string_view parent);
 

@@ -70,7 +70,8 @@ bool CanTakeEvents(XMPMetaHandle tree) {
 
 void AppendEvent(XMPMetaHandle tree, const UTF8String& when, const UTF8String& changed) {
     AppendArrayItem(tree, kXMPMMNamespace, "History", kPropValueIsArray | kPropArrayIsOrdered, {}, kPropValueIsStruct);
-    const UTF8String event = ComposeArrayItemPath(kXMPMMNamespace, "History", kLastItem);
+    const std::size_t count = CountArrayItems(tree, kXMPMMNamespace, "History");  // once, and not for every field
+    const UTF8String event = ItemPath("History", count);
     const auto setField = [&](const UTF8String& name, const UTF8String& value) {
         SetProperty(tree, kXMPMMNamespace, ComposeStructFieldPath(kXMPMMNamespace, event, kEventNamespace, name),
                     value);

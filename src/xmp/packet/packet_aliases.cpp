@@ -181,6 +181,10 @@ bool MayHoldAliases(XMPMetaHandle tree, std::string_view packet) {
         return true;
     }
     for (std::size_t colon = packet.find(':'); colon != std::string_view::npos; colon = packet.find(':', colon + 1)) {
+        const char first = colon + 1 < packet.size() ? packet[colon + 1] : '\0';
+        if (first < kNames.front().front() || first > kNames.back().front()) {
+            continue;
+        }
         const std::size_t end = std::min(packet.find_first_of(" \t\r\n=/>", colon + 1), packet.size());
         const std::string_view name = packet.substr(colon + 1, end - colon - 1);
         if (std::binary_search(kNames.begin(), kNames.end(), name)) {
@@ -332,6 +336,10 @@ sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet) {
         }
     }
     return aliases->mMeant.empty() ? nullptr : aliases;
+}
+
+bool HasAliases(XMPMetaHandle tree) {
+    return tree->mAliases != nullptr;
 }
 
 bool ParseByNames(XMPMetaHandle tree, std::string_view packet) {

@@ -30,6 +30,8 @@ struct KeptAliases {
 /// has an array is that array.
 sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet);
 
+bool HasAliases(XMPMetaHandle tree);
+
 /// Reads a packet that the toolkit cannot or that it reads into an array what is none, since a property has several old
 /// names in it: the property's own value or that of the first name counts. False, with anything in the tree, when that is
 /// not why.

@@ -56,12 +56,12 @@ void DropReference(XMPMetaHandle tree) {
 }  // namespace
 
 SplitPacket SerializeSplit(XMPMetaHandle tree, std::size_t maxMainBytes,
-                           const std::function<UTF8String(std::string_view extended)>& identifierOf) {
+                           const std::function<UTF8String(std::string_view extended)>& identifierOf, bool isChanged) {
     RegisterNamespace(kNoteNamespace, "xmpNote");
     const bool hasReference = PropertyExists(tree, kNoteNamespace, kReference);
     XMPMetaPtr main = hasReference ? CloneTree(tree) : XMPMetaPtr(tree);
     DropReference(main.get());
-    SplitPacket packet{SerializePacket(main.get(), PacketForm::kBareRDF), {}};
+    SplitPacket packet{SerializeUnchecked(main.get(), isChanged), {}};
     if (packet.mMain.size() <= maxMainBytes) {
         return packet;
     }
@@ -77,9 +77,9 @@ SplitPacket SerializeSplit(XMPMetaHandle tree, std::size_t maxMainBytes,
             left -= std::min(left, next->mSize);
             MoveProperty(main.get(), extended.get(), next->mPlace);
         }
-        packet.mExtended = SerializePacket(extended.get(), PacketForm::kBareRDF);
+        packet.mExtended = SerializeUnchecked(extended.get(), isChanged);
         SetProperty(main.get(), kNoteNamespace, kReference, identifierOf(packet.mExtended));
-        packet.mMain = SerializePacket(main.get(), PacketForm::kBareRDF);
+        packet.mMain = SerializeUnchecked(main.get(), isChanged);
     }
     return packet;
 }

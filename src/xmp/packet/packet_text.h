@@ -42,8 +42,6 @@ UTF8String WidenPacket(std::string_view packet, UTF8String* about = nullptr);
 /// The same checks for a packet in clean UTF-8, without the result.
 void CheckPacket(std::string_view packet);
 
-/// Whether the toolkit would change the tree that it writes: such a pair, or an x-default that is not the first item.
-bool IsChangedByWriting(XMPMetaHandle tree);
 /// In place; for a tree on its way into a file, which need not be narrowed again.
 void WidenTree(XMPMetaHandle tree);
 /// Takes the items out of a tree that writing or WidenPacket put into the packet of which it was parsed.

@@ -93,9 +93,8 @@ constexpr auto kPlain = [] {
     plain['\n'] = plain['\t'] = plain['\r'] = true;
     return plain;
 }();
-constexpr bool IsPlain(char c) {
-    return kPlain[static_cast<unsigned char>(c)];
-}
+/// An object and no function, so that loops over whole packets make no call for each character.
+constexpr auto kIsPlain = [](char c) { return kPlain[static_cast<unsigned char>(c)]; };
 
 UTF8String Mend(std::string_view text) {
     constexpr std::string_view kBeginCDATA = "<![CDATA[";
@@ -105,7 +104,7 @@ UTF8String Mend(std::string_view text) {
     bool inCDATA = false;
     for (std::size_t at = 0; at < text.size();) {
         const std::string_view rest = text.substr(at);
-        const auto* const plainEnd = std::find_if_not(rest.begin(), rest.end(), IsPlain);
+        const auto* const plainEnd = std::find_if_not(rest.begin(), rest.end(), kIsPlain);
         if (plainEnd != rest.begin()) {
             mended.append(rest.begin(), plainEnd);
             at += static_cast<std::size_t>(plainEnd - rest.begin());
@@ -185,7 +184,7 @@ bool IsUTF8(std::string_view text) {
 
 bool IsXMLText(std::string_view text) {
     while (!text.empty()) {
-        const auto* const plainEnd = std::find_if_not(text.begin(), text.end(), IsPlain);
+        const auto* const plainEnd = std::find_if_not(text.begin(), text.end(), kIsPlain);
         text.remove_prefix(static_cast<std::size_t>(plainEnd - text.begin()));
         if (text.empty()) {
             break;

@@ -6,7 +6,7 @@
 namespace zephmetadata::toolkit {
 
 void CopyNode(XMPMetaHandle destination, const Node& node, const UTF8String& path) {
-    const XmpPtr native = Native(destination);
+    const XmpPtr native = NativeToChange(destination, node.mSchema, path);
     const std::uint32_t options = node.mOptions & (kPropCompositeMask | XMP_PROP_VALUE_IS_URI);
     const char* const schema = node.mSchema.c_str();
     const QuietToolkit quiet;

@@ -79,6 +79,10 @@ void MarkNative(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& 
     tree->mNative.insert(TopLevelOf(NormalPlace(tree, schema, path)));
 }
 
+void SetNative(XMPMetaHandle tree, std::set<Place> places) {
+    tree->mNative = std::move(places);
+}
+
 bool IsNative(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path) {
     return !tree->mNative.empty() && !path.empty() && PrefixOf(schema) &&
            tree->mNative.contains(TopLevelOf(NormalPlace(tree, schema, path)));

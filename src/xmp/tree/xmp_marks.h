@@ -1,5 +1,8 @@
 #pragma once
 
+#include <set>
+
+#include "xmp/tree/place.h"
 #include "xmp/tree/xmp_tree.h"
 
 namespace zephmetadata::toolkit {
@@ -12,6 +15,9 @@ bool IsNativeProperty(XMPMetaHandle tree, const Node& property);
 
 /// Called at every change of what is at or below @p path, in normal form or not.
 void ClearNative(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);
+
+/// Makes the top-level properties at @p places the marked ones and no others.
+void SetNative(XMPMetaHandle tree, std::set<Place> places);
 
 /// The marks at and below a path, and those of what the path is part of.
 void CopyMarks(XMPMetaHandle source, XMPMetaHandle destination, const UTF8String& schema, const UTF8String& path);

@@ -165,7 +165,8 @@ void SetProperty(XMPMetaHandle tree, const UTF8String& schema, const UTF8String&
     }
     const QuietToolkit quiet;
     const bool isThere = present && (options & kPropCompositeMask) != 0;
-    if (!isThere && !xmp_set_property(Native(tree), schema.c_str(), normal.c_str(), text.c_str(), options)) {
+    if (!isThere && !xmp_set_property(NativeToChange(tree, schema, normal), schema.c_str(), normal.c_str(),
+                                      text.c_str(), options)) {
         ThrowToolkitError("\"" + path + "\"");
     }
     ClearMixed(tree, schema, normal);
@@ -186,7 +187,7 @@ bool DeleteProperty(XMPMetaHandle tree, const UTF8String& schema, const UTF8Stri
         ThrowError(XMPErr_BadOptions, "\"" + path + "\" cannot be deleted; delete the item");
     }
     const QuietToolkit quiet;
-    if (!xmp_delete_property(Native(tree), schema.c_str(), normal.c_str())) {
+    if (!xmp_delete_property(NativeToChange(tree, schema, normal), schema.c_str(), normal.c_str())) {
         ThrowToolkitError("\"" + path + "\"");
     }
     ClearMixed(tree, schema, normal);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <tuple>
 
 #include "xmp/arrays/xmp_alternatives.h"
 #include "xmp/core/xmp_paths.h"
@@ -10,6 +9,7 @@
 #include "xmp/packet/packet_scan.h"
 #include "xmp/packet/packet_text.h"
 #include "xmp/tree/node_copy.h"
+#include "xmp/tree/written_properties.h"
 #include "xmp/tree/xmp_meta_handle.h"
 
 namespace zephmetadata::toolkit {
@@ -24,40 +24,6 @@ TreeHandle NewNative() {
         ThrowToolkitError("new tree");
     }
     return tree;
-}
-
-// The item that an item becomes when x-default moves to the front.
-std::size_t MovedItem(std::size_t item, std::size_t defaultItem) {
-    if (item > defaultItem) {
-        return item;
-    }
-    return item == defaultItem ? 1 : item + 1;
-}
-
-// The toolkit moves x-default to the front of an alternative when it writes: so does the comparison.
-void MoveDefaultsFirst(std::vector<Node>& nodes) {
-    auto node = nodes.begin();
-    for (const Alternative& alternative : Alternatives(nodes)) {
-        const auto isDefault = [](const auto& item) { return SameLanguage(item.mLanguage, kDefaultLanguage); };
-        const auto found = std::find_if(alternative.mItems.begin(), alternative.mItems.end(), isDefault);
-        if (found == alternative.mItems.begin() || found == alternative.mItems.end()) {
-            continue;
-        }
-        const auto defaultItem = static_cast<std::size_t>(found - alternative.mItems.begin()) + 1;
-        node = std::find_if(node, nodes.end(), [&](const Node& candidate) {
-            return candidate.mPath == alternative.mPath && candidate.mSchema == alternative.mSchema;
-        });
-        const std::size_t number = alternative.mPath.size() + 1;
-        auto below = node;
-        for (++below; below != nodes.end() && IsAtOrBelow(below->mPath, alternative.mPath); ++below) {
-            if (below->mPath[number - 1] == '[') {
-                const std::size_t end = below->mPath.find(']', number);
-                const std::size_t item = std::stoul(below->mPath.substr(number, end - number));
-                below->mPath.replace(number, end - number, std::to_string(MovedItem(item, defaultItem)));
-            }
-        }
-        node = below;
-    }
 }
 
 /// For packets that the toolkit does not read as they are meant; the tree is empty when there is no other way.
@@ -77,6 +43,40 @@ bool ParseOtherwise(XMPMetaHandle tree, std::string_view text, const UTF8String&
     return false;
 }
 
+void CopyWhatIsNoNode(XMPMetaHandle from, XMPMetaHandle to) {
+    to->mAbout = from->mAbout;
+    to->mAliases = from->mAliases;
+    to->mMixed = from->mMixed;
+    to->mNative = from->mNative;
+}
+
+/// @p isCopied tells whether the tree itself would not stay as it is, or is not what goes into the packet.
+UTF8String Serialized(XMPMetaHandle tree, PacketForm form, bool isCopied) {
+    const XMPMetaPtr wide = isCopied ? CloneTree(tree) : tree;
+    if (tree->mAliases) {
+        PutAliases(*tree->mAliases, wide.get());
+    }
+    if (isCopied) {
+        WidenTree(wide.get());
+    }
+    const QuietToolkit quiet;
+    const ToolkitString written;
+    const std::uint32_t options =
+        form == PacketForm::kBareRDF ? XMP_SERIAL_OMITPACKETWRAPPER | XMP_SERIAL_USECOMPACTFORMAT : 0U;
+    if (!xmp_serialize(Native(wide.get()), written.Get(), options, 0)) {
+        ThrowToolkitError("packet");
+    }
+    UTF8String packet = written.Text();
+    if (form == PacketForm::kBareRDF) {
+        packet.resize(packet.find_last_of('>') + 1);
+    }
+    if (tree->mAliases) {
+        NameAliases(packet);
+    }
+    PutAbout(packet, tree->mAbout);
+    return packet;
+}
+
 }  // namespace
 
 XMPMetaPtr NewTree() {
@@ -88,6 +88,7 @@ bool ParsePacket(XMPMetaHandle tree, std::string_view packet) {
     TreeHandle parsed = NewNative();
     tree->mMixed.clear();
     tree->mNative.clear();
+    tree->mJournal = nullptr;
     tree->mAbout.clear();
     tree->mAliases = nullptr;
     tree->mTree = NewNative();
@@ -118,31 +119,13 @@ bool ParsePacket(XMPMetaHandle tree, std::string_view packet) {
 }
 
 UTF8String SerializePacket(XMPMetaHandle tree, PacketForm form) {
-    const bool isCopied = tree->mAliases || IsChangedByWriting(tree);
-    const XMPMetaPtr wide = isCopied ? CloneTree(tree) : tree;
-    if (isCopied) {
-        if (tree->mAliases) {
-            PutAliases(*tree->mAliases, wide.get());
-        }
-        WidenTree(wide.get());
-    }
-    const QuietToolkit quiet;
-    const ToolkitString written;
-    const std::uint32_t options =
-        form == PacketForm::kBareRDF ? XMP_SERIAL_OMITPACKETWRAPPER | XMP_SERIAL_USECOMPACTFORMAT : 0U;
-    if (!xmp_serialize(Native(wide.get()), written.Get(), options, 0)) {
-        ThrowToolkitError("packet");
-    }
-    UTF8String packet = written.Text();
-    if (form == PacketForm::kBareRDF) {
-        packet.resize(packet.find_last_of('>') + 1);
-    }
-    if (tree->mAliases) {
-        NameAliases(packet);
-    }
-    PutAbout(packet, tree->mAbout);
+    UTF8String packet = Serialized(tree, form, tree->mAliases || IsChangedByWriting(tree));
     CheckPacket(packet);
     return packet;
+}
+
+UTF8String SerializeUnchecked(XMPMetaHandle tree, bool isChanged) {
+    return Serialized(tree, PacketForm::kBareRDF, tree->mAliases || (isChanged && IsChangedByWriting(tree)));
 }
 
 XMPMetaPtr CloneTree(XMPMetaHandle tree) {
@@ -152,25 +135,27 @@ XMPMetaPtr CloneTree(XMPMetaHandle tree) {
             CopyNode(clone.get(), node, node.mPath);
         }
     }
-    clone->mAbout = tree->mAbout;
-    clone->mAliases = tree->mAliases;
-    clone->mMixed = tree->mMixed;
-    clone->mNative = tree->mNative;
+    CopyWhatIsNoNode(tree, clone.get());
     return clone;
+}
+
+XMPMetaPtr ClonePart(XMPMetaHandle tree, const std::set<Place>& places) {
+    XMPMetaPtr part = NewTree();
+    for (const Place& place : places) {
+        if (const std::optional<WrittenProperty> property = WrittenPropertyAt(tree, place)) {
+            AddProperty(part.get(), *property);
+        }
+    }
+    CopyWhatIsNoNode(tree, part.get());
+    return part;
+}
+
+void CopyAbout(XMPMetaHandle from, XMPMetaHandle to) {
+    to->mAbout = from->mAbout;
 }
 
 std::uint32_t KindOf(const Node& node) {
     return node.mOptions & ((kPropCompositeMask & ~kPropArrayIsAltText) | XMP_PROP_VALUE_IS_URI);
-}
-
-std::vector<Node> ComparableNodes(XMPMetaHandle tree) {
-    std::vector<Node> nodes = Nodes(tree, {}, {}, Walk::kSubtree);
-    MoveDefaultsFirst(nodes);
-    std::erase_if(nodes, [](const Node& node) { return (node.mOptions & kSchemaNode) != 0; });
-    std::sort(nodes.begin(), nodes.end(), [](const Node& left, const Node& right) {
-        return std::tie(left.mSchema, left.mPath) < std::tie(right.mSchema, right.mPath);
-    });
-    return nodes;
 }
 
 bool SameNode(const Node& left, const Node& right) {
@@ -179,10 +164,11 @@ bool SameNode(const Node& left, const Node& right) {
 }
 
 bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right) {
-    const std::vector<Node> leftNodes = ComparableNodes(left);
-    const std::vector<Node> rightNodes = ComparableNodes(right);
-    return left->mAbout == right->mAbout &&
-           std::equal(leftNodes.begin(), leftNodes.end(), rightNodes.begin(), rightNodes.end(), SameNode);
+    std::vector<WrittenProperty> leftProperties = WrittenProperties(left);
+    std::vector<WrittenProperty> rightProperties = WrittenProperties(right);
+    std::sort(leftProperties.begin(), leftProperties.end());
+    std::sort(rightProperties.begin(), rightProperties.end());
+    return left->mAbout == right->mAbout && leftProperties == rightProperties;
 }
 
 }  // namespace zephmetadata::toolkit

@@ -3,11 +3,13 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "xmp/core/toolkit.h"
+#include "xmp/tree/place.h"
 
 /// Reading and changing one XMP tree.
 ///
@@ -45,6 +47,9 @@ enum class PacketForm {
 };
 /// Leaves the tree as it is (the toolkit itself would drop texts of two-item alternatives).
 UTF8String SerializePacket(XMPMetaHandle tree, PacketForm form = PacketForm::kFull);
+/// The same in the bare form for one who parses the packet before it is used, so that nothing is checked here. @p isChanged
+/// is false when the toolkit is known to change nothing in writing the tree (WrittenProperty::mIsChanged), to spare a walk.
+UTF8String SerializeUnchecked(XMPMetaHandle tree, bool isChanged = true);
 
 /// A packet for where there is not room for all of it; both in the bare form.
 struct SplitPacket {
@@ -53,15 +58,21 @@ struct SplitPacket {
 };
 /// When the tree does not fit into @p maxMainBytes, top-level properties move to the extended packet until the rest does:
 /// the largest first, those of Dublin Core and of media management last. xmpNote:HasExtendedXMP of the main packet is then
-/// what @p identifierOf says of the extended one. Throws XMPError when not even that fits.
+/// what @p identifierOf says of the extended one. Throws XMPError when not even that fits. Both are to be parsed before
+/// they are used; @p isChanged as for SerializeUnchecked.
 SplitPacket SerializeSplit(XMPMetaHandle tree, std::size_t maxMainBytes,
-                           const std::function<UTF8String(std::string_view extended)>& identifierOf);
+                           const std::function<UTF8String(std::string_view extended)>& identifierOf,
+                           bool isChanged = true);
 /// The way back: takes those top-level properties out of @p packets that the tree lacks, and xmpNote:HasExtendedXMP out
 /// of the tree. False, with the tree as it was, when one of the packets cannot be read.
 bool MergeExtended(XMPMetaHandle tree, const std::vector<std::string>& packets);
 
 /// A tree of its own with the same nodes, rdf:about and marks.
 XMPMetaPtr CloneTree(XMPMetaHandle tree);
+/// The same with those of the top-level properties alone that are at @p places.
+XMPMetaPtr ClonePart(XMPMetaHandle tree, const std::set<Place>& places);
+/// Makes a tree be about what another one is about (rdf:about).
+void CopyAbout(XMPMetaHandle from, XMPMetaHandle to);
 /// True when both are about the same (rdf:about) and hold the same nodes (namespace, path, value and kind), whatever the
 /// order of schemas, properties and fields.
 bool TreesEqual(XMPMetaHandle left, XMPMetaHandle right);
@@ -85,10 +96,7 @@ enum class Walk { kSubtree, kJustChildren };
 /// the whole tree.
 std::vector<Node> Nodes(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path, Walk walk);
 
-/// All nodes but those of schemas, in the order of their places and as a written packet would have them: trees that say
-/// the same have the same. Expressions have their prefix.
-std::vector<Node> ComparableNodes(XMPMetaHandle tree);
-/// Whether two nodes of that kind are the same.
+/// Whether two nodes are the same; see KindOf.
 bool SameNode(const Node& left, const Node& right);
 
 bool PropertyExists(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& path);

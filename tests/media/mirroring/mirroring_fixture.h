@@ -6,6 +6,7 @@
 #include "media/mirroring/changes.h"
 #include "media/native/iim/image_resources.h"
 #include "media/native/tiff/tiff_stream.h"
+#include "xmp/packet/packet_aliases.h"
 
 /// Files that are their blocks alone, and edits of them.
 namespace zephmetadata::media {
@@ -71,37 +72,75 @@ inline FileBlocks Blocks(const std::string& body, const std::vector<TiffEdit>& e
     return blocks;
 }
 
+/// What a file says, read in one way and in the other, which have to come to the same.
+struct FileSide {
+    explicit FileSide(const FileBlocks& blocks) : mContent(ContentOf(blocks)), mPacket(mContent.mPacket) {
+        MediaTree tree = JoinBlocks(blocks);
+        EXPECT_EQ(mContent.mStatus, tree.mStatus);
+        EXPECT_EQ(ChangedProperties(TreeContent(tree.mJoined.get()), mContent.mJoinedContent).size(), 0U);
+        mJoined = std::move(tree.mJoined);
+    }
+
+    MediaContent mContent;
+    XMPMetaPtr mPacket;
+    XMPMetaPtr mJoined;
+};
+
 /// A file that was edited.
 struct EditedFile {
-    MediaTrees mBefore;
+    FileSide mBefore;
     MediaChanges mChanges;
-    MediaTrees mAfter;
+    FileSide mAfter;
     UTF8String mWhyNot;
 };
 
+/// A tree that is changed tells what the file held as well as the file does, but for the old names of properties and for
+/// another file.
+template <typename Edit>
+void ExpectToldByTree(const FileBlocks& blocks, const Edit& edit) {
+    const MediaTree read = JoinBlocks(blocks);
+    ASSERT_EQ(read.mState != nullptr, blocks.mExtendedXMP.empty() && !toolkit::HasAliases(read.mJoined.get()));
+    edit(read.mJoined.get());
+    const TreeContent now(read.mJoined.get());
+    const auto told = ContentAsRead(blocks, read.mState.get(), read.mJoined.get(), now);
+    ASSERT_EQ(told.has_value(), read.mState != nullptr);
+    if (told) {
+        const MediaContent content = ContentOf(blocks);
+        EXPECT_EQ(ChangedProperties(told->mJoinedContent, content.mJoinedContent).size(), 0U);
+        EXPECT_EQ(ChangedProperties(told->mPacketContent, content.mPacketContent).size(), 0U);
+        EXPECT_EQ(ChangedProperties(TreeContent(told->mPacketContent.Tree().get()), content.mPacketContent).size(), 0U);
+        EXPECT_TRUE(std::equal(told->mNativePlaces.begin(), told->mNativePlaces.end(), content.mNativePlaces.begin(),
+                               content.mNativePlaces.end(),
+                               [](const auto& left, const auto& right) { return !(left < right) && !(right < left); }));
+        FileBlocks other = blocks;
+        other.mXMP = blocks.mXMP.value_or("") + " ";
+        EXPECT_FALSE(ContentAsRead(other, read.mState.get(), read.mJoined.get(), now));
+    }
+    EXPECT_FALSE(ContentAsRead(blocks, read.mState.get(), toolkit::CloneTree(read.mJoined.get()).get(), now));
+}
+
 template <typename Edit>
 EditedFile EditBlocks(const FileBlocks& blocks, const Edit& edit) {
-    EditedFile file;
-    file.mBefore = JoinBlocks(blocks, Keep::kPacket);
-    const XMPMetaPtr wanted = toolkit::CloneTree(file.mBefore.mJoined.get());
+    ExpectToldByTree(blocks, edit);
+    const FileSide before(blocks);
+    const XMPMetaPtr wanted = toolkit::CloneTree(before.mJoined.get());
     edit(wanted.get());
-    MediaTrees before = JoinBlocks(blocks, Keep::kPacket);  // whose packet becomes the changed one
-    file.mChanges = ChangesFor(blocks, before, wanted.get(), {true, true});
+    MediaContent content = ContentOf(blocks);  // whose packet becomes the changed one
+    MediaChanges changes = ChangesFor(blocks, content, wanted.get(), TreeContent(wanted.get()), {true, true});
     FileBlocks written = blocks;
-    written.mXMP = toolkit::SerializePacket(file.mChanges.mPacket.get(), toolkit::PacketForm::kBareRDF);
-    if (!file.mChanges.mExif.empty()) {
+    written.mXMP = toolkit::SerializePacket(changes.mPacket.get(), toolkit::PacketForm::kBareRDF);
+    if (!changes.mExif.empty()) {
         const ByteSource& stream = *blocks.mExif.at(0).mSource;
-        const auto edited = EditedExif(ReadRange(stream, {0, stream.Size()}), file.mChanges.mExif);
+        const auto edited = EditedExif(ReadRange(stream, {0, stream.Size()}), changes.mExif);
         written.mExif.at(0).mSource = std::make_shared<MemorySource>(edited.value_or("damaged"));
     }
-    if (file.mChanges.mIIM) {
-        written.mIIM = file.mChanges.mIIM;
+    if (changes.mIIM) {
+        written.mIIM = changes.mIIM;
         written.mIIMDigest = blocks.mIIMDigest ? std::optional(IIMDigest(*written.mIIM)) : std::nullopt;
     }
-    file.mAfter = JoinBlocks(written, Keep::kContents);
-    file.mAfter.mPacket = JoinBlocks(written, Keep::kPacket).mPacket;
-    file.mWhyNot = WhyNotAsWanted(file.mChanges, file.mBefore, file.mAfter, wanted.get());
-    return file;
+    const FileSide after(written);
+    UTF8String whyNot = WhyNotAsWanted(changes, before.mContent, after.mContent, wanted.get());
+    return {before, std::move(changes), after, std::move(whyNot)};
 }
 
 /// An edit of what nothing else depends on.

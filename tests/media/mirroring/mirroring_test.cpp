@@ -81,7 +81,7 @@ TEST_F(MirroringTest, ThePacketIsShownWhereItAgreesWithExifAndExifWhereNot) {
     for (const JoinRow& row : rows) {
         const EditedFile file = EditBlocks(Blocks(row.mBody, row.mExif), &EditLabel);
         const std::string name = row.mBody + " " + row.mProperty;
-        for (const MediaTrees* trees : {&file.mBefore, &file.mAfter}) {
+        for (const FileSide* trees : {&file.mBefore, &file.mAfter}) {
             EXPECT_EQ(ValueOf(trees->mJoined.get(), row.mProperty), row.mShown) << name;
             EXPECT_EQ(toolkit::IsNative(trees->mJoined.get(), SchemaOf(row.mProperty), row.mProperty), row.mIsNative)
                 << name;
@@ -218,7 +218,7 @@ TEST_F(MirroringTest, AFieldIsDeletedByItsTechnicalNameAlone) {
     const EditedFile file = EditBlocks(
         Blocks("", {kDate}), [&](auto wanted) { Set(wanted, "photoshop:DateCreated", "2021-01-01T00:00:00"); });
     EXPECT_EQ(file.mWhyNot, "");
-    FollowChanges(file.mChanges, file.mAfter, tree.get());
+    FollowChanges(file.mChanges, file.mAfter.mContent, tree.get());
     EXPECT_EQ(ValueOf(tree.get(), "exif:DateTimeOriginal"), "2021-01-01T00:00:00");
 }
 
@@ -243,7 +243,7 @@ TEST_F(MirroringTest, TellDamagedPacketsFromNone) {
     for (const Row& row : rows) {
         FileBlocks blocks = Blocks("", row.mHasExif ? std::vector{Make("M")} : std::vector<TiffEdit>());
         blocks.mXMP = row.mXMP;
-        const MediaTrees trees = JoinBlocks(blocks);
+        const MediaTree trees = JoinBlocks(blocks);
         EXPECT_EQ(trees.mStatus, row.mStatus) << row.mXMP.value_or("");
         EXPECT_EQ(trees.mJoined == nullptr, row.mStatus == kFileStatus_DamagedXMP) << row.mXMP.value_or("");
     }

@@ -31,36 +31,38 @@ const std::array<std::uint32_t, kSteps>& SineTable() {
 constexpr std::array<std::array<int, 4>, 4> kRotations = {
     {{7, 12, 17, 22}, {5, 9, 14, 20}, {4, 11, 16, 23}, {6, 10, 15, 21}}};
 
-/// What a round mixes of three words, and which word of the block its step takes.
-struct Mixed {
-    std::uint32_t mBits;
-    std::size_t mWord;
-};
-Mixed Mix(std::size_t step, std::uint32_t x, std::uint32_t y, std::uint32_t z) {
-    switch (step / 16) {
-        case 0:
-            return {(x & y) | (~x & z), step};
-        case 1:
-            return {(x & z) | (y & ~z), (5 * step + 1) % 16};
-        case 2:
-            return {x ^ y ^ z, (3 * step + 5) % 16};
-        default:
-            return {y ^ (x | ~z), 7 * step % 16};
-    }
-}
+using Words = std::array<std::uint32_t, 16>;
 
-void AddBlock(State& state, std::string_view block) {
-    const std::array<std::uint32_t, kSteps>& sines = SineTable();
+/// The 16 steps of a round, which mixes three words of the state by @p mix and takes the words of the block in its own
+/// order.
+template <std::size_t Round, typename Mix>
+void AddRound(State& state, const Words& words, std::size_t factor, std::size_t first, const Mix& mix) {
+    const std::uint32_t* const sines = SineTable().data() + Round * 16;
     auto [a, b, c, d] = state;
-    for (std::size_t step = 0; step < kSteps; ++step) {
-        const Mixed mixed = Mix(step, b, c, d);
-        const std::uint32_t sum = a + mixed.mBits + sines[step] + Get32(block, 4 * mixed.mWord, ByteOrder::kLittle);
+    for (std::size_t step = 0; step < 16; ++step) {
+        const std::uint32_t sum = a + mix(b, c, d) + sines[step] + words[(factor * step + first) % 16];
         a = d;
         d = c;
         c = b;
-        b += std::rotl(sum, kRotations[step / 16][step % 4]);
+        b += std::rotl(sum, kRotations[Round][step % 4]);
     }
-    state = {state[0] + a, state[1] + b, state[2] + c, state[3] + d};
+    state = {a, b, c, d};
+}
+
+void AddBlock(State& state, std::string_view block) {
+    using Word = std::uint32_t;
+    Words words{};
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        words[i] = Get32(block, 4 * i, ByteOrder::kLittle);
+    }
+    State next = state;
+    AddRound<0>(next, words, 1, 0, [](Word x, Word y, Word z) { return (x & y) | (~x & z); });
+    AddRound<1>(next, words, 5, 1, [](Word x, Word y, Word z) { return (x & z) | (y & ~z); });
+    AddRound<2>(next, words, 3, 5, [](Word x, Word y, Word z) { return x ^ y ^ z; });
+    AddRound<3>(next, words, 7, 0, [](Word x, Word y, Word z) { return y ^ (x | ~z); });
+    for (std::size_t i = 0; i < state.size(); ++i) {
+        state[i] += next[i];
+    }
 }
 
 }  // namespace
