@@ -232,6 +232,7 @@ int CheckAggregate() {
     CHECK(aggregate->AggregateProvider::QueryPathStatus(At("xmp:Label"), kPathWritable));
     Edit(aggregate, "xmp:Label", "Green");
     CHECK(red->mWrites == 1 && blue->mWrites == 1 && Read(blue, "xmp:Label") == "Green");
+    CHECK(OriginOf(*MetaDataReadAccess(aggregate), At("xmp:Label")) == kValueOrigin_XMP);
     CHECK(IsInstanceData(At("xmpMM:DocumentID")) && !IsInstanceData(At("xmp:Label")));
 
     std::vector<sp<PropertyDefinition>> properties;

@@ -1,5 +1,6 @@
 #include "undo/journal_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -102,14 +103,18 @@ int OpenLocked(const fs::path& path) {
     return -1;
 }
 
-/// The journals of the folder, the newest first.
+struct FolderDeleter {
+    void operator()(DIR* folder) const noexcept { closedir(folder); }
+};
+
+/// The journals of the folder, the newest first. Not by directory_iterator, which ends the process when memory runs out.
 std::vector<fs::path> Journals(const fs::path& folder) {
     std::vector<fs::path> found;
-    std::error_code ignored;  // a folder that cannot be read has none
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored)) {
-        const fs::path extension = entry.path().extension();
-        if (extension == kExtension || extension == kNewExtension) {
-            found.push_back(entry.path());
+    const std::unique_ptr<DIR, FolderDeleter> entries(opendir(folder.c_str()));  // what cannot be read has none
+    while (const dirent* const entry = entries ? readdir(entries.get()) : nullptr) {
+        const std::string_view name = entry->d_name;
+        if (name.ends_with(kExtension) || name.ends_with(kNewExtension)) {
+            found.push_back(folder / name);
         }
     }
     std::sort(found.begin(), found.end(), std::greater<>());
