@@ -28,12 +28,12 @@ constexpr std::size_t kLongestTemplate = 4096;  // the matcher recurses
 /// (CIPA DC-008, section 4.6.4).
 Target ResolveField(const std::string& expression) {
     constexpr std::string_view kExif = "exif:";
-    const Target target = ResolveTarget(expression);
-    if (!expression.starts_with(kExif) || PathEntryDefinition(target.mPath)) {
-        return target;
+    Target target = ResolveTarget(expression);
+    if (expression.starts_with(kExif) && !PathEntryDefinition(target.mPath)) {
+        Target inTIFF = ResolveTarget("tiff:" + expression.substr(kExif.size()));
+        target = PathEntryDefinition(inTIFF.mPath) ? std::move(inTIFF) : std::move(target);
     }
-    const Target inTIFF = ResolveTarget("tiff:" + expression.substr(kExif.size()));
-    return PathEntryDefinition(inTIFF.mPath) ? inTIFF : target;
+    return target;
 }
 
 /// Whether a value has fields to fill in; braces around what is no path stand for themselves.
