@@ -1,5 +1,6 @@
 #include "undo/journal_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -11,6 +12,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <system_error>
 
 #include "undo/numbers.h"
@@ -105,11 +107,13 @@ int OpenLocked(const fs::path& path) {
 /// The journals of the folder, the newest first.
 std::vector<fs::path> Journals(const fs::path& folder) {
     std::vector<fs::path> found;
-    std::error_code ignored;  // a folder that cannot be read has none
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder, ignored)) {
-        const fs::path extension = entry.path().extension();
+    // A folder that cannot be read has none. The standard library's listing ends the process when memory is short.
+    const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), &closedir);
+    while (const dirent* const entry = entries ? readdir(entries.get()) : nullptr) {
+        fs::path path = folder / static_cast<const char*>(entry->d_name);
+        const fs::path extension = path.extension();
         if (extension == kExtension || extension == kNewExtension) {
-            found.push_back(entry.path());
+            found.push_back(std::move(path));
         }
     }
     std::sort(found.begin(), found.end(), std::greater<>());
