@@ -29,7 +29,7 @@ void PutField(XMPMetaHandle tree, const UTF8String& schema, const UTF8String& st
     const UTF8String path = structure + "/" + item.mName;
     const std::size_t bracket = path.rfind('[');
     if (bracket == UTF8String::npos) {
-        toolkit::SetProperty(tree, schema, path, item.mText);
+        toolkit::CopyNode(tree, {schema, path, toolkit::CheckedValue(item.mText), 0}, path);
         return;
     }
     constexpr std::uint32_t kSeq = toolkit::kPropValueIsArray | toolkit::kPropArrayIsOrdered;

@@ -45,10 +45,11 @@ bool HoldsAlternatives(const std::vector<Node>& nodes) {
 /// The nodes as a written packet has them, in the order of their paths.
 std::vector<Node> Comparable(std::vector<Node> nodes) {
     if (HoldsAlternatives(nodes)) {
-        const std::vector<Alternative> alternatives = Alternatives(nodes);
+        std::vector<Alternative> alternatives = Alternatives(nodes);
         // From the inside out, since a move changes the paths of what lies within.
-        for (auto alternative = alternatives.rbegin(); alternative != alternatives.rend(); ++alternative) {
-            MoveDefaultFirst(nodes, *alternative);
+        std::reverse(alternatives.begin(), alternatives.end());
+        for (const Alternative& alternative : alternatives) {
+            MoveDefaultFirst(nodes, alternative);
         }
     }
     std::sort(nodes.begin(), nodes.end(), [](const Node& left, const Node& right) { return left.mPath < right.mPath; });

@@ -31,7 +31,9 @@ Target ResolveField(const std::string& expression) {
     Target target = ResolveTarget(expression);
     if (expression.starts_with(kExif) && !PathEntryDefinition(target.mPath)) {
         Target inTIFF = ResolveTarget("tiff:" + expression.substr(kExif.size()));
-        target = PathEntryDefinition(inTIFF.mPath) ? std::move(inTIFF) : std::move(target);
+        if (PathEntryDefinition(inTIFF.mPath)) {
+            return inTIFF;
+        }
     }
     return target;
 }
