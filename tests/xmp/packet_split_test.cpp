@@ -72,5 +72,32 @@ TEST_F(SplitTest, MergesWholePropertiesThatTheTreeLacks) {
     EXPECT_EQ(SerializeSplit(tree.get(), 10000, Identifier).mExtended, "");
 }
 
+/// What the toolkit takes for xmp:CreateDate and dc:title goes where these go, and is there again under its own name.
+TEST_F(SplitTest, KeepsOldNamesInBothPackets) {
+    const auto large = [](const std::string& name) {
+        return "<own:" + name + ">" + std::string(kLarge, 'x') + "</own:" + name + ">";
+    };
+    const XMPMetaPtr tree =
+        Parsed(Packet(large("a") + "<pdf:Title xmlns:pdf='http://ns.adobe.com/pdf/1.3/'>P</pdf:Title>"));
+    const std::string digitized = "<exif:DateTimeDigitized xmlns:exif='http://ns.adobe.com/exif/1.0/'>" +
+                                  std::string("2001-02-03") + "</exif:DateTimeDigitized>";
+    ASSERT_TRUE(MergeExtended(tree.get(), {Packet(large("b") + digitized)}));
+    const struct {
+        std::size_t mMost;
+        bool mIsDateInMain;
+    } rows[] = {{100000, true}, {7000, true}, {450, true}, {400, false}};
+    for (const auto& row : rows) {
+        const SplitPacket packet = SerializeSplit(tree.get(), row.mMost, Identifier);
+        const auto has = [](const std::string& part, std::string_view text) {
+            return part.find(text) != std::string::npos;
+        };
+        constexpr std::string_view kDate = "exif:DateTimeDigitized=\"2001-02-03\"";
+        EXPECT_EQ(has(packet.mMain, kDate), row.mIsDateInMain) << row.mMost;
+        EXPECT_EQ(has(packet.mExtended, kDate), !row.mIsDateInMain) << row.mMost;
+        EXPECT_TRUE(has(packet.mMain, "pdf:Title=\"P\"")) << row.mMost;
+        EXPECT_FALSE(has(packet.mMain + packet.mExtended, "zephmetadata-alias")) << row.mMost;
+    }
+}
+
 }  // namespace
 }  // namespace zephmetadata::toolkit

@@ -342,6 +342,27 @@ bool HasAliases(XMPMetaHandle tree) {
     return tree->mAliases != nullptr;
 }
 
+void MergeAliases(XMPMetaHandle tree, XMPMetaHandle part, const std::set<Place>& taken) {
+    if (!part->mAliases) {
+        return;
+    }
+    const KeptAliases& added = *part->mAliases;
+    const auto merged = std::make_shared<KeptAliases>();
+    merged->mTree = tree->mAliases ? CloneTree(tree->mAliases->mTree.get()) : NewTree();
+    merged->mMeant = tree->mAliases ? tree->mAliases->mMeant : std::map<Place, KeptAliases::Meant>();
+    for (const auto& [place, before] : added.mMeant) {
+        const bool isArray = IsArray(added.mTree.get(), place);
+        const std::optional<Place> meant = MeantPlace(tree, *RowOf(place.mSchema), NameIn(place.mPath), isArray);
+        const auto content = meant ? ContentAt(tree, *meant) : std::nullopt;
+        const bool isTheSame = meant && TextsAt(added.mTree.get(), place) == TextsAt(tree, *meant);
+        const bool isInPacket = before.mIsInPacket || (meant && !taken.contains(WholeOf(*meant)));
+        if (content && merged->mMeant.emplace(place, KeptAliases::Meant{*content, isTheSame, isInPacket}).second) {
+            CopyTree(added.mTree.get(), place, merged->mTree.get(), place.mSchema, place.mPath);
+        }
+    }
+    tree->mAliases = merged;
+}
+
 bool ParseByNames(XMPMetaHandle tree, std::string_view packet) {
     const XMPMetaPtr shadow = MayHoldAliases(tree, packet) ? ShadowTree(packet) : nullptr;
     if (!shadow) {

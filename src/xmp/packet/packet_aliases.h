@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <set>
 #include <string_view>
 
 #include "xmp/tree/place.h"
@@ -31,6 +32,9 @@ struct KeptAliases {
 sp<const KeptAliases> AliasesOf(XMPMetaHandle tree, std::string_view packet);
 
 bool HasAliases(XMPMetaHandle tree);
+
+/// Adds those of @p part, of which @p tree took over the top-level properties @p taken. A name that both have is the tree's.
+void MergeAliases(XMPMetaHandle tree, XMPMetaHandle part, const std::set<Place>& taken);
 
 /// Reads a packet that the toolkit cannot or that it reads into an array what is none, since a property has several old
 /// names in it: the property's own value or that of the first name counts. False, with anything in the tree, when that is

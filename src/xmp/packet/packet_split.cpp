@@ -1,7 +1,9 @@
 #include <algorithm>
+#include <set>
 #include <tuple>
 
 #include "xmp/core/xmp_paths.h"
+#include "xmp/packet/packet_aliases.h"
 #include "xmp/tree/xmp_meta_handle.h"
 #include "xmp/tree/xmp_tree.h"
 
@@ -68,6 +70,7 @@ SplitPacket SerializeSplit(XMPMetaHandle tree, std::size_t maxMainBytes,
     main = hasReference ? main : CloneTree(tree);
     const XMPMetaPtr extended = NewTree();
     extended->mAbout = tree->mAbout;
+    extended->mAliases = main->mAliases;  // each goes where what it is taken for goes
     const std::vector<TopProperty> properties = TopProperties(main.get());
     for (auto next = properties.begin(); packet.mMain.size() > maxMainBytes;) {
         if (next == properties.end()) {
@@ -94,12 +97,15 @@ bool MergeExtended(XMPMetaHandle tree, const std::vector<std::string>& packets) 
     }
     for (const XMPMetaPtr& part : parts) {
         tree->mAbout = tree->mAbout.empty() ? part->mAbout : tree->mAbout;
+        std::set<Place> taken;
         for (const TopProperty& property : TopProperties(part.get())) {
             const auto& [schema, path] = property.mPlace;
             if (!PropertyExists(tree, schema, path)) {
                 DuplicateSubtree(part.get(), tree, schema, path);
+                taken.insert(property.mPlace);
             }
         }
+        MergeAliases(tree, part.get(), taken);
     }
     DropReference(tree);
     return true;
