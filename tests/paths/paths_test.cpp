@@ -89,10 +89,13 @@ TEST_F(Paths, AreEmptyWhereDefinitionsDoNotAllowThem) {
         CreatePathFromStructureField(Path(), field),
         CreatePathFromStructureField(title, nullptr),
         CreatePathFromStructureField(title, unregistered),
-        CreatePathFromArrayedStructureField(title, nullptr),
+        CreatePathFromArrayedStructureField(Property(kMM, "History"), nullptr),
+        CreatePathFromArrayedStructureField(title, field),
+        CreatePathFromArrayedStructureField(Path(), field),
         CreatePathFromArrayItem(Property(kDC, "source"), 1),
         CreatePathFromQualifier(title, nullptr),
-        CreatePathFromElementType(title, nullptr, nullptr),
+        CreatePathFromElementType(title, PathEntryDefinition(title), nullptr),
+        CreatePathFromElementType(title, nullptr, TypeIdDefinition("resourceevent")),
     };
     for (const Path& path : paths) {
         EXPECT_TRUE(SamePath(path, Path())) << ::testing::PrintToString(path);
